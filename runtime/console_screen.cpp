@@ -1,0 +1,94 @@
+// The console screen: standard output, error and input of the process.
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+
+#include "runtime/screen.h"
+#include "text/charset.h"
+
+namespace zobase {
+
+namespace {
+
+void write_all(int fd, const char* bytes, size_t size) {
+    while (size > 0) {
+        ssize_t written = ::write(fd, bytes, size);
+        if (written < 0) {
+            if (errno == EINTR) continue;
+            return;  // a closed stream loses the text, as a console would
+        }
+        bytes += written;
+        size -= static_cast<size_t>(written);
+    }
+}
+
+// A binary string is not text: it shows as "0h" and two hex digits per byte.
+String hex_form(const String& text) {
+    static const char digits[] = "0123456789ABCDEF";
+    String result(2 + text.size() * 2, Charset::ascii);
+    char* out = result.write();
+    *out++ = '0';
+    *out++ = 'h';
+    for (const char* p = text.read(); p != text.end(); ++p) {
+        unsigned char byte = static_cast<unsigned char>(*p);
+        *out++ = digits[byte >> 4];
+        *out++ = digits[byte & 15];
+    }
+    return result;
+}
+
+// A terminal always receives UTF-8; redirected output the chosen charset.
+void write_text(int fd, const String& text, const Charset* redirected) {
+    String copy = text;
+    copy.convert(::isatty(fd) ? Charset::utf8 : redirected, 0, CSTRAN_SUBSTITUTE);
+    write_all(fd, copy.read(), copy.size());
+}
+
+}  // namespace
+
+ConsoleScreen::ConsoleScreen() : output_charset(Charset::utf8), input_charset(Charset::utf8) {}
+
+void ConsoleScreen::set_output_charset(const Charset* charset) { output_charset = charset; }
+void ConsoleScreen::set_input_charset(const Charset* charset) { input_charset = charset; }
+
+void ConsoleScreen::internal_out(const String& text) {
+    if (text.get_charset() == Charset::binary) write_text(STDOUT_FILENO, hex_form(text), output_charset);
+    else write_text(STDOUT_FILENO, text, output_charset);
+}
+
+void ConsoleScreen::internal_err(const String& text) {
+    write_text(STDERR_FILENO, text, output_charset);
+}
+
+void ConsoleScreen::clear() {
+    static const char sequence[] = "\x1b[H\x1b[2J";
+    write_all(STDOUT_FILENO, sequence, sizeof sequence - 1);
+}
+
+// Output is written unbuffered; a host that also prints through stdio is flushed.
+void ConsoleScreen::flush() { std::fflush(stdout); }
+
+// Reads until `count` characters are decoded, the buffer is full or the input
+// ends; returns the bytes read.
+size_t ConsoleScreen::read(char* buffer, size_t size, size_t count, const Charset** charset) {
+    if (!*charset) *charset = input_charset;
+    const Charset* cs = *charset;
+    size_t used = 0, chars = 0, char_start = 0;
+    while (used < size && chars < count) {
+        ssize_t got = ::read(STDIN_FILENO, buffer + used, 1);
+        if (got < 0 && errno == EINTR) continue;
+        if (got <= 0) break;
+        ++used;
+        const char* p = buffer + char_start;
+        size_t pending = used - char_start;
+        char32_t c = cs->next(p, buffer + used);
+        if ((c != 0xFFFD && p == buffer + used) || pending >= cs->max_char()) {
+            ++chars;
+            char_start = used;
+        }
+    }
+    return used;
+}
+
+}  // namespace zobase

@@ -1,0 +1,229 @@
+// Runtime construction, start-up and the values it keeps for the host.
+#include "runtime/runtime.h"
+
+#include <unicode/ucal.h>
+#include <unicode/uloc.h>
+#include <unicode/unum.h>
+#include <unicode/ustring.h>
+
+#include <map>
+#include <string>
+#include <vector>
+
+#include "runtime/screen.h"
+#include "text/charset.h"
+#include "text/collation.h"
+#include "values/call_trace.h"
+#include "values/symtable.h"
+#include "vm/vm_stack.h"
+
+namespace zobase {
+
+struct StringLess {
+    bool operator()(const String& a, const String& b) const {
+        return Collation::unicode_machine->compare(a, b) < 0;
+    }
+};
+
+struct RuntimeRecord {
+    std::map<String, String, StringLess> environment;
+    std::string module_file_name;
+    Symtable symtable;
+    std::vector<std::string> arguments;
+    std::vector<const char*> argument_pointers;
+    VmStack* main_stack = nullptr;
+    uint64_t next_stack_id = 1;
+};
+
+constexpr uint64_t MAIN_STACK_SLOTS = 65536;
+constexpr uint64_t MAIN_STACK_UNDO_SLOTS = 8192;
+
+namespace {
+
+std::string utf8_of(const char16_t* text) { return String(text).u8str(); }
+
+void read_first_day_of_week(Runtime* rt, const char* locale) {
+    UErrorCode status = U_ZERO_ERROR;
+    UCalendar* calendar = ucal_open(nullptr, 0, locale, UCAL_DEFAULT, &status);
+    if (U_FAILURE(status)) return;
+    rt->first_day_of_week = ucal_getAttribute(calendar, UCAL_FIRST_DAY_OF_WEEK);
+    ucal_close(calendar);
+}
+
+// Reads the decimal and grouping separators of the locale's number format.
+void read_separators(Runtime* rt, const char* locale) {
+    UErrorCode status = U_ZERO_ERROR;
+    UNumberFormat* format = unum_open(UNUM_DECIMAL, nullptr, 0, locale, nullptr, &status);
+    if (U_FAILURE(status)) return;
+    UChar symbol[10];
+    int32_t length = unum_getSymbol(format, UNUM_DECIMAL_SEPARATOR_SYMBOL, symbol, 10, &status);
+    if (U_SUCCESS(status) && length > 0) {
+        UChar32 c;
+        int32_t i = 0;
+        U16_NEXT(symbol, i, length, c);
+        auto& point = rt->decimal_point;
+        point.code_point = static_cast<char32_t>(c);
+        String text = String::fromBytes(reinterpret_cast<const char*>(symbol),
+                                        static_cast<size_t>(i) * 2, Charset::utf16le);
+        char* out = point.encoded;
+        point.ascii = text.get_charset()->convert(text.read(), text.end(), out, point.encoded + 4,
+                                                  Charset::ascii, CSTRAN_STRICT) == 0;
+        if (!point.ascii) {
+            out = point.encoded;
+            text.get_charset()->convert(text.read(), text.end(), out, point.encoded + 4,
+                                        Charset::utf8, CSTRAN_SUBSTITUTE);
+        }
+        point.length = static_cast<uint8_t>(out - point.encoded);
+    }
+    status = U_ZERO_ERROR;
+    length = unum_getSymbol(format, UNUM_GROUPING_SEPARATOR_SYMBOL, symbol, 10, &status);
+    if (U_SUCCESS(status) && length > 0) {
+        UChar32 c;
+        int32_t i = 0;
+        U16_NEXT(symbol, i, length, c);
+        rt->group_separator = static_cast<char32_t>(c);
+    }
+    unum_close(format);
+}
+
+}  // namespace
+
+Runtime::Runtime(Screen* s) : screen(s), impl(new RuntimeRecord) {}
+
+Runtime::~Runtime() { delete impl; }
+
+Runtime* Runtime::create_instance(Screen* screen) {
+    auto* runtime = new Runtime(screen);
+    runtime->init();
+    return runtime;
+}
+
+void Runtime::init() {
+    ZO_TRACE();
+    __init_character_sets();
+    __init_collations();
+    const char* locale = uloc_getDefault();
+    read_first_day_of_week(this, locale);
+    read_separators(this, locale);
+    settings[1] = 10;
+    char language[16] = {}, country[16] = {};
+    UErrorCode status = U_ZERO_ERROR;
+    uloc_getLanguage(locale, language, sizeof language, &status);
+    uloc_getCountry(locale, country, sizeof country, &status);
+    std::string key = std::string(language) + "_" + country;
+    default_charset = get_charset_by_country_lang(key.c_str());
+}
+
+VmStack* Runtime::get_main_stack() {
+    if (!impl->main_stack) {
+        impl->main_stack = new VmStack(this, MAIN_STACK_SLOTS, MAIN_STACK_UNDO_SLOTS);
+        impl->main_stack->id = create_stack_id();
+    }
+    return impl->main_stack;
+}
+
+uint64_t Runtime::create_stack_id() { return impl->next_stack_id++; }
+
+void Runtime::pass_arguments(int argc, const char* const* argv) {
+    impl->arguments.assign(argv, argv + argc);
+    impl->argument_pointers.clear();
+    for (const std::string& argument : impl->arguments)
+        impl->argument_pointers.push_back(argument.c_str());
+}
+
+void Runtime::pass_arguments(int argc, const char16_t* const* argv) {
+    std::vector<std::string> narrow;
+    for (int i = 0; i < argc; ++i) narrow.push_back(utf8_of(argv[i]));
+    std::vector<const char*> pointers;
+    for (const std::string& s : narrow) pointers.push_back(s.c_str());
+    pass_arguments(argc, pointers.data());
+}
+
+int Runtime::argument_count() const { return static_cast<int>(impl->arguments.size()); }
+const char* Runtime::argument(int index) const { return impl->argument_pointers.at(index); }
+
+void Runtime::pass_environment(const char* const* envp) {
+    impl->environment.clear();
+    for (; envp && *envp; ++envp) {
+        std::string entry = *envp;
+        size_t equals = entry.find('=');
+        std::string key = entry.substr(0, equals);
+        std::string value = equals == std::string::npos ? "" : entry.substr(equals + 1);
+        impl->environment.insert_or_assign(String(key.c_str()), String(value.c_str()));
+    }
+}
+
+void Runtime::pass_environment(const char16_t* const* envp) {
+    std::vector<std::string> narrow;
+    for (; envp && *envp; ++envp) narrow.push_back(utf8_of(*envp));
+    std::vector<const char*> pointers;
+    for (const std::string& s : narrow) pointers.push_back(s.c_str());
+    pointers.push_back(nullptr);
+    pass_environment(envp ? pointers.data() : nullptr);
+}
+
+// Only the passed environment counts, never the process's own.
+bool Runtime::getenv(const String& key, String* out) const {
+    auto found = impl->environment.find(key);
+    if (found == impl->environment.end()) return false;
+    *out = found->second;
+    return true;
+}
+
+void Runtime::set_module_file_name(const char* path) { impl->module_file_name = path; }
+void Runtime::set_module_file_name(const char16_t* path) {
+    impl->module_file_name = utf8_of(path);
+}
+
+bool Runtime::set_codepage_by_id(int id) {
+    const Charset* charset = get_charset_by_codepage(id, false);
+    if (!charset) return false;
+    default_charset = charset;
+    return true;
+}
+
+bool Runtime::set_codepage_by_name(const char* name) {
+    const Charset* charset = get_charset_by_name(name);
+    if (!charset) return false;
+    default_charset = charset;
+    return true;
+}
+
+Symtable& Runtime::symbols() { return impl->symtable; }
+
+// For hosts that exit right after: the main-stack pointer is deliberately kept.
+void Runtime::shutdown() {
+    screen->set_interactive(false);
+    delete impl->main_stack;
+}
+
+Runtime* CreateRuntime(Screen* screen) { return Runtime::create_instance(screen); }
+
+void ReleaseRuntime(Runtime* runtime) {
+    if (!runtime) return;
+    runtime->shutdown();
+    runtime->impl->main_stack = nullptr;
+    delete runtime;
+}
+
+int CreateStack(Runtime* runtime, uint64_t size, VmStack** out) {
+    *out = new VmStack(runtime, size, size);
+    (*out)->id = runtime->create_stack_id();
+    return 0;
+}
+
+int GetMainStack(Runtime* runtime, VmStack** out) {
+    *out = runtime->get_main_stack();
+    return 0;
+}
+
+int ReleaseStack(VmStack* stack) {
+    delete stack;
+    return 0;
+}
+
+Runtime* GetRuntime(VmStack* stack) { return stack->runtime; }
+
+void SetRuntimeAsserts(Runtime* runtime, bool on) { runtime->flags.asserts = on; }
+
+}  // namespace zobase

@@ -1,0 +1,87 @@
+#pragma once
+// The runtime: everything hangs from one instance. The handle holds the
+// settings read on hot paths; the rest lives in a private record.
+#include <cstdint>
+
+#include "values/export.h"
+#include "values/string.h"
+
+namespace zobase {
+
+class Screen;
+class Charset;
+class VmStack;
+class Symtable;
+struct RuntimeRecord;
+
+class ZO_API Runtime {
+public:
+    Screen* screen;
+    const Charset* default_charset = nullptr;
+    struct flags_st {
+        bool asserts = false;
+        bool reserved[8] = {};
+    } flags;
+    struct decimal_point_st {
+        char encoded[4] = {'.', 0, 0, 0};
+        uint8_t length = 0;
+        char32_t code_point = U'.';
+        bool ascii = true;
+    } decimal_point;
+    char32_t group_separator = U',';
+    int32_t settings[4] = {2, 0, '/', 0};
+    int32_t first_day_of_week = 1;
+    int32_t more_settings[2] = {12, 0};
+    RuntimeRecord* impl;
+
+    explicit Runtime(Screen* screen);
+    ~Runtime();
+    Runtime(const Runtime&) = delete;
+    Runtime& operator=(const Runtime&) = delete;
+
+    static Runtime* create_instance(Screen* screen);
+    void init();
+    VmStack* get_main_stack();
+    uint64_t create_stack_id();
+    int run_program(const String& file, int argc, const char* const* argv);
+    int run_command(const String& text);
+    void pass_arguments(int argc, const char* const* argv);
+    void pass_arguments(int argc, const char16_t* const* argv);
+    void pass_environment(const char* const* envp);
+    void pass_environment(const char16_t* const* envp);
+    bool getenv(const String& key, String* out) const;
+    void set_module_file_name(const char* path);
+    void set_module_file_name(const char16_t* path);
+    bool set_codepage_by_id(int id);
+    bool set_codepage_by_name(const char* name);
+    void shutdown();
+
+    int argument_count() const;
+    const char* argument(int index) const;
+    Symtable& symbols();
+};
+
+ZO_API Runtime* CreateRuntime(Screen* screen);
+ZO_API void ReleaseRuntime(Runtime* runtime);
+ZO_API int CreateStack(Runtime* runtime, uint64_t size, VmStack** out);
+ZO_API int GetMainStack(Runtime* runtime, VmStack** out);
+ZO_API int ReleaseStack(VmStack* stack);
+ZO_API Runtime* GetRuntime(VmStack* stack);
+ZO_API void RunProgram(Runtime* runtime, const String& file);
+ZO_API void RunCommand(Runtime* runtime, const String& text);
+ZO_API void RunScript(Runtime* runtime, const String& text);
+ZO_API void SetRuntimeAsserts(Runtime* runtime, bool on);
+ZO_API int RunZosh(Runtime* runtime);
+ZO_API int RunInteractiveShell(Runtime* runtime);
+ZO_API int CollectPrintSysinfo(Runtime* runtime);
+ZO_API int AllocArgsW(const wchar_t* const* argv, int argc, char*** out);
+ZO_API int FreeArgsW(char** args);
+
+ZO_API void sig_ABRT_handler(int signal);
+ZO_API void sig_SEGV_handler(int signal);
+ZO_API void terminate_handler();
+ZO_API extern void (*old_sig_ABRT_handler)(int);
+ZO_API extern void (*old_sig_SEGV_handler)(int);
+ZO_API extern void (*old_terminate_handler)();
+
+}  // namespace zobase

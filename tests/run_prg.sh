@@ -1,0 +1,34 @@
+#!/bin/sh
+# Runs one language test: zosh [options] NAME.prg < NAME.in, then compares
+# standard output and standard error (merged) with NAME.out.
+#   NAME.in      optional: fed to standard input (else /dev/null)
+#   NAME.args    optional: zosh options placed before the program name
+#   NAME.status  optional: the expected exit status (else 0)
+# The program runs in its own folder so that relative file names work.
+zosh=$1
+prg=$2
+stem=${prg%.prg}
+dir=$(dirname "$prg")
+input=/dev/null
+[ -f "$stem.in" ] && input="$stem.in"
+args=""
+[ -f "$stem.args" ] && args=$(cat "$stem.args")
+want_status=0
+[ -f "$stem.status" ] && want_status=$(cat "$stem.status")
+
+actual=$(mktemp)
+trap 'rm -f "$actual"' EXIT
+cd "$dir" || exit 1
+# shellcheck disable=SC2086
+"$zosh" $args "$(basename "$prg")" < "$input" > "$actual" 2>&1
+status=$?
+
+failed=0
+if ! diff -u "$stem.out" "$actual"; then
+  failed=1
+fi
+if [ "$status" != "$want_status" ]; then
+  echo "exit status $status, expected $want_status"
+  failed=1
+fi
+exit $failed

@@ -1,0 +1,167 @@
+#pragma once
+// Errors of the language and the exception families that carry them.
+// RuntimeError is what language code sees; the dbf_ and file_ families are
+// raised by the table engine and translated to numbers by the work-area layer.
+#include <cstddef>
+#include <cstdint>
+
+#include "values/export.h"
+#include "values/string.h"
+
+namespace zobase {
+
+struct error_st {
+    int32_t code;
+    const char* message;
+    const char* format;  // one %s for the detail, or null
+};
+
+// Common root of every exception the runtime raises on purpose.
+class ZO_API Exception {
+public:
+    virtual ~Exception();
+    virtual const char* name() const noexcept;
+};
+
+class ZO_API RuntimeError : public Exception {
+public:
+    int32_t number = 0;
+    String message;    // already formatted
+    String parameter;  // the detail as given
+    int32_t recovery = 0;
+
+    RuntimeError();
+    explicit RuntimeError(int number);
+    RuntimeError(int number, const String& detail);
+    RuntimeError(const RuntimeError&) = default;
+    RuntimeError& operator=(const RuntimeError&) = default;
+    const char* name() const noexcept override;
+};
+
+enum InterruptType : int32_t { INTERRUPT_QUIT = 0, INTERRUPT_CANCEL = 1 };
+
+class ZO_API RuntimeInterrupt : public Exception {
+public:
+    InterruptType type;
+    explicit RuntimeInterrupt(InterruptType t) : type(t) {}
+};
+
+// Thrown by QUIT (type 0) and CANCEL (type 1); unwinds every frame.
+class ZO_API RuntimeQuit : public RuntimeInterrupt {
+public:
+    explicit RuntimeQuit(InterruptType t = INTERRUPT_QUIT) : RuntimeInterrupt(t) {}
+};
+
+// A state that cannot occur; also what the debugger path raises.
+class ZO_API assert_failed_exception : public Exception {
+public:
+    const char* what;
+    explicit assert_failed_exception(const char* text = "") : what(text) {}
+    const char* name() const noexcept override;
+};
+
+// Raises assert_failed_exception naming the failed condition.
+#define ZO_ASSERT(cond) \
+    do { if (!(cond)) throw ::zobase::assert_failed_exception(#cond); } while (0)
+
+// A plain exception type with an optional detail text.
+#define ZO_DECLARE_EXCEPTION(type, base)                                   \
+    class ZO_API type : public base {                                      \
+    public:                                                                \
+        type() = default;                                                  \
+        explicit type(const String& d) : base(d) {}                        \
+        const char* name() const noexcept override { return #type; }       \
+    };
+
+class ZO_API DetailedException : public Exception {
+public:
+    String detail;
+    DetailedException() = default;
+    explicit DetailedException(const String& d) : detail(d) {}
+};
+
+ZO_DECLARE_EXCEPTION(dbf_exception, DetailedException)
+ZO_DECLARE_EXCEPTION(dbf_illegal_recursion, dbf_exception)
+ZO_DECLARE_EXCEPTION(dbf_error_field_no_null_support, dbf_exception)
+ZO_DECLARE_EXCEPTION(dbf_error_file_corruption, dbf_exception)
+ZO_DECLARE_EXCEPTION(dbf_error_buffer_underrun, dbf_exception)
+ZO_DECLARE_EXCEPTION(dbf_error_field_incompatible, dbf_exception)
+ZO_DECLARE_EXCEPTION(dbf_error_buffer_overflow, dbf_exception)
+ZO_DECLARE_EXCEPTION(dbf_error_cptrans_char_lost, dbf_exception)
+ZO_DECLARE_EXCEPTION(dbf_error_field_type_conflict, dbf_exception)
+ZO_DECLARE_EXCEPTION(dbf_invalid_reccount_detected, dbf_exception)
+ZO_DECLARE_EXCEPTION(dbf_fpt_file_missing, dbf_exception)
+ZO_DECLARE_EXCEPTION(dbf_cdx_file_missing, dbf_exception)
+ZO_DECLARE_EXCEPTION(dbf_error_need_exclusive_access, dbf_exception)
+ZO_DECLARE_EXCEPTION(dbf_error_unknown_index_tag, dbf_exception)
+ZO_DECLARE_EXCEPTION(dbf_error_cannot_create_cdx, dbf_exception)
+ZO_DECLARE_EXCEPTION(dbf_error_collation_not_supported, dbf_exception)
+ZO_DECLARE_EXCEPTION(dbf_invalid_index_key_len, dbf_exception)
+ZO_DECLARE_EXCEPTION(dbf_index_filter_must_be_logical, dbf_exception)
+ZO_DECLARE_EXCEPTION(dbf_error_index_tag_name_invalid_characters, dbf_exception)
+ZO_DECLARE_EXCEPTION(dbf_error_index_tag_name_too_long, dbf_exception)
+ZO_DECLARE_EXCEPTION(dbf_error_index_tag_name_duplicate, dbf_exception)
+ZO_DECLARE_EXCEPTION(dbf_unique_key_violation, dbf_exception)
+ZO_DECLARE_EXCEPTION(dbf_select_binary_index_not_supported, dbf_exception)
+ZO_DECLARE_EXCEPTION(dbf_error_field_name_dup_or_inv, dbf_exception)
+ZO_DECLARE_EXCEPTION(dbf_error_file_exists, dbf_exception)
+ZO_DECLARE_EXCEPTION(dbf_error_codepage_not_supported, dbf_exception)
+ZO_DECLARE_EXCEPTION(dbf_error_cannot_create_fpt, dbf_exception)
+ZO_DECLARE_EXCEPTION(dbf_unsupported_version, dbf_exception)
+ZO_DECLARE_EXCEPTION(dbf_error_lock_for_append_failed, dbf_exception)
+ZO_DECLARE_EXCEPTION(dbf_error_release_append_lock_failed, dbf_exception)
+ZO_DECLARE_EXCEPTION(dbf_error_record_out_of_range, dbf_exception)
+ZO_DECLARE_EXCEPTION(dbf_error_not_impl, dbf_exception)
+ZO_DECLARE_EXCEPTION(dbf_error_no_index_selected, dbf_exception)
+ZO_DECLARE_EXCEPTION(dbf_error_eof, dbf_exception)
+ZO_DECLARE_EXCEPTION(dbf_error_bof, dbf_exception)
+ZO_DECLARE_EXCEPTION(dbf_error_file_readonly, dbf_exception)
+ZO_DECLARE_EXCEPTION(dbf_error_record_in_use, dbf_exception)
+ZO_DECLARE_EXCEPTION(dbf_error_index_cannot_store_null, dbf_exception)
+ZO_DECLARE_EXCEPTION(dbf_error_invalid_field_number, dbf_exception)
+ZO_DECLARE_EXCEPTION(dbf_error_type_index_expression, dbf_exception)
+ZO_DECLARE_EXCEPTION(dbf_index_file_corrupted, dbf_exception)
+ZO_DECLARE_EXCEPTION(dbf_error_index_file_not_locked, dbf_exception)
+ZO_DECLARE_EXCEPTION(dbf_error_field_readonly, dbf_exception)
+ZO_DECLARE_EXCEPTION(dbf_index_deadlock_detected, dbf_exception)
+ZO_DECLARE_EXCEPTION(fpt_error_file_exists, dbf_exception)
+ZO_DECLARE_EXCEPTION(idx_error_compact_node_geometry_missmatch, dbf_exception)
+
+ZO_DECLARE_EXCEPTION(file_error, DetailedException)
+ZO_DECLARE_EXCEPTION(file_access_denied, file_error)
+ZO_DECLARE_EXCEPTION(file_write_failed, file_error)
+ZO_DECLARE_EXCEPTION(file_read_failed, file_error)
+ZO_DECLARE_EXCEPTION(file_sharing_violation, file_error)
+ZO_DECLARE_EXCEPTION(file_error_exists, file_error)
+ZO_DECLARE_EXCEPTION(file_lock_failed, file_error)
+ZO_DECLARE_EXCEPTION(file_unlock_failed, file_error)
+
+ZO_DECLARE_EXCEPTION(collation_not_impl, DetailedException)
+ZO_DECLARE_EXCEPTION(str_overflow_exception, DetailedException)
+ZO_DECLARE_EXCEPTION(duplicate_keyword_exception, DetailedException)
+ZO_DECLARE_EXCEPTION(tokenizer_returned_unsupported_token_type_exception, DetailedException)
+ZO_DECLARE_EXCEPTION(cstran_chars_lost, DetailedException)
+ZO_DECLARE_EXCEPTION(copy_buffer_too_small, DetailedException)
+ZO_DECLARE_EXCEPTION(overflow_error, DetailedException)
+
+// Undecodable bytes; `position` is the one-based byte offset of the first bad character.
+class ZO_API string_buffer_invalid_exception : public Exception {
+public:
+    size_t position;
+    explicit string_buffer_invalid_exception(size_t pos) : position(pos) {}
+    const char* name() const noexcept override { return "string_buffer_invalid_exception"; }
+};
+
+// The error table in its historical order, ending with a row of code 0.
+const error_st* find_error_row(int code) noexcept;
+// The row's format filled with the detail, or the plain message; empty for no row.
+String format_error_message(int code, const String& detail);
+
+// Raises 1001 "Feature '%s' is not available." for something not built yet.
+[[noreturn]] void raise_not_available(const char* feature);
+
+ZO_API int TranslateError(int code, char* buffer, size_t size);
+ZO_API int TranslateErrorEx(int code, const String& detail, char* buffer, size_t size);
+ZO_API int get_list_of_errors(const error_st** rows);
+
+}  // namespace zobase

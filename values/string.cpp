@@ -1,0 +1,435 @@
+// String storage, construction, conversion and joining.
+#include "values/string.h"
+
+#include <unicode/uchar.h>
+
+#include <cstdlib>
+#include <cstring>
+#include <new>
+#include <stdexcept>
+
+#include "text/charset.h"
+#include "values/call_trace.h"
+#include "values/error.h"
+#include "values/string_detail.h"
+
+namespace zobase {
+
+using namespace string_detail;
+
+namespace string_detail {
+
+namespace {
+// Four zero bytes behind every empty view satisfy CON_TERMINATE for any
+// charset. The record starts with one reference of its own, so it is never freed.
+alignas(8) char empty_bytes[8] = {};
+constinit string_buffer_st empty_buffer{empty_bytes, 4, 1};
+}  // namespace
+
+// Record and bytes come from one allocation; freeing the record frees both.
+string_buffer_st* new_buffer(size_t capacity) {
+    void* block = std::malloc(sizeof(string_buffer_st) + capacity);
+    if (!block) throw std::bad_alloc();
+    auto* record = static_cast<string_buffer_st*>(block);
+    char* bytes = static_cast<char*>(block) + sizeof(string_buffer_st);
+    return new (record) string_buffer_st{bytes, capacity, 1};
+}
+
+string_buffer_st* shared_empty_buffer() noexcept {
+    retain(&empty_buffer);
+    return &empty_buffer;
+}
+
+void retain(string_buffer_st* buffer) noexcept { buffer->refs.fetch_add(1); }
+
+namespace {
+// Kept out of line: only heap records ever reach it.
+[[gnu::noinline]] void free_buffer(string_buffer_st* buffer) noexcept {
+    buffer->~string_buffer_st();
+    std::free(buffer);
+}
+}  // namespace
+
+void release(string_buffer_st* buffer) noexcept {
+    if (buffer->refs.fetch_sub(1) == 1) free_buffer(buffer);
+}
+
+CstranError transcoded_size(const char* begin, const char* end, const Charset* from,
+                            const Charset* to, CstranRecovery recovery, size_t& size) {
+    if (copies_raw(from, to)) {
+        size = static_cast<size_t>(end - begin);
+        return 0;
+    }
+    return from->calculate(begin, end, to, size, recovery);
+}
+
+CstranError transcode(const char* begin, const char* end, const Charset* from, char*& out,
+                      char* out_end, const Charset* to, CstranRecovery recovery) {
+    if (copies_raw(from, to)) {
+        size_t wanted = static_cast<size_t>(end - begin);
+        size_t room = static_cast<size_t>(out_end - out);
+        size_t n = wanted < room ? wanted : room;
+        if (n) std::memcpy(out, begin, n);
+        out += n;
+        return n == wanted ? 0 : -1;
+    }
+    // The by-value begin selects the pointer form over the virtual one.
+    return from->convert(static_cast<const char*>(begin), end, out, out_end, to, recovery);
+}
+
+}  // namespace string_detail
+
+namespace {
+
+bool all_zero(const char* p, size_t n) {
+    for (size_t i = 0; i < n; ++i)
+        if (p[i]) return false;
+    return true;
+}
+
+String copy_of(const char* bytes, size_t n, const Charset* charset) {
+    String s(n, charset);
+    if (n) std::memcpy(s.write(), bytes, n);
+    return s;
+}
+
+// Reads a charset constant after making sure the registry has set it.
+const Charset* const& known_charset(const Charset* const& constant) {
+    require_charsets();
+    return constant;
+}
+
+template <typename Unit>
+size_t units_until_nul(const Unit* text) {
+    size_t n = 0;
+    if (text)
+        while (text[n]) ++n;
+    return n;
+}
+
+}  // namespace
+
+// ---- construction and assignment ------------------------------------------
+
+String::String() noexcept : data_(nullptr), charset_(nullptr), buffer_(nullptr), size_(0) {
+    require_charsets();
+    buffer_ = shared_empty_buffer();
+    data_ = buffer_->bytes;
+    charset_ = Charset::binary;
+}
+
+String::String(size_t bytes, const Charset* charset)
+    : data_(nullptr), charset_(charset), buffer_(nullptr), size_(bytes) {
+    ZO_ASSERT(charset != nullptr);
+    buffer_ = bytes ? new_buffer(bytes) : shared_empty_buffer();
+    data_ = buffer_->bytes;
+}
+
+String::String(const char* utf8)
+    : String(copy_of(utf8, units_until_nul(utf8), known_charset(Charset::utf8))) {}
+
+String::String(const char16_t* utf16)
+    : String(copy_of(reinterpret_cast<const char*>(utf16), units_until_nul(utf16) * 2,
+                     known_charset(Charset::utf16le))) {}
+
+String::String(const char32_t* utf32)
+    : String(copy_of(reinterpret_cast<const char*>(utf32), units_until_nul(utf32) * 4,
+                     known_charset(Charset::utf32le))) {}
+
+// Linux paths are UTF-8 bytes already.
+String::String(const std::filesystem::path& path)
+    : String(copy_of(path.native().data(), path.native().size(), known_charset(Charset::utf8))) {}
+
+String::String(const String& other) noexcept
+    : data_(other.data_), charset_(other.charset_), buffer_(other.buffer_), size_(other.size_) {
+    retain(buffer_);
+}
+
+String::String(String&& other) noexcept
+    : data_(other.data_), charset_(other.charset_), buffer_(other.buffer_), size_(other.size_) {
+    other.buffer_ = shared_empty_buffer();
+    other.data_ = other.buffer_->bytes;
+    other.size_ = 0;
+}
+
+String::String(const String& src, const char* begin, const char* end) noexcept
+    : data_(const_cast<char*>(begin)), charset_(src.charset_), buffer_(src.buffer_),
+      size_(static_cast<uint64_t>(end - begin)) {
+    retain(buffer_);
+}
+
+String::~String() { release(buffer_); }
+
+String& String::operator=(const String& other) noexcept {
+    retain(other.buffer_);
+    release(buffer_);
+    data_ = other.data_;
+    charset_ = other.charset_;
+    buffer_ = other.buffer_;
+    size_ = other.size_;
+    return *this;
+}
+
+String& String::operator=(String&& other) noexcept {
+    if (this == &other) return *this;
+    release(buffer_);
+    data_ = other.data_;
+    charset_ = other.charset_;
+    buffer_ = other.buffer_;
+    size_ = other.size_;
+    other.buffer_ = shared_empty_buffer();
+    other.data_ = other.buffer_->bytes;
+    other.size_ = 0;
+    return *this;
+}
+
+String String::fromBytes(const char* bytes, const Charset* charset) {
+    return copy_of(bytes, units_until_nul(bytes), charset);
+}
+
+String String::fromBytes(const char* bytes, size_t size, const Charset* charset) {
+    return copy_of(bytes, size, charset);
+}
+
+String String::create_from_path(const std::filesystem::path& path, const Charset* charset) {
+    const std::string& text = path.native();
+    return copy_of(text.data(), text.size(), charset);
+}
+
+String String::create_from_scan_string(const scan_string_st& scan) {
+    return copy_of(scan.begin, scan.size, scan.charset);
+}
+
+// ---- access -----------------------------------------------------------------
+
+char* String::write() {
+    if (buffer_->refs.load() >= 2) do_copy_on_write();
+    return data_;
+}
+
+// Copies the whole buffer so that views with other offsets stay meaningful.
+void String::do_copy_on_write() {
+    ZO_TRACE();
+    string_buffer_st* old = buffer_;
+    string_buffer_st* fresh = new_buffer(old->capacity);
+    if (old->capacity) std::memcpy(fresh->bytes, old->bytes, old->capacity);
+    data_ = fresh->bytes + (data_ - old->bytes);
+    buffer_ = fresh;
+    release(old);
+}
+
+size_t String::length() const {
+    if (charset_->fixed_width) return size_ / charset_->min_char();
+    size_t count = 0;
+    const char* end = data_ + size_;
+    for (const char* p = data_; p < end; ++count) next_char(charset_, p, end);
+    return count;
+}
+
+bool String::is_empty() const {
+    const char* p = data_ + size_;
+    while (p > data_) {
+        char32_t c = prev_char(charset_, p, data_);
+        if (!is_code_point(c) || !u_isspace(static_cast<UChar32>(c))) return false;
+    }
+    return true;
+}
+
+std::string String::u8str() const {
+    String copy(*this);
+    copy.convert(Charset::utf8, 0, CSTRAN_SUBSTITUTE);
+    return std::string(copy.read(), copy.size());
+}
+
+std::u16string String::u16str() const {
+    String copy(*this);
+    copy.convert(Charset::utf16le, 0, CSTRAN_SUBSTITUTE);
+    std::u16string out(copy.size() / 2, u'\0');
+    if (!out.empty()) std::memcpy(out.data(), copy.read(), out.size() * 2);
+    return out;
+}
+
+String::operator std::filesystem::path() const { return std::filesystem::path(u8str()); }
+
+int String::strcpy(char* out, size_t capacity, const Charset* target,
+                   CstranRecovery recovery) const {
+    size_t terminator = target->min_char();
+    ZO_ASSERT(capacity >= terminator);
+    char* cursor = out;
+    int result = transcode(data_, end(), charset_, cursor, out + capacity - terminator, target,
+                           recovery);
+    std::memset(cursor, 0, terminator);
+    return result;
+}
+
+void String::resize(size_t n) {
+    if (n > static_cast<size_t>(buffer_->bytes + buffer_->capacity - data_))
+        throw std::runtime_error("string resize heap overflow");
+    size_ = n;
+}
+
+// ---- convert ----------------------------------------------------------------
+
+namespace {
+
+bool has_zero_tail(const String& s, size_t width) {
+    const string_buffer_st* buffer = s.get_buffer();
+    if (s.end() + width > buffer->bytes + buffer->capacity) return false;
+    return all_zero(s.end(), width);
+}
+
+bool convert_is_settled(const String& s, const Charset* target, unsigned flags) {
+    bool terminated = !(flags & CON_TERMINATE) || has_zero_tail(s, s.get_charset()->min_char());
+    bool shared = (flags & CON_UNSHARE) && s.get_buffer()->refs.load() > 1;
+    return terminated && target == s.get_charset() && !shared;
+}
+
+// Bytes tagged binary are taken as already being text in `target`; returns
+// how many leading bytes are a byte-order mark to skip.
+size_t adopted_bom_size(const String& s, const Charset* target, CstranRecovery recovery) {
+    size_t good_bytes = 0, good_chars = 0, bad_count = 0, first_bad = 0;
+    target->verify(s.read(), s.size(), good_bytes, good_chars, bad_count, first_bad);
+    if (bad_count && recovery == CSTRAN_STRICT) throw string_buffer_invalid_exception(first_bad);
+    size_t bom = target->row.bom_size;
+    bool marked = bom && s.size() > bom && std::memcmp(s.read(), target->row.bom, bom) == 0;
+    return marked ? bom : 0;
+}
+
+size_t conversion_estimate(const String& s, const Charset* target, unsigned flags,
+                           CstranRecovery recovery) {
+    const Charset* source = s.get_charset();
+    if (flags & CON_EXACT) {
+        size_t exact = 0;
+        if (transcoded_size(s.read(), s.end(), source, target, recovery, exact) != 0)
+            throw cstran_chars_lost();
+        return exact;
+    }
+    if (copies_raw(source, target)) return s.size();
+    size_t min = source->min_char();
+    return (s.size() + min - 1) / min * target->max_char();
+}
+
+}  // namespace
+
+void String::convert(const Charset* target, unsigned flags, CstranRecovery recovery) {
+    ZO_TRACE();
+    if (convert_is_settled(*this, target, flags)) return;
+    if (target == Charset::binary) {
+        charset_ = target;
+        return;
+    }
+    if (charset_ == Charset::binary) {
+        size_t skip = adopted_bom_size(*this, target, recovery);
+        data_ += skip;
+        size_ -= skip;
+        charset_ = target;
+        // Termination and privacy still apply to the adopted bytes.
+        if (convert_is_settled(*this, target, flags)) return;
+    }
+    size_t terminator = (flags & CON_TERMINATE) ? target->min_char() : 0;
+    size_t estimate = conversion_estimate(*this, target, flags, recovery);
+    String output(estimate + terminator, target);
+    char* cursor = output.data_;
+    if (transcode(data_, end(), charset_, cursor, output.data_ + estimate, target, recovery) != 0)
+        throw cstran_chars_lost();
+    std::memset(cursor, 0, terminator);
+    output.size_ = static_cast<uint64_t>(cursor - output.data_);
+    *this = std::move(output);
+}
+
+// ---- add --------------------------------------------------------------------
+
+namespace {
+
+String join_bytes(const String& left, const String& right, const Charset* charset) {
+    String joined(left.size() + right.size(), charset);
+    char* out = joined.write();
+    if (left.size()) std::memcpy(out, left.read(), left.size());
+    if (right.size()) std::memcpy(out + left.size(), right.read(), right.size());
+    return joined;
+}
+
+// One attempt of add: both sides into `target`, or false when a character would be lost.
+bool join_converted(const String& left, const String& right, const Charset* target,
+                    String& joined) {
+    size_t left_size = 0, right_size = 0;
+    if (transcoded_size(left.read(), left.end(), left.get_charset(), target, CSTRAN_STRICT,
+                        left_size) != 0 ||
+        transcoded_size(right.read(), right.end(), right.get_charset(), target, CSTRAN_STRICT,
+                        right_size) != 0)
+        return false;
+    String result(left_size + right_size, target);
+    char* out = left_size + right_size ? result.write() : nullptr;
+    char* out_end = out + left_size + right_size;
+    if (transcode(left.read(), left.end(), left.get_charset(), out, out_end, target,
+                  CSTRAN_STRICT) != 0 ||
+        transcode(right.read(), right.end(), right.get_charset(), out, out_end, target,
+                  CSTRAN_STRICT) != 0)
+        return false;
+    joined = std::move(result);
+    return true;
+}
+
+}  // namespace
+
+void String::add(const String& other) {
+    ZO_TRACE();
+    if (charset_ == other.charset_ || charset_->nocptrans) {
+        *this = join_bytes(*this, other, charset_);
+        return;
+    }
+    if (other.charset_->nocptrans) {
+        const Charset* flagged = GetCharsetByCSID(charset_->csid | CSID_NOCPTRANS);
+        ZO_ASSERT(flagged != nullptr);
+        *this = join_bytes(*this, other, flagged);
+        return;
+    }
+    String joined;
+    for (const Charset* target : {charset_, other.charset_, Charset::utf8}) {
+        if (join_converted(*this, other, target, joined)) {
+            *this = std::move(joined);
+            return;
+        }
+    }
+    throw cstran_chars_lost();
+}
+
+// ---- case mapping -------------------------------------------------------------
+
+namespace {
+
+typedef UChar32 (*case_mapping)(UChar32);
+
+// Binary bytes are not characters; only their ASCII letters change case.
+String map_binary_case(const String& s, case_mapping map) {
+    String out = String::fromBytes(s.read(), s.size(), s.get_charset());
+    char* p = out.write();
+    for (size_t i = 0; i < out.size(); ++i) {
+        auto byte = static_cast<unsigned char>(p[i]);
+        if (byte < 0x80) p[i] = static_cast<char>(map(byte));
+    }
+    return out;
+}
+
+String map_case(const String& s, case_mapping map) {
+    if (s.size() == 0) return s;
+    if (s.get_charset() == Charset::binary) return map_binary_case(s, map);
+    String wide(s.length() * 4, Charset::utf32le);
+    char* out = wide.write();
+    const Charset* cs = s.get_charset();
+    for (const char* p = s.read(); p < s.end(); out += 4) {
+        char32_t c = next_char(cs, p, s.end());
+        uint32_t mapped = is_code_point(c) ? static_cast<uint32_t>(map(static_cast<UChar32>(c))) : c;
+        std::memcpy(out, &mapped, 4);
+    }
+    wide.convert(cs, 0, CSTRAN_SUBSTITUTE);
+    return wide;
+}
+
+}  // namespace
+
+String String::lower() const { return map_case(*this, u_tolower); }
+
+String String::upper() const { return map_case(*this, u_toupper); }
+
+}  // namespace zobase

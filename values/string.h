@@ -1,0 +1,162 @@
+#pragma once
+// String: a view on a shared, reference-counted buffer that carries the
+// charset of its bytes. Copies share; writers unshare (copy on write).
+#include <atomic>
+#include <cstddef>
+#include <cstdint>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "values/export.h"
+
+namespace zobase {
+
+class Charset;
+class Collation;
+class String;
+
+enum CstranRecovery : int { CSTRAN_SUBSTITUTE = 0, CSTRAN_STRICT = 1 };
+
+enum ConFlags : unsigned { CON_TERMINATE = 1, CON_UNSHARE = 2, CON_EXACT = 4 };
+
+struct string_buffer_st {
+    char* bytes;
+    uint64_t capacity;
+    std::atomic<uint64_t> refs;
+};
+
+// A needle or replacement that owns nothing.
+struct const_string_st {
+    const char* begin;
+    const char* end;
+    const Charset* charset;
+};
+
+// A lexeme as the scanner hands it over.
+struct scan_string_st {
+    const char* begin;
+    uint64_t reserved;
+    const Charset* charset;
+    size_t size;
+};
+
+// Called per match by scan, strtran and explode: the searched string, the
+// match's first byte and the byte after it, its character index, the index
+// of the needle that matched, its length in characters, the caller's context.
+// Returns true to go on.
+typedef bool (*string_match_callback)(const String& searched, const char* match_begin,
+                                      const char* match_end, size_t char_index,
+                                      size_t needle_index, size_t match_chars, void* context);
+
+class ZO_API String {
+public:
+    String() noexcept;
+    String(const char* utf8);
+    String(const char16_t* utf16);
+    String(const char32_t* utf32);
+    String(const std::filesystem::path& path);
+    String(size_t bytes, const Charset* charset);
+    String(const String& other) noexcept;
+    String(String&& other) noexcept;
+    String(const String& src, const char* begin, const char* end) noexcept;
+    ~String();
+    String& operator=(const String& other) noexcept;
+    String& operator=(String&& other) noexcept;
+
+    static String fromBytes(const char* bytes, const Charset* charset);
+    static String fromBytes(const char* bytes, size_t size, const Charset* charset);
+    static String create_from_path(const std::filesystem::path& path, const Charset* charset);
+    static String create_from_scan_string(const scan_string_st& scan);
+
+    const char* read() const noexcept { return data_; }
+    char* write();
+    const char* end() const noexcept { return data_ + size_; }
+    size_t size() const noexcept { return size_; }
+    size_t length() const;
+    const Charset* get_charset() const noexcept { return charset_; }
+    const string_buffer_st* get_buffer() const noexcept { return buffer_; }
+    bool is_empty() const;
+
+    std::string u8str() const;
+    std::u16string u16str() const;
+    operator std::filesystem::path() const;
+    int strcpy(char* out, size_t capacity, const Charset* target, CstranRecovery recovery) const;
+
+    String substr(size_t start, size_t count) const;
+    size_t align(size_t n);
+    void resize(size_t n);
+    void ltrim();
+    void rtrim();
+    void alltrim();
+    void rtrim_endl();
+    void ltrim_classic_space();
+    void ltrim_classic_tab();
+    void ltrim_classic_space_or_tab();
+    void ltrim(bool (*predicate)(char32_t));
+    void rtrim(bool (*predicate)(char32_t));
+    void ltrim(const String& unit);
+    typedef const String* (*trim_enumerator)(void* context);
+    void ltrim(const Collation* collation, trim_enumerator first, trim_enumerator next, void* context);
+    void rtrim(const Collation* collation, trim_enumerator first, trim_enumerator next, void* context);
+
+    String lower() const;
+    String upper() const;
+    bool chrstr(char32_t c, size_t& index, size_t& first, size_t& last) const;
+    bool christr(char32_t c, size_t& index, size_t& first, size_t& last) const;
+    bool strstr(const const_string_st& needle, size_t& index, size_t& first, size_t& last,
+                size_t skip) const;
+    size_t scan(const const_string_st& needle, size_t& count, string_match_callback callback,
+                void* context) const;
+    size_t scan(const const_string_st* needles, size_t n, size_t& count,
+                string_match_callback callback, void* context) const;
+    void explode(const const_string_st* needles, size_t n, bool keep_separator,
+                 std::vector<String>& list) const;
+    String strtran(const const_string_st& search, const const_string_st& replacement) const;
+    String strmultitran(const const_string_st* needles, size_t n,
+                        const const_string_st* replacements) const;
+    int cmp(const String& other, const Collation* collation) const;
+    void add(const String& other);
+    void convert(const Charset* target, unsigned flags, CstranRecovery recovery);
+
+    const_string_st as_const() const noexcept { return {data_, data_ + size_, charset_}; }
+
+private:
+    char* data_;
+    const Charset* charset_;
+    string_buffer_st* buffer_;
+    uint64_t size_;
+
+    void do_copy_on_write();
+    friend class Concat;
+};
+
+static_assert(sizeof(String) == 32, "String is four words");
+
+ZO_API String symbolify(const String& text, bool* changed, const Charset* charset);
+ZO_API String stringToEncodedHexBinary(const String& text);
+
+// Collects pieces and joins them with one size estimate and one allocation.
+class ZO_API Concat {
+public:
+    Concat() = default;
+    explicit Concat(const Charset* charset) : charset_(charset) {}
+    void append(const String& piece);
+    String to_string(bool terminate = false) const;
+    const Charset* get_charset() const noexcept { return charset_; }
+    size_t piece_count() const noexcept { return pieces_.size(); }
+
+protected:
+    mutable const Charset* charset_ = nullptr;
+    std::vector<String> pieces_;
+    mutable uint64_t total_ = 0;
+};
+
+class ZO_API StringBuilder : public Concat {
+public:
+    using Concat::Concat;
+};
+ZO_API StringBuilder& operator<<(StringBuilder& builder, const String& piece);
+ZO_API StringBuilder& operator<<(StringBuilder& builder, const char* utf8);
+
+}  // namespace zobase

@@ -1,0 +1,319 @@
+// The dispatch loop: one switch over the opcode byte.
+#include "vm/vm_run.h"
+
+#include "values/numeric.h"
+
+namespace zobase {
+
+namespace {
+
+template <typename T>
+const T& op_as(const VmOp* op) {
+    return *static_cast<const T*>(op);
+}
+
+Memvar* local_slot(VmStack* stack, uint64_t offset) { return stack->locals - offset; }
+
+// Sub, mul, div, pow and mod: a null on either side makes the result null.
+template <typename Operation>
+void binary_with_null_rule(VmStack* stack, Operation operation) {
+    Memvar* right = stack->esp;
+    Memvar* left = stack->esp + 1;
+    if (right->tag == TAG_NULL) {
+        left->release(stack);
+        left->set_null();
+    } else if (left->tag != TAG_NULL) {
+        operation(left, right);
+    }
+    stack->pop();
+}
+
+enum CompareTest { TEST_EQ, TEST_LT, TEST_LTEQ, TEST_GT, TEST_GTEQ, TEST_LTGT };
+
+bool passes(CompareTest test, int result) {
+    switch (test) {
+    case TEST_EQ: return result == 0;
+    case TEST_LT: return result < 0;
+    case TEST_LTEQ: return result <= 0;
+    case TEST_GT: return result > 0;
+    case TEST_GTEQ: return result >= 0;
+    case TEST_LTGT: return result != 0;
+    }
+    return false;
+}
+
+void compare(VmStack* stack, CompareTest test, bool whole_strings) {
+    Memvar* right = stack->esp;
+    Memvar* left = stack->esp + 1;
+    bool null_seen = false;
+    int result = inline_variant_cmp(left, right, &null_seen, whole_strings ? nullptr : stack);
+    stack->pop();
+    left->release(stack);
+    if (null_seen) left->set_null();
+    else left->set_bool(passes(test, result));
+}
+
+int sign_of(int value) { return (value > 0) - (value < 0); }
+
+// The loop's end test: from the top, the value, the limit and the step.
+bool for_loop_ends(VmStack* stack) {
+    const Memvar* value = stack->esp;
+    const Memvar* limit = stack->esp + 1;
+    const Memvar* step = stack->esp + 2;
+    bool null_seen = false;
+    int position = inline_variant_cmp(value, limit, &null_seen, stack);
+    bool ends = null_seen;
+    if (!ends) {
+        if (step->tag == TAG_NULL) ends = true;
+        else ends = sign_of(position) == cmp_double_with_tollerance(static_cast<double>(*step), 0.0);
+    }
+    stack->pop();
+    stack->pop();
+    stack->pop();
+    return ends;
+}
+
+void cast_top(VmStack* stack, const VmOp* op, uint8_t wanted) {
+    Memvar* top = stack->esp;
+    if (top->tag == wanted) return;
+    if (top->tag == TAG_NULL) {
+        if (op_as<VmOpCastBase>(op).allow_null) return;
+        throw RuntimeError(11);
+    }
+    Variant converted;
+    switch (wanted) {
+    case TAG_INTEGER: converted.set_integer(static_cast<integer_type_st>(*top)); break;
+    case TAG_NUMERIC: converted.set(static_cast<numeric_type_st>(*top)); break;
+    case TAG_MONEY: converted.set(static_cast<money_type_st>(*top)); break;
+    case TAG_DATE: {
+        date_st d;
+        top->cast(&d);
+        converted.set(d);
+        break;
+    }
+    case TAG_DATETIME: {
+        datetime_st t;
+        top->cast(&t);
+        converted.set(t);
+        break;
+    }
+    case TAG_STRING: {
+        String s;
+        top->cast(&s);
+        converted.set_string(s);
+        break;
+    }
+    default: throw RuntimeError(11);
+    }
+    top->release(stack);
+    std::memcpy(static_cast<void*>(top), &converted, sizeof(Variant));
+}
+
+void cast_logical_or_object(VmStack* stack, const VmOp* op, bool object) {
+    uint8_t tag = stack->esp->tag;
+    bool passes_as_is = object ? tag == TAG_OBJECT : (tag == TAG_FALSE || tag == TAG_TRUE);
+    if (passes_as_is) return;
+    if (tag == TAG_NULL && op_as<VmOpCastBase>(op).allow_null) return;
+    throw RuntimeError(11);
+}
+
+void write_slot(VmStack* stack, Memvar* slot) {
+    Variant* target = slot->follow();
+    target->release(stack);
+    stack->esp->deliver(target);
+    stack->pop();
+}
+
+[[noreturn]] void not_built(const VmOp* op) { raise_not_available(opcode_class_name(op->opcode)); }
+
+}  // namespace
+
+void vm_run(VmStack* stack, VmOp*** ip, Variant* ret) {
+    for (;;) {
+        const VmOp* op = **ip;
+        switch (op->opcode) {
+        case OP_UNWIND_FRAME:
+            *ip = stack->frame->saved_ip;
+            stack->pop_to(stack->frame_esp);
+            return;
+        case OP_RESET_ESP:
+            stack->pop_to(stack->frame_esp);
+            break;
+        case OP_BINARY_ADD:
+            inline_variant_add(stack->esp + 1, stack->esp);
+            stack->pop();
+            break;
+        case OP_BINARY_SUB:
+            binary_with_null_rule(stack, [stack](Variant* l, Variant* r) { l->sub(stack, *r); });
+            break;
+        case OP_BINARY_MUL:
+            binary_with_null_rule(stack, [stack](Variant* l, Variant* r) { l->mul(stack, *r); });
+            break;
+        case OP_BINARY_DIV:
+            binary_with_null_rule(stack, [stack](Variant* l, Variant* r) { l->div(stack, *r); });
+            break;
+        case OP_BINARY_POW:
+            binary_with_null_rule(stack, [stack](Variant* l, Variant* r) { l->pow(stack, *r); });
+            break;
+        case OP_BINARY_MOD:
+            binary_with_null_rule(stack, [stack](Variant* l, Variant* r) {
+                Variant result;
+                variant_mod(stack, l, r, &result);
+                l->release(stack);
+                std::memcpy(static_cast<void*>(l), &result, sizeof(Variant));
+            });
+            break;
+        case OP_BINARY_EQ: compare(stack, TEST_EQ, false); break;
+        case OP_BINARY_LT: compare(stack, TEST_LT, false); break;
+        case OP_BINARY_LTEQ: compare(stack, TEST_LTEQ, false); break;
+        case OP_BINARY_GT: compare(stack, TEST_GT, false); break;
+        case OP_BINARY_GTEQ: compare(stack, TEST_GTEQ, false); break;
+        case OP_BINARY_LTGT: compare(stack, TEST_LTGT, false); break;
+        case OP_BINARY_EQEQ: compare(stack, TEST_EQ, true); break;
+        case OP_CAST_TO_BOOLEAN: cast_logical_or_object(stack, op, false); break;
+        case OP_CAST_TO_INTEGER: cast_top(stack, op, TAG_INTEGER); break;
+        case OP_CAST_TO_NUMERIC: cast_top(stack, op, TAG_NUMERIC); break;
+        case OP_CAST_TO_MONEY: cast_top(stack, op, TAG_MONEY); break;
+        case OP_CAST_TO_DATE: cast_top(stack, op, TAG_DATE); break;
+        case OP_CAST_TO_DATETIME: cast_top(stack, op, TAG_DATETIME); break;
+        case OP_CAST_TO_STRING: cast_top(stack, op, TAG_STRING); break;
+        case OP_CAST_TO_OBJECT: cast_logical_or_object(stack, op, true); break;
+        case OP_CHECK_NOT_NULL:
+            if (stack->esp->tag == TAG_NULL) throw RuntimeError(11);
+            break;
+        case OP_COND_TRUE_JUMP: {
+            uint8_t tag = stack->esp->tag;
+            if (tag > TAG_TRUE) throw RuntimeError(11);
+            stack->pop();
+            if (tag == TAG_TRUE) {
+                *ip = op_as<VmOpCondTrueJump>(op).target;
+                continue;
+            }
+            break;
+        }
+        case OP_COND_TRUE_JUMP_KEEP_ESP: {
+            uint8_t tag = stack->esp->tag;
+            if (tag > TAG_TRUE) throw RuntimeError(11);
+            if (tag == TAG_TRUE) {
+                *ip = op_as<VmOpCondTrueJumpKeepEsp>(op).target;
+                continue;
+            }
+            break;
+        }
+        case OP_COND_FALSE_OR_NULL_JUMP: {
+            uint8_t tag = stack->esp->tag;
+            if (tag > TAG_TRUE) throw RuntimeError(11);
+            stack->pop();
+            if (tag <= TAG_NULL) {
+                *ip = op_as<VmOpCondFalseOrNullJump>(op).target;
+                continue;
+            }
+            break;
+        }
+        case OP_COND_FALSE_OR_NULL_JUMP_KEEP_ESP: {
+            uint8_t tag = stack->esp->tag;
+            if (tag > TAG_TRUE) throw RuntimeError(11);
+            if (tag <= TAG_NULL) {
+                *ip = op_as<VmOpCondFalseOrNullJumpKeepEsp>(op).target;
+                continue;
+            }
+            stack->pop();
+            break;
+        }
+        case OP_COND_TRUE_OR_NULL_MERGE_2P: {
+            Memvar* top = stack->esp;
+            Memvar* next = stack->esp + 1;
+            if (!(next->tag == TAG_NULL && top->tag == TAG_FALSE)) {
+                next->release(stack);
+                std::memcpy(static_cast<void*>(next), static_cast<const Variant*>(top),
+                            sizeof(Variant));
+                top->tag = TAG_FALSE;
+            }
+            stack->pop();
+            break;
+        }
+        case OP_ESP_ALLOC: stack->push(); break;
+        case OP_ESP_FREE: stack->pop(); break;
+        case OP_FOR_COND_FALSE_JUMP:
+            if (for_loop_ends(stack)) {
+                *ip = op_as<VmOpForCondFalseJump>(op).target;
+                continue;
+            }
+            break;
+        case OP_JUMP:
+            *ip = op_as<VmOpJump>(op).target;
+            continue;
+        case OP_RETURN_VALUE:
+            ret->release(stack);
+            std::memcpy(static_cast<void*>(ret), static_cast<const Variant*>(stack->esp),
+                        sizeof(Variant));
+            stack->esp->tag = TAG_FALSE;
+            stack->pop();
+            return;
+        case OP_RETURN_POINTER:
+            stack->esp->ref(stack, ret, nullptr);
+            stack->pop();
+            return;
+        case OP_RETURN:
+            ret->release(stack);
+            ret->set_true();
+            return;
+        case OP_READ_LOCAL_MEMVAR_BY_OFFSET: {
+            const Memvar* slot = local_slot(stack, op_as<VmOpReadLocalMemvarByOffset>(op).offset);
+            stack->push()->set_variant(slot);
+            break;
+        }
+        case OP_READ_LOCAL_MEMVAR_POINTER_BY_OFFSET: {
+            Memvar* slot =
+                local_slot(stack, op_as<VmOpReadLocalMemvarPointerByOffset>(op).offset);
+            slot->ref(stack, stack->push(), nullptr);
+            break;
+        }
+        case OP_READ_ADD_WRITE_LOCAL:
+            inline_variant_add(local_slot(stack, op_as<VmOpReadAddWriteLocal>(op).offset),
+                               stack->esp);
+            stack->pop();
+            break;
+        case OP_WRITE_MEMVAR_BY_OFFSET:
+            write_slot(stack, local_slot(stack, op_as<VmOpWriteMemvarByOffset>(op).offset));
+            break;
+        case OP_READ_CONST_TRUE: stack->push()->set_true(); break;
+        case OP_READ_CONST_FALSE: stack->push(); break;
+        case OP_READ_CONST_NULL: stack->push()->set_null(); break;
+        case OP_READ_CONST_INTEGER:
+            stack->push()->set_integer(op_as<VmOpReadConstInteger>(op).value);
+            break;
+        case OP_READ_CONST_NUMERIC: stack->push()->set(op_as<VmOpReadConstNumeric>(op).value); break;
+        case OP_READ_CONST_MONEY: stack->push()->set(op_as<VmOpReadConstMoney>(op).value); break;
+        case OP_READ_CONST_STRING:
+            stack->push()->set_string(op_as<VmOpReadConstString>(op).value);
+            break;
+        case OP_READ_CONST_DATE: stack->push()->set(op_as<VmOpReadConstDate>(op).value); break;
+        case OP_READ_CONST_DATETIME:
+            stack->push()->set(op_as<VmOpReadConstDatetime>(op).value);
+            break;
+        case OP_UNARY_NOT: {
+            Memvar* top = stack->esp;
+            if (top->tag == TAG_FALSE) top->tag = TAG_TRUE;
+            else if (top->tag == TAG_TRUE) top->tag = TAG_FALSE;
+            else if (top->tag != TAG_NULL) throw RuntimeError(11);
+            break;
+        }
+        case OP_UNARY_NEG: {
+            Memvar* top = stack->esp;
+            if (top->follow()->tag == TAG_NULL) break;
+            Variant negated;
+            top->val_negative(stack, &negated);
+            top->release(stack);
+            std::memcpy(static_cast<void*>(top), &negated, sizeof(Variant));
+            break;
+        }
+        case OP_TEST_TEXTMERGE_ON: stack->push()->set_bool(stack->textmerge); break;
+        default:
+            not_built(op);
+        }
+        ++*ip;
+    }
+}
+
+}  // namespace zobase

@@ -1,0 +1,57 @@
+#include "vm/vm_stack.h"
+
+#include "values/call_trace.h"
+
+namespace zobase {
+
+namespace {
+
+void free_heap_memvar(VmStack* stack, Memvar* var) {
+    var->clear(stack);
+    delete var;
+}
+
+}  // namespace
+
+VmStack::VmStack(Runtime* owner, uint64_t slots, uint64_t undo_slots)
+    : id(0), capacity(slots), undo_capacity(undo_slots), runtime(owner) {
+    ZO_TRACE();
+    base = new Memvar[slots];
+    locals = frame_esp = esp = end();
+    undo_base = new UndoMemvar[undo_slots]();
+    undo_top = undo_end();
+}
+
+VmStack::~VmStack() {
+    pop_to(end());
+    for (auto& [symbol, var] : names) free_heap_memvar(this, var);
+    names.clear();
+    delete[] base;
+    delete[] undo_base;
+}
+
+bool stack_exact_on(VmStack* stack) { return stack && stack->exact; }
+
+void __release_variables(VmStack* stack, UndoMemvar* undo_mark, Memvar* esp_mark) {
+    stack->pop_to(esp_mark);
+    for (; stack->undo_top < undo_mark; ++stack->undo_top) {
+        UndoMemvar& entry = *stack->undo_top;
+        auto found = stack->names.find(entry.symbol);
+        if (found != stack->names.end()) {
+            Memvar* var = found->second;
+            bool heap = var->kind == MEMVAR_PUBLIC;
+            var->clear(stack);
+            if (heap) delete var;
+            stack->names.erase(found);
+        }
+        if (entry.previous) stack->names[entry.symbol] = entry.previous;
+        entry = {0, nullptr};
+    }
+    if (auto* dynamic = stack->dynamic_locals) {
+        for (auto& [symbol, var] : *dynamic) free_heap_memvar(stack, var);
+        delete dynamic;
+        stack->dynamic_locals = nullptr;
+    }
+}
+
+}  // namespace zobase

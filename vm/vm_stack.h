@@ -1,0 +1,102 @@
+#pragma once
+// One thread of the language: the value stack, the chain of frames, the
+// memory variables and the state of the last error.
+#include <cstdint>
+#include <list>
+#include <unordered_map>
+
+#include "values/error.h"
+#include "values/export.h"
+#include "vm/memvar.h"
+#include "vm/vm_op.h"
+
+namespace zobase {
+
+class Runtime;
+class Program;
+class DebugHook;
+class Table_Object;
+class DataSession_Object;
+
+// What a name meant before a frame shadowed it; previous is null when the
+// name was free.
+struct UndoMemvar {
+    uint32_t symbol;
+    Memvar* previous;
+};
+
+struct VmFrame {
+    uint64_t depth;
+    VmFrame* previous;
+    VmOp** ip;
+    VmOp** saved_ip;  // where an exception left the frame, for the trace
+    const Program* program;
+    VmOp* try_scopes;
+    Memvar* saved_locals;
+    Memvar* saved_frame_esp;
+    Memvar* saved_esp;
+    UndoMemvar* saved_undo_top;
+    uint64_t saved_argc;
+    VmStack* stack;
+    std::unordered_map<uint32_t, Memvar*>* saved_dynamic_locals;
+};
+
+constexpr uint64_t MAX_FRAME_DEPTH = 128;
+
+class ZO_API VmStack {
+public:
+    VmStack(Runtime* runtime, uint64_t slots, uint64_t undo_slots);
+    ~VmStack();
+    VmStack(const VmStack&) = delete;
+    VmStack& operator=(const VmStack&) = delete;
+
+    uint64_t id;
+    Memvar* base;  // lowest valid slot
+    uint64_t argc = 0;
+    Memvar* locals;
+    Memvar* frame_esp;
+    Memvar* esp;  // top slot; equal to `end()` when the stack is empty
+    Memvar* params_top = nullptr;
+    uint64_t param_count = 0;
+    uint64_t capacity;
+    UndoMemvar* undo_base;
+    UndoMemvar* undo_top;  // grows downward
+    uint64_t undo_capacity;
+    uint64_t pending_args = 0;
+    DataSession_Object* session = nullptr;
+    bool textmerge = false;
+    bool textmerge_show = true;
+    DebugHook* debug_hook = nullptr;
+    std::unordered_map<uint32_t, Memvar*> names;  // visible PRIVATE and PUBLIC variables
+    Table_Object* expression_table = nullptr;
+    VmFrame* frame = nullptr;
+    RuntimeError last_error;
+    std::unordered_map<uint32_t, Memvar*>* dynamic_locals = nullptr;
+    Runtime* runtime;
+    bool exact = false;  // SET EXACT
+
+    Memvar* end() const noexcept { return base + capacity; }
+    UndoMemvar* undo_end() const noexcept { return undo_base + undo_capacity; }
+    // Slots in use between esp and the end of the array.
+    uint64_t depth() const noexcept { return static_cast<uint64_t>(end() - esp); }
+
+    // Pushes a clean slot, or raises 9010 without changing anything.
+    Memvar* push() {
+        if (esp - 1 < base) throw RuntimeError(9010);
+        return --esp;
+    }
+    void pop() {
+        esp->clear(this);
+        ++esp;
+    }
+    // Pops every slot from esp up to (not including) mark.
+    void pop_to(Memvar* mark) {
+        while (esp < mark) pop();
+    }
+};
+
+// Ends a frame's variables: pops to esp_mark, undoes the shadowing recorded
+// since undo_mark, and frees the frame's dynamic locals.
+void __release_variables(VmStack* stack, UndoMemvar* undo_mark, Memvar* esp_mark);
+
+}  // namespace zobase
