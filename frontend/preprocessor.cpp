@@ -380,6 +380,7 @@ token_vector trimmed(token_vector tokens) {
 int Preprocessor::directive_shebang(Preprocessor& self, frame_st& frame) {
     bool first_line = self.directive_hash_ == 0 && self.include_depth_ == 0;
     if (!first_line) return 1;
+    frame.pos = self.directive_hash_;
     while (!frame.at_end() && frame.current().type != TOKEN_LINE_END)
         self.comments.push_back(frame.tokens[frame.pos++]);
     if (!frame.at_end()) ++frame.pos;
@@ -439,10 +440,26 @@ bool name_is_defined(void* context, const token_st& name) {
 }  // namespace
 
 bool Preprocessor::evaluate_condition(frame_st& frame) {
-    token_vector rest;
-    read_logical_line(frame, rest, true, false);
+    token_vector raw, rest;
+    read_logical_line(frame, raw, false, false);
+    replace_outside_defined(frame, raw, rest);
     return evaluate_directive_condition(rest.data(), rest.data() + rest.size(), directive_location_,
                                         name_is_defined, this);
+}
+
+// #define replacement for a condition, except for the name that defined() tests.
+void Preprocessor::replace_outside_defined(const frame_st& frame, const token_vector& raw,
+                                           token_vector& rest) {
+    for (size_t i = 0; i < raw.size(); ++i) {
+        if (!token_is_word(raw[i], "defined")) {
+            add_replaced(frame, rest, raw[i]);
+            continue;
+        }
+        rest.push_back(raw[i]);
+        while (i + 1 < raw.size() && (is_blank(raw[i + 1]) || raw[i + 1].type == '('))
+            rest.push_back(raw[++i]);
+        if (i + 1 < raw.size()) rest.push_back(raw[++i]);
+    }
 }
 
 int Preprocessor::directive_if(Preprocessor& self, frame_st& frame) {

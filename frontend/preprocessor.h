@@ -115,6 +115,7 @@ private:
 
     int push_condition(frame_st& frame, bool taking);
     bool evaluate_condition(frame_st& frame);
+    void replace_outside_defined(const frame_st& frame, const token_vector& raw, token_vector& rest);
     std::filesystem::path find_include(const frame_st& frame, const std::filesystem::path& name) const;
     int include_file(frame_st& frame, const std::filesystem::path& path,
                      const document_location_st& location);

@@ -47,7 +47,11 @@ void write_text(int fd, const String& text, const Charset* redirected) {
 
 }  // namespace
 
-ConsoleScreen::ConsoleScreen() : output_charset(Charset::utf8), input_charset(Charset::utf8) {}
+// The screen may exist before any runtime, so it loads the charsets itself.
+ConsoleScreen::ConsoleScreen() {
+    __init_character_sets();
+    output_charset = input_charset = Charset::utf8;
+}
 
 void ConsoleScreen::set_output_charset(const Charset* charset) { output_charset = charset; }
 void ConsoleScreen::set_input_charset(const Charset* charset) { input_charset = charset; }

@@ -5,6 +5,7 @@
 #include <memory>
 #include <vector>
 
+#include "values/export.h"
 #include "vm/vm_op.h"
 
 namespace zobase {
@@ -14,7 +15,7 @@ struct local_name_st {
     uint64_t offset;  // the slot `offset` positions below the frame's locals
 };
 
-class Program {
+class ZO_API Program {
 public:
     Program() = default;
     ~Program();

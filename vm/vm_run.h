@@ -14,7 +14,7 @@ namespace zobase {
 void vm_run(VmStack* stack, VmOp*** ip, Variant* ret);
 
 // Runs a program in a new frame over the argc arguments already on the stack.
-void execute_program(VmStack* stack, size_t argc, bool has_this, const Program* program,
+ZO_API void execute_program(VmStack* stack, size_t argc, bool has_this, const Program* program,
                      Variant* ret);
 
 }  // namespace zobase

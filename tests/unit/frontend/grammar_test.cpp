@@ -8,6 +8,7 @@
 #include "frontend/parser.h"
 #include "frontend/scanner.h"
 #include "frontend/syntax_tree.h"
+#include "values/error.h"
 
 using namespace zobase;
 
@@ -341,7 +342,9 @@ TEST(GrammarRobustness, RandomTokenSoup) {
         for (int start = 259; start <= 263; ++start) {
             std::vector<parse_error_st> errors;
             std::unique_ptr<Statement> s(parse_statement_text(line.c_str(), errors, start));
-            if (!s && start <= 261) ASSERT_FALSE(errors.empty()) << line;
+            if (!s && start <= 261) {
+                ASSERT_FALSE(errors.empty()) << line;
+            }
             for (const auto& e : errors)
                 ASSERT_TRUE(e.number == 10 || e.number == 9012 || e.number == 9013) << line;
         }

@@ -171,7 +171,7 @@ TEST_F(PreprocessorTest, UndefAndNoReplacement) {
 
 TEST_F(PreprocessorTest, PredefinedNames) {
     run("? __LINE__, __column__, __file__, __ZO__\n", "/src/app/main.prg");
-    EXPECT_EQ(texts(), (std::vector<std::string>{"? 1, 14, \"/src/app/main.prg\", .T.\n"}));
+    EXPECT_EQ(texts(), (std::vector<std::string>{"? 1, 13, \"/src/app/main.prg\", .T.\n"}));
     parser_.lines.clear();
     run("? __dir__");
     EXPECT_EQ(texts(), (std::vector<std::string>{"? \"\""}));
