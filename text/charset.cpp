@@ -10,9 +10,11 @@ namespace zobase {
 
 namespace {
 
-// About 4 KiB each, on the stack, so that no conversion allocates.
+// On the stack, so that no conversion allocates. The scratch output of
+// calculate holds a whole pivot in any encoding, so that it is handed the
+// same pieces as convert and sizes stateful encodings exactly.
 constexpr size_t PIVOT_UNITS = 2048;
-constexpr size_t SCRATCH_BYTES = 4096;
+constexpr size_t SCRATCH_BYTES = PIVOT_UNITS * 4 + 256;
 
 }  // namespace
 
@@ -109,9 +111,19 @@ char32_t Charset::prev(const char*& p, const char* begin) const {
         p -= width;
         return peek_next(p, stop);
     }
-    // Walk back until a start decodes; a trail alone never does. The step is
-    // the smallest character, so UTF-16 is never read out of its alignment.
+    // The longest character that ends exactly here wins: a trail byte of a
+    // double-byte code page can read as a character of its own.
     const size_t step = row.min_char;
+    const size_t reach = std::min<size_t>(row.max_char, static_cast<size_t>(p - begin));
+    for (const char* q = p - reach; q + step <= stop; q += step) {
+        const char* after = q;
+        char32_t c = next(after, stop);
+        if (c != UNDECODABLE && after == stop) {
+            p = q;
+            return c;
+        }
+    }
+    // Undecodable bytes: walk back until something decodes, or to the start.
     for (const char* q = p;;) {
         q = static_cast<size_t>(q - begin) > step ? q - step : begin;
         char32_t c = peek_next(q, stop);

@@ -11,13 +11,14 @@ namespace zobase {
 
 namespace {
 
-// One thread's clone of a master converter. Decoding keeps a partial
-// character or an overflowing output inside the converter; `resume_to_unicode`
-// remembers where the caller has to come back for that state to be continued.
+// One thread's clone of a master converter. Decoding may leave a partial
+// character or shift state inside the converter; `resume_to_unicode` and
+// `resume_end` say which call continues that state instead of resetting it.
 struct thread_converter_st {
     uint64_t serial = 0;
     UConverter* converter = nullptr;
     const char* resume_to_unicode = nullptr;
+    const char* resume_end = nullptr;
 };
 
 struct thread_converters_st {
@@ -35,7 +36,7 @@ thread_converter_st& thread_clone(const Charset* charset, UConverter* master, ui
     if (clone.serial == serial) return clone;
     if (clone.converter) ucnv_close(clone.converter);
     UErrorCode status = U_ZERO_ERROR;
-    clone = thread_converter_st{serial, ucnv_clone(master, &status), nullptr};
+    clone = thread_converter_st{serial, ucnv_clone(master, &status), nullptr, nullptr};
     ZO_ASSERT(U_SUCCESS(status) && clone.converter);
     return clone;
 }
@@ -55,6 +56,9 @@ UConverter* prepare_stepwise_decoding(thread_converter_st& clone) {
 // sequences included, takes more than this per UTF-16 unit.
 constexpr size_t MAX_BYTES_PER_UNIT = 4;
 constexpr size_t ENCODE_SLACK = 8;
+constexpr size_t SPAN_UNITS = 256;
+// Nor does any byte decode to more than this many UTF-16 units.
+constexpr size_t MAX_UNITS_PER_BYTE = 2;
 
 // Encodes the next character into a local buffer and copies it when it fits;
 // one that does not fit stays unconsumed for a caller with more room.
@@ -134,25 +138,39 @@ void _ICUConverterCharset::verify(const char* bytes, size_t size, size_t& good_b
     }
 }
 
+// Spans are sized so that their output fits; only the last one is flushed.
+// A character cut at a span's end, or UTF-7's shift state, stays in the
+// converter, to be continued by the call that resumes at the same place.
 CstranError _ICUConverterCharset::out(const char*& src, const char* src_end, char16_t*& utf16,
                                       char16_t* utf16_end) const {
     thread_converter_st& clone = thread_clone(this, master_, serial_);
-    if (src != clone.resume_to_unicode) ucnv_resetToUnicode(clone.converter);
+    bool resuming = src == clone.resume_to_unicode && src_end == clone.resume_end;
+    if (!resuming) ucnv_resetToUnicode(clone.converter);
     clone.resume_to_unicode = nullptr;
     UErrorCode status = U_ZERO_ERROR;
     ucnv_setToUCallBack(clone.converter, UCNV_TO_U_CALLBACK_SUBSTITUTE, nullptr, nullptr,
                         nullptr, &status);
-    ucnv_toUnicode(clone.converter, &utf16, utf16_end, &src, src_end, nullptr, true, &status);
-    if (status == U_BUFFER_OVERFLOW_ERROR) {
-        clone.resume_to_unicode = src;
-        return -1;
+    while (src < src_end && utf16 < utf16_end) {
+        size_t room = static_cast<size_t>(utf16_end - utf16);
+        size_t span = std::min<size_t>(src_end - src, std::max<size_t>(room / MAX_UNITS_PER_BYTE, 1));
+        const char* span_end = src + span;
+        status = U_ZERO_ERROR;
+        ucnv_toUnicode(clone.converter, &utf16, utf16_end, &src, span_end, nullptr,
+                       span_end == src_end, &status);
+        if (status == U_BUFFER_OVERFLOW_ERROR) break;
+        if (U_FAILURE(status)) return 1;
     }
-    return U_FAILURE(status) ? 1 : 0;
+    if (src == src_end && status != U_BUFFER_OVERFLOW_ERROR) return 0;
+    clone.resume_to_unicode = src;
+    clone.resume_end = src_end;
+    return -1;
 }
 
 // ICU would keep output that does not fit inside the converter, out of the
-// caller's sight, so it only ever gets a span whose output surely fits; near
-// the end of the room characters go one at a time through a small buffer.
+// caller's sight, so spans of fixed size are encoded into a local buffer and
+// copied when they fit; a span that does not fit goes a character at a time.
+// Spans start at fixed places, so a stateful encoding (UTF-7) gives the same
+// bytes to calculate and to convert.
 CstranError _ICUConverterCharset::in(const char16_t*& utf16, const char16_t* utf16_end,
                                      char*& dst, char* dst_end, CstranRecovery recovery) const {
     UConverter* converter = get_thread_local_converter();
@@ -163,19 +181,28 @@ CstranError _ICUConverterCharset::in(const char16_t*& utf16, const char16_t* utf
                                                     : UCNV_FROM_U_CALLBACK_SUBSTITUTE,
                           nullptr, nullptr, nullptr, &status);
     while (utf16 < utf16_end) {
-        size_t room = static_cast<size_t>(dst_end - dst);
-        size_t units = room > ENCODE_SLACK ? (room - ENCODE_SLACK) / MAX_BYTES_PER_UNIT : 0;
-        const char16_t* span_end = utf16 + std::min<size_t>(units, utf16_end - utf16);
-        if (span_end < utf16_end && span_end > utf16 && U16_IS_LEAD(span_end[-1])) --span_end;
-        if (span_end == utf16) {
-            if (encode_one_character(converter, utf16, utf16_end, dst, dst_end) != 0) return 1;
-            if (utf16 == span_end) return 0;
-            continue;
-        }
+        const char16_t* span_end = utf16 + std::min<size_t>(SPAN_UNITS, utf16_end - utf16);
+        if (span_end < utf16_end && U16_IS_LEAD(span_end[-1])) --span_end;
+        char buffer[SPAN_UNITS * MAX_BYTES_PER_UNIT + ENCODE_SLACK];
+        char* written = buffer;
+        const char16_t* source = utf16;
         status = U_ZERO_ERROR;
-        ucnv_fromUnicode(converter, &dst, dst_end, &utf16, span_end, nullptr, true, &status);
+        ucnv_fromUnicode(converter, &written, buffer + sizeof buffer, &source, span_end, nullptr,
+                         true, &status);
         ZO_ASSERT(status != U_BUFFER_OVERFLOW_ERROR);
         if (U_FAILURE(status)) return 1;
+        size_t size = static_cast<size_t>(written - buffer);
+        if (size <= static_cast<size_t>(dst_end - dst)) {
+            std::memcpy(dst, buffer, size);
+            dst += size;
+            utf16 = span_end;
+            continue;
+        }
+        while (utf16 < span_end) {
+            const char16_t* before = utf16;
+            if (encode_one_character(converter, utf16, span_end, dst, dst_end) != 0) return 1;
+            if (utf16 == before) return 0;
+        }
     }
     return 0;
 }

@@ -3,6 +3,7 @@
 #include <cctype>
 #include <cstdio>
 #include <cstring>
+#include <iterator>
 #include <mutex>
 #include <string>
 #include <unordered_map>
@@ -125,15 +126,21 @@ struct registry_st {
     std::unordered_map<int, uint32_t> codepages;
 };
 
-registry_st registry;
+// Built on first use, since static initialisers of other files may look
+// charsets up, and never destroyed, like the charsets it holds.
+registry_st& registry() {
+    static registry_st* maps = new registry_st;
+    return *maps;
+}
+
 std::mutex init_mutex;
 
 void add_row(const charset_st& row) {
     uint32_t csid = static_cast<uint32_t>(row.csid);
-    registry.rows[row.csid] = &row;
-    registry.names[row.name] = csid;
-    if (row.windows_codepage > 0) registry.windows_codepages[row.windows_codepage] = csid;
-    if (row.codepage > 0) registry.codepages[row.codepage] = csid;
+    registry().rows[row.csid] = &row;
+    registry().names[row.name] = csid;
+    if (row.windows_codepage > 0) registry().windows_codepages[row.windows_codepage] = csid;
+    if (row.codepage > 0) registry().codepages[row.codepage] = csid;
 }
 
 void add_aliases() {
@@ -143,7 +150,7 @@ void add_aliases() {
     } aliases[] = {{"utf7", 35},     {"utf8", 36},     {"utf16le", 37},  {"utf16-le", 37},
                    {"utf16be", 38},  {"utf16-be", 38}, {"utf32le", 39},  {"utf32-le", 39},
                    {"utf32be", 40},  {"utf32-be", 40}};
-    for (const auto& entry : aliases) registry.names[entry.alias] = entry.csid;
+    for (const auto& entry : aliases) registry().names[entry.alias] = entry.csid;
 }
 
 // Loads on first use; the caller has made sure the maps are filled. Binary
@@ -151,12 +158,12 @@ void add_aliases() {
 const Charset* load_charset(uint32_t csid) {
     constexpr uint32_t BINARY_CSID = 2;
     if ((csid & 0xFFFF) == BINARY_CSID) csid |= CSID_NOCPTRANS;
-    auto found = registry.loaded.find(csid);
-    if (found != registry.loaded.end()) return found->second;
-    auto row = registry.rows.find(csid & 0xFFFF);
-    if (row == registry.rows.end()) return nullptr;
+    auto found = registry().loaded.find(csid);
+    if (found != registry().loaded.end()) return found->second;
+    auto row = registry().rows.find(csid & 0xFFFF);
+    if (row == registry().rows.end()) return nullptr;
     Charset* charset = row->second->loader(row->second, (csid & CSID_NOCPTRANS) != 0);
-    registry.loaded[csid] = charset;
+    registry().loaded[csid] = charset;
     return charset;
 }
 
@@ -166,8 +173,8 @@ void ensure_character_sets() {
 
 const Charset* lookup_by_name(std::string name) {
     for (char& c : name) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-    auto found = registry.names.find(name);
-    return found == registry.names.end() ? nullptr : load_charset(found->second);
+    auto found = registry().names.find(name);
+    return found == registry().names.end() ? nullptr : load_charset(found->second);
 }
 
 void default_country_lang(char* text, size_t capacity) {
@@ -188,7 +195,7 @@ void __init_character_sets() {
     std::lock_guard<std::mutex> lock(init_mutex);
     if (Charset::binary) return;
     Charset* ascii = charset_rows[0].loader(&charset_rows[0], false);
-    registry.loaded[1] = ascii;
+    registry().loaded[1] = ascii;
     Charset::ascii = ascii;
     for (const charset_st& row : charset_rows) add_row(row);
     add_aliases();
@@ -207,8 +214,8 @@ void __shutdown_character_sets() {
     Charset::utf8 = nullptr;
     Charset::utf16le = nullptr;
     Charset::utf32le = nullptr;
-    for (auto& [csid, charset] : registry.loaded) delete charset;
-    registry = registry_st{};
+    for (auto& [csid, charset] : registry().loaded) delete charset;
+    registry() = registry_st{};
 }
 
 const Charset* GetCharsetByCSID(uint32_t csid) {
@@ -219,8 +226,8 @@ const Charset* GetCharsetByCSID(uint32_t csid) {
 const Charset* GetCharsetByWindowsCodepage(int codepage) {
     ZO_TRACE();
     ensure_character_sets();
-    auto found = registry.windows_codepages.find(codepage);
-    if (found == registry.windows_codepages.end()) {
+    auto found = registry().windows_codepages.find(codepage);
+    if (found == registry().windows_codepages.end()) {
         raise_not_available(("windows code page " + std::to_string(codepage)).c_str());
     }
     return load_charset(found->second);
@@ -228,8 +235,8 @@ const Charset* GetCharsetByWindowsCodepage(int codepage) {
 
 const Charset* get_charset_by_codepage(int codepage, bool nocptrans) {
     ensure_character_sets();
-    auto found = registry.codepages.find(codepage);
-    if (found == registry.codepages.end()) return nullptr;
+    auto found = registry().codepages.find(codepage);
+    if (found == registry().codepages.end()) return nullptr;
     return load_charset(found->second | (nocptrans ? CSID_NOCPTRANS : 0));
 }
 

@@ -150,14 +150,16 @@ size_t String::scan(const const_string_st* needles, size_t n, size_t& count,
         char32_t c = next_char(charset_, q, end);
         const char* match_end = nullptr;
         size_t which = 0;
-        for (; which < n && !match_end; ++which)
-            if (decoded[which][0] == c) match_end = match_rest(charset_, q, end, decoded[which]);
+        for (; which < n; ++which) {
+            if (decoded[which][0] != c) continue;
+            match_end = match_rest(charset_, q, end, decoded[which]);
+            if (match_end) break;
+        }
         if (!match_end) {
             ++count;
             p = q;
             continue;
         }
-        --which;
         ++found;
         size_t chars = decoded[which].size();
         if (!report(callback, *this, p, match_end, count, which, chars, context)) return found;

@@ -322,10 +322,10 @@ int64_t VarGetInt64(const Variant* v) { return static_cast<integer_type_st>(*v);
 String VarGetString(const Variant* v) { return static_cast<String>(*v); }
 
 const char* VarReadString(const Variant* v, size_t* len) {
-    const String& s = v->follow()->str();
-    if (v->follow()->tag != TAG_STRING) throw RuntimeError(107);
-    *len = s.size();
-    return s.read();
+    const Variant* target = v->follow();
+    if (target->tag != TAG_STRING) throw RuntimeError(107);
+    *len = target->str().size();
+    return target->str().read();
 }
 
 char* VarWriteString(Variant* v, size_t* len) {

@@ -33,6 +33,8 @@ public:
     uint64_t parameter_count = 0;
     std::vector<local_name_st> local_names;
     uint64_t frame_size() const noexcept { return local_names.size(); }
+    // The slot offset of a compiled local name.
+    bool find_local(uint32_t symbol, uint64_t* offset) const noexcept;
 
 private:
     std::vector<VmOp*> code_;

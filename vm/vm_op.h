@@ -11,6 +11,7 @@ namespace zobase {
 class VmStack;
 class Variant;
 class Program;
+class UserFunction;
 
 enum Opcode : uint8_t {
     OP_UNWIND_FRAME = 0,
@@ -210,6 +211,39 @@ public:
     Handler handler;
     uint64_t n;
     VmOpNative(Handler h, uint64_t count) : VmOp(OP), handler(h), n(count) {}
+};
+
+// A direct call of a function the linker found.
+class VmOpCallUserFunction : public VmOp {
+public:
+    const UserFunction* function;
+    uint64_t n;
+    VmOpCallUserFunction(const UserFunction* f, uint64_t count)
+        : VmOp(OP_CALL_USER_FUNCTION), function(f), n(count) {}
+};
+
+// Bits of VmOpCheckArgument's flags.
+enum ArgumentFlags : uint8_t {
+    ARGUMENT_BY_REFERENCE = 1,  // must be a by-reference slot
+    ARGUMENT_MAY_BE_REFERENCE = 2,
+    ARGUMENT_NULL_ALLOWED = 4,
+};
+
+class VmOpCheckArgument : public VmOp {
+public:
+    uint8_t type;  // the wanted tag
+    uint8_t flags;
+    VmOpCheckArgument(uint8_t wanted, uint8_t argument_flags)
+        : VmOp(OP_CHECK_ARGUMENT), type(wanted), flags(argument_flags) {}
+};
+
+// A call the linker missed; running it is a compiler fault.
+class VmOpUnresolvedCall : public VmOp {
+public:
+    String name;
+    uint64_t n;
+    VmOpUnresolvedCall(const String& function_name, uint64_t count)
+        : VmOp(OP_UNRESOLVED_CALL), name(function_name), n(count) {}
 };
 
 using VmOpUnwindFrame = VmOpPlain<OP_UNWIND_FRAME>;

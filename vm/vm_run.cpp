@@ -2,6 +2,7 @@
 #include "vm/vm_run.h"
 
 #include "values/numeric.h"
+#include "vm/vm_instructions.h"
 
 namespace zobase {
 
@@ -124,6 +125,42 @@ void write_slot(VmStack* stack, Memvar* slot) {
     stack->pop();
 }
 
+void push_copy(VmStack* stack, const Memvar* var) { stack->push()->set_variant(var); }
+
+void push_pointer(VmStack* stack, Memvar* var) { var->ref(stack, stack->push(), nullptr); }
+
+void pop_slots(VmStack* stack, uint64_t count) { stack->pop_to(stack->esp + count); }
+
+void read_array(VmStack* stack, Memvar* var, uint64_t n) {
+    read_array_item(stack, var, n, stack->esp + n);
+    pop_slots(stack, n);
+}
+
+void write_array(VmStack* stack, Memvar* var, uint64_t n) {
+    write_array_item(stack, var, n);
+    pop_slots(stack, n + 1);
+}
+
+// The target is a by-reference slot; the value stays as top.
+void store(VmStack* stack) {
+    Memvar* target = stack->esp;
+    ZO_ASSERT(target->tag == TAG_POINTER);
+    target->store_recursive(stack, stack->esp + 1);
+    stack->pop();
+}
+
+Memvar* undefined_memvar(VmStack* stack, uint32_t symbol) {
+    Memvar* var;
+    stack->alloc_undefined_memvar(symbol, &var);
+    return var;
+}
+
+void read_memvar_or_false(VmStack* stack, uint32_t symbol) {
+    Memvar* var;
+    if (stack->get_memvar(symbol, &var)) push_copy(stack, var);
+    else stack->push();
+}
+
 [[noreturn]] void not_built(const VmOp* op) { raise_not_available(opcode_class_name(op->opcode)); }
 
 }  // namespace
@@ -170,6 +207,24 @@ void vm_run(VmStack* stack, VmOp*** ip, Variant* ret) {
         case OP_BINARY_GTEQ: compare(stack, TEST_GTEQ, false); break;
         case OP_BINARY_LTGT: compare(stack, TEST_LTGT, false); break;
         case OP_BINARY_EQEQ: compare(stack, TEST_EQ, true); break;
+        case OP_CALL_USER_FUNCTION:
+            call_user_function(stack, op_as<VmOpCallUserFunction>(op));
+            break;
+        case OP_CALL_BY_NAME: {
+            const auto& call = op_as<VmOpCallByName>(op);
+            call_by_name(stack, call.symbol, call.n);
+            break;
+        }
+        case OP_CALL_NATIVE: {
+            const auto& call = op_as<VmOpCallNative>(op);
+            call_native(stack, call.handler, call.n);
+            break;
+        }
+        case OP_CALL_NATIVE_VOID: {
+            const auto& call = op_as<VmOpCallNativeVoid>(op);
+            call_native_void(stack, call.handler, call.n);
+            break;
+        }
         case OP_CAST_TO_BOOLEAN: cast_logical_or_object(stack, op, false); break;
         case OP_CAST_TO_INTEGER: cast_top(stack, op, TAG_INTEGER); break;
         case OP_CAST_TO_NUMERIC: cast_top(stack, op, TAG_NUMERIC); break;
@@ -181,6 +236,7 @@ void vm_run(VmStack* stack, VmOp*** ip, Variant* ret) {
         case OP_CHECK_NOT_NULL:
             if (stack->esp->tag == TAG_NULL) throw RuntimeError(11);
             break;
+        case OP_CHECK_ARGUMENT: check_argument(stack, op_as<VmOpCheckArgument>(op)); break;
         case OP_COND_TRUE_JUMP: {
             uint8_t tag = stack->esp->tag;
             if (tag > TAG_TRUE) throw RuntimeError(11);
@@ -232,6 +288,21 @@ void vm_run(VmStack* stack, VmOp*** ip, Variant* ret) {
             stack->pop();
             break;
         }
+        case OP_READ_MEMVAR_POINTER_CREATE:
+            push_pointer(stack, undefined_memvar(stack, op_as<VmOpReadMemvarPointerCreate>(op).symbol));
+            break;
+        case OP_DEF_LOCAL: def_local(stack, op_as<VmOpDefLocal>(op).symbol); break;
+        case OP_DEF_LOCAL_OFFSET: {
+            const auto& def = op_as<VmOpDefLocalOffset>(op);
+            def_local_offset(stack, def.offset, def.symbol);
+            break;
+        }
+        case OP_DEF_PRIVATE_SYMBOL: def_private_symbol(stack, op_as<VmOpDefPrivateSymbol>(op).symbol); break;
+        case OP_DEF_PUBLIC_OFFSET: {
+            const auto& def = op_as<VmOpDefPublicOffset>(op);
+            def_public_offset(stack, def.offset, def.symbol);
+            break;
+        }
         case OP_ESP_ALLOC: stack->push(); break;
         case OP_ESP_FREE: stack->pop(); break;
         case OP_FOR_COND_FALSE_JUMP:
@@ -240,6 +311,37 @@ void vm_run(VmStack* stack, VmOp*** ip, Variant* ret) {
                 continue;
             }
             break;
+        case OP_INIT_LPARAMETERS: init_lparameters(stack, op_as<VmOpInitLparameters>(op).n); break;
+        case OP_INIT_PARAMETER: {
+            const auto& init = op_as<VmOpInitParameter>(op);
+            init_parameter(stack, init.offset, init.symbol);
+            break;
+        }
+        case OP_OBJECT_CALL: {
+            const auto& call = op_as<VmOpObjectCall>(op);
+            object_call(stack, call.symbol, call.n);
+            break;
+        }
+        case OP_OBJECT_CALL_POINTER: {
+            const auto& call = op_as<VmOpObjectCallPointer>(op);
+            object_call_pointer(stack, call.symbol, call.n);
+            break;
+        }
+        case OP_OBJECT_READ: {
+            const auto& read = op_as<VmOpObjectRead>(op);
+            object_read(stack, read.symbol, read.n);
+            break;
+        }
+        case OP_OBJECT_READ_POINTER: {
+            const auto& read = op_as<VmOpObjectReadPointer>(op);
+            object_read_pointer(stack, read.symbol, read.n);
+            break;
+        }
+        case OP_OBJECT_WRITE: {
+            const auto& write = op_as<VmOpObjectWrite>(op);
+            object_write(stack, write.symbol, write.n);
+            break;
+        }
         case OP_JUMP:
             *ip = op_as<VmOpJump>(op).target;
             continue;
@@ -258,6 +360,48 @@ void vm_run(VmStack* stack, VmOp*** ip, Variant* ret) {
             ret->release(stack);
             ret->set_true();
             return;
+        case OP_READ_BY_NAME: read_by_name(stack, op_as<VmOpReadByName>(op).symbol); break;
+        case OP_READ_MEMVAR_BY_NAME:
+            push_copy(stack, find_memvar(stack, op_as<VmOpReadMemvarByName>(op).symbol));
+            break;
+        case OP_READ_MEMVAR_OR_FALSE:
+            read_memvar_or_false(stack, op_as<VmOpReadMemvarOrFalse>(op).symbol);
+            break;
+        case OP_READ_FILE_OBJECT_OR_MEMVAR_BY_NAME:
+            read_file_object_or_memvar(stack, op_as<VmOpReadFileObjectOrMemvarByName>(op).symbol);
+            break;
+        case OP_READ_ARRAY_BY_NAME: {
+            const auto& read = op_as<VmOpReadArrayByName>(op);
+            read_array(stack, find_memvar(stack, read.symbol), read.n);
+            break;
+        }
+        case OP_READ_ARRAY_BY_OFFSET: {
+            const auto& read = op_as<VmOpReadArrayByOffset>(op);
+            read_array(stack, local_slot(stack, read.offset), read.n);
+            break;
+        }
+        case OP_READ_MEMVAR_POINTER_BY_NAME:
+            push_pointer(stack, find_memvar(stack, op_as<VmOpReadMemvarPointerByName>(op).symbol));
+            break;
+        case OP_READ_ADD_WRITE:
+            inline_variant_add(find_memvar(stack, op_as<VmOpReadAddWrite>(op).symbol), stack->esp);
+            stack->pop();
+            break;
+        case OP_STORE: store(stack); break;
+        case OP_WRITE_MEMVAR_BY_NAME:
+            write_slot(stack, undefined_memvar(stack, op_as<VmOpWriteMemarByName>(op).symbol));
+            break;
+        case OP_WRITE_ARRAY_BY_NAME: {
+            const auto& write = op_as<VmOpWriteArrayByName>(op);
+            write_array(stack, find_memvar(stack, write.symbol), write.n);
+            break;
+        }
+        case OP_WRITE_ARRAY_BY_OFFSET: {
+            const auto& write = op_as<VmOpWriteArrayByOffset>(op);
+            write_array(stack, local_slot(stack, write.offset), write.n);
+            break;
+        }
+        case OP_UNRESOLVED_CALL: throw assert_failed_exception("VmOpUnresolvedCall");
         case OP_READ_LOCAL_MEMVAR_BY_OFFSET: {
             const Memvar* slot = local_slot(stack, op_as<VmOpReadLocalMemvarByOffset>(op).offset);
             stack->push()->set_variant(slot);

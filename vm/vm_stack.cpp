@@ -22,8 +22,10 @@ VmStack::VmStack(Runtime* owner, uint64_t slots, uint64_t undo_slots)
     undo_top = undo_end();
 }
 
+// Ending every scope first leaves only the publics in `names`: variables made
+// at rest by assignment belong to the dynamic locals and are freed there.
 VmStack::~VmStack() {
-    pop_to(end());
+    __release_variables(this, undo_end(), end());
     for (auto& [symbol, var] : names) free_heap_memvar(this, var);
     names.clear();
     delete[] base;

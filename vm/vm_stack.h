@@ -14,6 +14,7 @@ namespace zobase {
 
 class Runtime;
 class Program;
+class CallResolver;
 class DebugHook;
 class Table_Object;
 class DataSession_Object;
@@ -74,6 +75,9 @@ public:
     std::unordered_map<uint32_t, Memvar*>* dynamic_locals = nullptr;
     Runtime* runtime;
     bool exact = false;  // SET EXACT
+    bool space = true;   // SET SPACE: ? and ?? separate values by a blank
+    // Installed by the runtime: symbol texts and the targets of late-bound calls.
+    const CallResolver* resolver = nullptr;
 
     Memvar* end() const noexcept { return base + capacity; }
     UndoMemvar* undo_end() const noexcept { return undo_base + undo_capacity; }
@@ -93,6 +97,24 @@ public:
     void pop_to(Memvar* mark) {
         while (esp < mark) pop();
     }
+
+    // Names the running frame knows: its compiled local names, then the
+    // variables that macro text introduced.
+    bool get_frame_memvar_pointer(uint32_t symbol, Memvar** out);
+    // The language's lookup: a frame slot hides only when declared LOCAL;
+    // otherwise the visible PRIVATE and PUBLIC variables.
+    bool get_memvar(uint32_t symbol, Memvar** out);
+    // The frame's variable of that name, made a dynamic local when new.
+    void alloc_memvar(uint32_t symbol, Memvar** out);
+    // What assigning to the name finds or creates.
+    void alloc_undefined_memvar(uint32_t symbol, Memvar** out);
+    void define_undefined_memvar(uint32_t symbol, Memvar** var);
+    // Records what the name meant before this frame shadowed it. A full undo
+    // stack raises 103 thrown by pointer, past the VM's handlers.
+    void alloc_undo_memvar(uint32_t symbol, Memvar* previous);
+
+    // The text of a symbol for messages; empty without a resolver.
+    String symbol_text(uint32_t symbol) const;
 };
 
 // Ends a frame's variables: pops to esp_mark, undoes the shadowing recorded

@@ -278,7 +278,9 @@ TEST_F(PreprocessorTest, RandomInputOnlyRecordsErrors) {
         String source = String::fromBytes(text.data(), text.size(), Charset::utf8);
         int result = pre.run(source, String());
         ASSERT_LE(result, 0);
-        if (result < 0) ASSERT_FALSE(pre.errors.empty());
+        if (result < 0) {
+            ASSERT_FALSE(pre.errors.empty());
+        }
         for (const parsed_line_st& line : p.lines) ASSERT_FALSE(line.text.empty());
     }
 }

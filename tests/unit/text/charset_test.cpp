@@ -60,6 +60,8 @@ TEST(CharsetRegistry, ConstantsAreSetByTheFirstLookUp) {
     EXPECT_TRUE(Charset::binary->nocptrans);
     EXPECT_STREQ(Charset::ascii->name(), "ascii");
     EXPECT_EQ(GetCharsetByCSID(1), Charset::ascii);
+    EXPECT_EQ(GetCharsetByCSID(2), Charset::binary) << "binary exists only as nocptrans";
+    EXPECT_EQ(get_charset_by_name("binary"), Charset::binary);
     EXPECT_EQ(Charset::utf8, GetCharsetByCSID(36));
     EXPECT_EQ(Charset::utf16le, GetCharsetByCSID(37));
     EXPECT_EQ(Charset::utf32le, GetCharsetByCSID(39));
@@ -249,10 +251,17 @@ TEST(CharsetStepping, PrevStepsBackOverWholeCharacters) {
     EXPECT_EQ(Charset::utf16le->prev(p, wide.data()), U'\U0001F600');
     EXPECT_EQ(p - wide.data(), 2);
 
-    std::string sjis = "A\x93\xFA";
+    // The trail byte of 本 is '{' on its own.
+    std::string sjis = "A\x93\xFA\x96\x7B";
     p = sjis.data() + sjis.size();
+    EXPECT_EQ(by_name("windows-932")->prev(p, sjis.data()), U'本');
     EXPECT_EQ(by_name("windows-932")->prev(p, sjis.data()), U'日');
     EXPECT_EQ(p - sjis.data(), 1);
+
+    std::string broken = "a\xC3\xA9\x80\x80";
+    p = broken.data() + broken.size();
+    EXPECT_EQ(Charset::utf8->prev(p, broken.data()), U'é') << "stray trail bytes are stepped over";
+    EXPECT_EQ(p - broken.data(), 1);
 }
 
 TEST(CharsetStepping, CountAndScan) {
@@ -318,13 +327,22 @@ TEST(CharsetConversion, LongTextCrossesThePivotBothWays) {
     std::string text;
     for (int i = 0; i < 5000; ++i) text += "\xC3\xA9" "a\xE2\x82\xAC";
     const Charset* windows = by_name("windows-1252");
-    for (const Charset* middle : {windows, Charset::utf16le, by_name("utf-16be"), by_name("ibm-1375")}) {
+    // UTF-7 keeps state between characters: calculate must size exactly what convert writes.
+    for (const Charset* middle : {windows, Charset::utf16le, by_name("utf-16be"),
+                                  by_name("ibm-1375"), by_name("utf-7")}) {
         converted_st there = convert_exact(Charset::utf8, text, middle, CSTRAN_STRICT);
         ASSERT_EQ(there.result, 0) << middle->name();
         converted_st back = convert_exact(middle, there.bytes, Charset::utf8, CSTRAN_STRICT);
         ASSERT_EQ(back.result, 0) << middle->name();
         EXPECT_TRUE(back.bytes == text) << middle->name();
     }
+    // Double-byte characters cut at the decoder's span ends must be continued.
+    std::string japanese;
+    for (int i = 0; i < 3000; ++i) japanese += "日本a";
+    converted_st there = convert_exact(Charset::utf8, japanese, by_name("windows-932"), CSTRAN_STRICT);
+    EXPECT_EQ(there.bytes.size(), 15000u);
+    EXPECT_TRUE(convert_exact(by_name("windows-932"), there.bytes, Charset::utf8, CSTRAN_STRICT).bytes ==
+                japanese);
 }
 
 TEST(CharsetConversion, FullOutputStopsAtACharacterBoundary) {

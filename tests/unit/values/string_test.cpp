@@ -5,6 +5,7 @@
 #include <cstring>
 #include <stdexcept>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "text/charset.h"
@@ -55,6 +56,17 @@ TEST_F(StringTest, WriteUnsharesAndKeepsViewOffset) {
     EXPECT_EQ(a.get_buffer()->refs.load(), 1u);
     char* before = a.write();
     EXPECT_EQ(before, a.read()) << "a private buffer is written in place";
+}
+
+TEST_F(StringTest, CountsStayExactUnderConcurrentCopies) {
+    String shared("compiled constant");
+    std::vector<std::thread> threads;
+    for (int t = 0; t < 4; ++t)
+        threads.emplace_back([&shared] {
+            for (int i = 0; i < 20000; ++i) String copy(shared);
+        });
+    for (std::thread& thread : threads) thread.join();
+    EXPECT_EQ(shared.get_buffer()->refs.load(), 1u);
 }
 
 TEST_F(StringTest, TrimOnSharedBufferCopiesNothingAndLeavesOthersAlone) {

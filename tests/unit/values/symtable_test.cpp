@@ -2,8 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cstring>
-#include <set>
 #include <string>
 #include <vector>
 
@@ -29,24 +27,6 @@ TEST(SymtableFixed, NamesHaveTheirIdsInAnyCase) {
     EXPECT_EQ(table.symbolize("get_enumerator"), 94u);
     EXPECT_EQ(table.resolve(6).u8str(), "[]");
     EXPECT_EQ(table.resolve(SYMBOL_LINE).u8str(), "__LINE__");
-}
-
-TEST(SymtableFixed, EveryFixedPairRoundTrips) {
-    Symtable table;
-    std::set<unsigned> ids;
-    for (const symtable_fixed_st& fixed : symtable_fixed) {
-        EXPECT_EQ(table.symbolize(fixed.name), fixed.id) << fixed.name;
-        EXPECT_EQ(table.resolve(fixed.id).u8str(), fixed.name);
-        ids.insert(fixed.id);
-    }
-    EXPECT_EQ(ids.size(), SYMTABLE_FIXED_COUNT);
-    EXPECT_EQ(ids.count(9) + ids.count(10) + ids.count(65), 0u);
-}
-
-TEST(SymtableFixed, FixedListIsSortedByName) {
-    for (size_t i = 1; i < SYMTABLE_FIXED_COUNT; ++i)
-        EXPECT_LT(strcmp(symtable_fixed[i - 1].name, symtable_fixed[i].name), 0)
-            << symtable_fixed[i].name;
 }
 
 TEST(SymtableFixed, UnnamedAndUnissuedIdsAreAssertions) {

@@ -285,7 +285,8 @@ TEST(VariantHostCalls, VarFamilyReleasesBeforeSetting) {
     Variant v;
     VarSetUtf8(&v, "hello");
     size_t len = 0;
-    EXPECT_EQ(std::string(VarReadString(&v, &len), len), "hello");
+    const char* bytes = VarReadString(&v, &len);
+    EXPECT_EQ(std::string(bytes, len), "hello");
     VarSetInt(&v, 5);
     EXPECT_EQ(VarGetInt64(&v), 5);
     VarDimArray(nullptr, &v, 3);

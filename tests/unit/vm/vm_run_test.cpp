@@ -199,14 +199,15 @@ TEST_F(VmRun, ForLoopEndTestFollowsTheStepSign) {
 }
 
 TEST_F(VmRun, UnbuiltInstructionNamesItsClass) {
-    emit(new VmOpReadMemvarByName(1));
+    emit(new VmOpReadConstString(String("x")));
+    emit(new VmOpMacroExecute());
     emit(new VmOpReturn());
     try {
         run();
         FAIL();
     } catch (const RuntimeError& e) {
         EXPECT_EQ(e.number, 1001);
-        EXPECT_EQ(e.parameter.u8str(), "VmOpReadMemvarByName");
+        EXPECT_EQ(e.parameter.u8str(), "VmOpMacroExecute");
     }
 }
 

@@ -1,0 +1,43 @@
+#pragma once
+// Reading the arguments of a native call. The compiler has cast each one to
+// its formal's type, so readers trust the tag a signature promises.
+#include <cstdint>
+
+#include "values/error.h"
+#include "values/variant.h"
+#include "vm/param.h"
+
+namespace zobase {
+
+// Argument i from 1; a by-reference slot reads as its target.
+inline const Variant& argument(VmStack* stack, unsigned long long i) {
+    return *Param(stack, i)->follow();
+}
+
+// Null for the library: the null value or an object reference to nothing.
+inline bool is_null_argument(const Variant& value) {
+    return value.tag == TAG_NULL || (value.tag == TAG_OBJECT && !value.object.control);
+}
+
+// The null rule of the text functions: any null among the arguments received.
+inline bool any_null_argument(VmStack* stack, unsigned long long argc) {
+    for (unsigned long long i = 1; i <= argc; ++i)
+        if (is_null_argument(argument(stack, i))) return true;
+    return false;
+}
+
+// A count or position must fit a signed 32-bit integer: error 39 otherwise.
+inline int32_t checked_count(long long value) {
+    if (value < INT32_MIN || value > INT32_MAX) throw RuntimeError(39);
+    return static_cast<int32_t>(value);
+}
+
+inline int32_t integer_argument(VmStack* stack, unsigned long long i) {
+    return checked_count(argument(stack, i).integer);
+}
+
+inline const String& string_argument(VmStack* stack, unsigned long long i) {
+    return argument(stack, i).str();
+}
+
+}  // namespace zobase

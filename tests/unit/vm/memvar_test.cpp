@@ -1,0 +1,234 @@
+// LOCAL, PRIVATE, PUBLIC and PARAMETERS over real frames.
+#include "tests/unit/vm/vm_test_support.h"
+
+using namespace zobase;
+using namespace zobase::testing;
+
+namespace {
+
+class VmMemvar : public VmFixture {};
+
+// FUNCTION: PRIVATE x; x = 2; RETURN x
+UserFunction* private_shadowing_function() {
+    auto* p = new Program;
+    p->emit(new VmOpDefPrivateSymbol(SYM_X));
+    emit_assign(*p, SYM_X, 2);
+    p->emit(new VmOpReadMemvarByName(SYM_X));
+    p->emit(new VmOpReturnValue());
+    return new UserFunction(p);
+}
+
+}  // namespace
+
+TEST_F(VmMemvar, PrivateHidesTheCallersVariableUntilItReturns) {
+    std::unique_ptr<UserFunction> f(private_shadowing_function());
+    Program main;
+    emit_assign(main, SYM_X, 1);
+    main.emit(new VmOpEspAlloc());
+    emit_call(main, f.get());
+    main.emit(new VmOpReadMemvarByName(SYM_X));
+    main.emit(new VmOpBinarySub());  // 2 - 1 only if the callee saw its own x and ours came back
+    main.emit(new VmOpReturnValue());
+    run(main);
+    EXPECT_EQ(result.integer, 1);
+    EXPECT_TRUE(stack_at_rest());
+    EXPECT_TRUE(stack.names.empty());
+}
+
+TEST_F(VmMemvar, UndeclaredAssignmentIsSeenByCalleesAndEndsWithTheFrame) {
+    auto* reader_body = new Program;
+    reader_body->emit(new VmOpReadMemvarByName(SYM_Y));
+    reader_body->emit(new VmOpReturnValue());
+    UserFunction reader(reader_body);
+
+    auto* writer_body = new Program;
+    emit_assign(*writer_body, SYM_Y, 5);
+    writer_body->emit(new VmOpEspAlloc());
+    emit_call(*writer_body, &reader);
+    writer_body->emit(new VmOpReturnValue());
+    UserFunction writer(writer_body);
+
+    Program main;
+    main.emit(new VmOpEspAlloc());
+    emit_call(main, &writer);
+    main.emit(new VmOpReturnValue());
+    run(main);
+    EXPECT_EQ(result.integer, 5);
+
+    Program after;
+    after.emit(new VmOpReadMemvarByName(SYM_Y));
+    after.emit(new VmOpReturnValue());
+    std::string name;
+    EXPECT_EQ(error_of(after, &name), 12);
+    EXPECT_EQ(name, "Y");
+    EXPECT_TRUE(stack_at_rest());
+}
+
+TEST_F(VmMemvar, PublicOutlivesItsFrameAndRedeclaringKeepsTheValue) {
+    auto* declare_body = new Program;
+    declare_body->local_names = {{SYM_Z, 1}};
+    declare_body->emit(new VmOpDefPublicOffset(1, SYM_Z));
+    emit_assign(*declare_body, SYM_Z, 7);
+    declare_body->emit(new VmOpReturn());
+    UserFunction declare(declare_body);
+
+    auto* again_body = new Program;
+    again_body->local_names = {{SYM_Z, 1}};
+    again_body->emit(new VmOpDefPublicOffset(1, SYM_Z));
+    again_body->emit(new VmOpReadMemvarByName(SYM_Z));
+    again_body->emit(new VmOpReturnValue());
+    UserFunction again(again_body);
+
+    Program main;
+    main.emit(new VmOpEspAlloc());
+    emit_call(main, &declare);
+    main.emit(new VmOpEspFree());
+    main.emit(new VmOpEspAlloc());
+    emit_call(main, &again);
+    main.emit(new VmOpReturnValue());
+    run(main);
+    EXPECT_EQ(result.integer, 7);
+    ASSERT_EQ(stack.names.count(SYM_Z), 1u);
+    EXPECT_EQ(stack.names[SYM_Z]->kind, MEMVAR_PUBLIC);
+    EXPECT_TRUE(stack_at_rest());
+}
+
+TEST_F(VmMemvar, LocalOverAPrivateOfTheSameFrameIs1960) {
+    Program main;
+    main.local_names = {{SYM_X, 1}};
+    emit_assign(main, SYM_X, 1);
+    main.emit(new VmOpDefLocalOffset(1, SYM_X));
+    main.emit(new VmOpReturn());
+    std::string name;
+    EXPECT_EQ(error_of(main, &name), 1960);
+    EXPECT_EQ(name, "X");
+
+    Program dynamic;
+    emit_assign(dynamic, SYM_Y, 1);
+    dynamic.emit(new VmOpDefLocal(SYM_Y));
+    dynamic.emit(new VmOpReturn());
+    EXPECT_EQ(error_of(dynamic, &name), 1960);
+    EXPECT_EQ(name, "Y");
+    EXPECT_TRUE(stack_at_rest());
+}
+
+TEST_F(VmMemvar, AFrameSlotHidesOnlyOnceDeclaredLocal) {
+    // x = 1 in the caller; the callee reads x before and after LOCAL x.
+    auto* body = new Program;
+    body->local_names = {{SYM_X, 1}};
+    body->emit(new VmOpReadMemvarByName(SYM_X));  // caller's private: 1
+    body->emit(new VmOpDefLocalOffset(1, SYM_X));
+    emit_integer(*body, 10);
+    body->emit(new VmOpWriteMemvarByOffset(1));
+    body->emit(new VmOpReadMemvarByName(SYM_X));  // the local now: 10
+    body->emit(new VmOpBinaryAdd());
+    body->emit(new VmOpReturnValue());
+    UserFunction f(body);
+
+    Program main;
+    emit_assign(main, SYM_X, 1);
+    main.emit(new VmOpEspAlloc());
+    emit_call(main, &f);
+    main.emit(new VmOpReadMemvarByName(SYM_X));
+    main.emit(new VmOpBinaryAdd());  // 11 + 1: the caller's x untouched
+    main.emit(new VmOpReturnValue());
+    run(main);
+    EXPECT_EQ(result.integer, 12);
+}
+
+TEST_F(VmMemvar, ParametersMakeTheArgumentVisibleByName) {
+    // PROCEDURE g: PARAMETERS x; RETURN f() where f reads x
+    auto* reader_body = new Program;
+    reader_body->emit(new VmOpReadMemvarByName(SYM_X));
+    reader_body->emit(new VmOpReturnValue());
+    UserFunction reader(reader_body);
+
+    auto* body = new Program;
+    body->parameter_count = 1;
+    body->local_names = {{SYM_X, 1}};
+    body->emit(new VmOpInitParameter(1, SYM_X));
+    body->emit(new VmOpEspAlloc());
+    emit_call(*body, &reader);
+    body->emit(new VmOpReturnValue());
+    UserFunction g(body);
+
+    Program main;
+    emit_assign(main, SYM_X, 1);
+    main.emit(new VmOpEspAlloc());
+    emit_integer(main, 42);
+    emit_call(main, &g, 1);
+    main.emit(new VmOpReadMemvarByName(SYM_X));
+    main.emit(new VmOpBinarySub());
+    main.emit(new VmOpReturnValue());
+    run(main);
+    EXPECT_EQ(result.integer, 41);
+    EXPECT_TRUE(stack_at_rest());
+}
+
+TEST_F(VmMemvar, AnErrorThreeFramesDeepRestoresEveryHiddenVariable) {
+    auto* deepest_body = new Program;
+    deepest_body->emit(new VmOpDefPrivateSymbol(SYM_X));
+    emit_assign(*deepest_body, SYM_X, 3);
+    deepest_body->emit(new VmOpReadMemvarByName(SYM_Y));  // 12
+    deepest_body->emit(new VmOpReturnValue());
+    UserFunction deepest(deepest_body);
+
+    std::vector<std::unique_ptr<UserFunction>> chain;
+    const UserFunction* next = &deepest;
+    for (long long level = 2; level >= 1; --level) {
+        auto* body = new Program;
+        body->emit(new VmOpDefPrivateSymbol(SYM_X));
+        emit_assign(*body, SYM_X, level);
+        body->emit(new VmOpEspAlloc());
+        emit_call(*body, next);
+        body->emit(new VmOpReturnValue());
+        chain.emplace_back(new UserFunction(body));
+        next = chain.back().get();
+    }
+
+    Program main;
+    emit_assign(main, SYM_X, 100);
+    main.emit(new VmOpEspAlloc());
+    emit_call(main, next);
+    main.emit(new VmOpReturnValue());
+    EXPECT_EQ(error_of(main), 12);
+    EXPECT_TRUE(stack_at_rest());
+    EXPECT_TRUE(stack.names.empty());  // main's own private went with main's frame
+
+    // A private made at rest is hidden by the frames and comes back.
+    Memvar* x;
+    stack.alloc_undefined_memvar(SYM_X, &x);
+    x->set_integer(55LL);
+    Program caller;
+    caller.emit(new VmOpEspAlloc());
+    emit_call(caller, next);
+    caller.emit(new VmOpReturnValue());
+    EXPECT_EQ(error_of(caller), 12);
+    ASSERT_EQ(stack.names.count(SYM_X), 1u);
+    EXPECT_EQ(stack.names.at(SYM_X), x);
+    EXPECT_EQ(x->integer, 55);
+    EXPECT_EQ(x->kind, MEMVAR_PRIVATE);
+}
+
+TEST_F(VmMemvar, AFullUndoStackRaises103ByPointer) {
+    VmStack small(nullptr, 64, 2);
+    small.resolver = &resolver;
+    Program main;
+    emit_assign(main, SYM_X, 1);
+    emit_assign(main, SYM_Y, 2);
+    emit_assign(main, SYM_Z, 3);
+    main.emit(new VmOpReturn());
+    bool caught_by_reference = false;
+    try {
+        execute_program(&small, 0, false, &main, &result);
+    } catch (const RuntimeError&) {
+        caught_by_reference = true;
+    } catch (RuntimeError* error) {
+        EXPECT_EQ(error->number, 103);
+        delete error;
+    }
+    EXPECT_FALSE(caught_by_reference);
+    EXPECT_EQ(small.esp, small.end());
+    EXPECT_EQ(small.undo_top, small.undo_end());
+    EXPECT_TRUE(small.names.empty());
+}

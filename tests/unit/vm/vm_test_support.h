@@ -1,0 +1,94 @@
+#pragma once
+// Hand-built programs for the VM tests: a resolver with a few names, and
+// helpers that keep the instruction lists short.
+#include <gtest/gtest.h>
+
+#include <map>
+#include <string>
+
+#include "values/error.h"
+#include "vm/call_resolver.h"
+#include "vm/user_function.h"
+#include "vm/vm_run.h"
+
+namespace zobase::testing {
+
+class TestResolver : public CallResolver {
+public:
+    std::map<uint32_t, std::string> names;
+    std::map<std::string, library_function_st> libraries;
+    std::map<uint32_t, const UserFunction*> procedures;
+    std::map<uint32_t, const UserFunction*> loaded;
+
+    String symbol_text(uint32_t symbol) const override {
+        auto found = names.find(symbol);
+        return String(found == names.end() ? "?" : found->second.c_str());
+    }
+    const library_function_st* find_library_function(const String& name) const override {
+        auto found = libraries.find(name.u8str());
+        return found == libraries.end() ? nullptr : &found->second;
+    }
+    const UserFunction* find_procedure(uint32_t symbol) const override {
+        return lookup(procedures, symbol);
+    }
+    const UserFunction* find_loaded_program(uint32_t symbol) const override {
+        return lookup(loaded, symbol);
+    }
+
+private:
+    static const UserFunction* lookup(const std::map<uint32_t, const UserFunction*>& map,
+                                      uint32_t symbol) {
+        auto found = map.find(symbol);
+        return found == map.end() ? nullptr : found->second;
+    }
+};
+
+// Symbols of the tests, above the fixed ids.
+enum : uint32_t { SYM_X = 200, SYM_Y, SYM_Z, SYM_F, SYM_G, SYM_A };
+
+class VmFixture : public ::testing::Test {
+protected:
+    VmStack stack{nullptr, 1024, 64};
+    TestResolver resolver;
+    Variant result;
+
+    VmFixture() {
+        resolver.names = {{SYM_X, "X"}, {SYM_Y, "Y"}, {SYM_Z, "Z"},
+                          {SYM_F, "F"}, {SYM_G, "G"}, {SYM_A, "A"}};
+        stack.resolver = &resolver;
+    }
+    ~VmFixture() override { result.release(&stack); }
+
+    void run(const Program& program) { execute_program(&stack, 0, false, &program, &result); }
+
+    // The error number of a run, 0 when it succeeds; the detail goes to *detail.
+    int error_of(const Program& program, std::string* detail = nullptr) {
+        try {
+            run(program);
+        } catch (const RuntimeError& e) {
+            if (detail) *detail = e.parameter.u8str();
+            return e.number;
+        }
+        return 0;
+    }
+
+    bool stack_at_rest() const {
+        return stack.esp == stack.end() && stack.frame == nullptr &&
+               stack.undo_top == stack.undo_end() && stack.dynamic_locals == nullptr;
+    }
+};
+
+inline void emit_integer(Program& p, long long value) { p.emit(new VmOpReadConstInteger(value)); }
+
+// name = value, for a name not declared in the frame.
+inline void emit_assign(Program& p, uint32_t symbol, long long value) {
+    emit_integer(p, value);
+    p.emit(new VmOpWriteMemarByName(symbol));
+}
+
+// Pushes the result slot and the arguments, then calls.
+inline void emit_call(Program& p, const UserFunction* function, uint64_t argc = 0) {
+    p.emit(new VmOpCallUserFunction(function, argc));
+}
+
+}  // namespace zobase::testing

@@ -1,0 +1,146 @@
+// Name lookup and the LOCAL, PRIVATE, PUBLIC and PARAMETERS rules.
+#include "values/call_trace.h"
+#include "vm/call_resolver.h"
+#include "vm/program.h"
+#include "vm/vm_instructions.h"
+
+namespace zobase {
+
+namespace {
+
+using memvar_map = std::unordered_map<uint32_t, Memvar*>;
+
+bool find_in(const memvar_map* map, uint32_t symbol, Memvar** out) {
+    if (!map) return false;
+    auto found = map->find(symbol);
+    if (found == map->end()) return false;
+    *out = found->second;
+    return true;
+}
+
+[[noreturn]] void raise_redefinition(VmStack* stack, uint32_t symbol) {
+    raise_named(stack, 1960, symbol);
+}
+
+void declare_local(VmStack* stack, Memvar* var, uint32_t symbol) {
+    if (var->kind == MEMVAR_PRIVATE) raise_redefinition(stack, symbol);
+    var->kind = MEMVAR_LOCAL;
+}
+
+// Takes the name out of the visible variables, remembering what it meant.
+void shadow_name(VmStack* stack, uint32_t symbol) {
+    auto found = stack->names.find(symbol);
+    Memvar* previous = found == stack->names.end() ? nullptr : found->second;
+    stack->alloc_undo_memvar(symbol, previous);
+    if (previous) stack->names.erase(found);
+}
+
+}  // namespace
+
+String VmStack::symbol_text(uint32_t symbol) const {
+    return resolver ? resolver->symbol_text(symbol) : String();
+}
+
+bool VmStack::get_frame_memvar_pointer(uint32_t symbol, Memvar** out) {
+    uint64_t offset;
+    if (frame && frame->program->find_local(symbol, &offset)) {
+        *out = locals - offset;
+        return true;
+    }
+    return find_in(dynamic_locals, symbol, out);
+}
+
+bool VmStack::get_memvar(uint32_t symbol, Memvar** out) {
+    Memvar* var;
+    if (get_frame_memvar_pointer(symbol, &var) && var->kind == MEMVAR_LOCAL) {
+        *out = var;
+        return true;
+    }
+    return find_in(&names, symbol, out);
+}
+
+void VmStack::alloc_memvar(uint32_t symbol, Memvar** out) {
+    if (get_frame_memvar_pointer(symbol, out)) return;
+    if (!dynamic_locals) dynamic_locals = new memvar_map;
+    Memvar* var = new Memvar;
+    (*dynamic_locals)[symbol] = var;
+    *out = var;
+}
+
+void VmStack::alloc_undefined_memvar(uint32_t symbol, Memvar** out) {
+    alloc_memvar(symbol, out);
+    define_undefined_memvar(symbol, out);
+}
+
+void VmStack::define_undefined_memvar(uint32_t symbol, Memvar** var) {
+    if ((*var)->kind == MEMVAR_LOCAL) return;
+    if (find_in(&names, symbol, var)) return;
+    alloc_undo_memvar(symbol, nullptr);
+    (*var)->kind = MEMVAR_PRIVATE;
+    names[symbol] = *var;
+}
+
+void VmStack::alloc_undo_memvar(uint32_t symbol, Memvar* previous) {
+    // Deliberately by pointer: the VM's handlers take RuntimeError by
+    // reference, so this one runs to the host.
+    if (undo_top == undo_base) throw new RuntimeError(103);
+    *--undo_top = UndoMemvar{symbol, previous};
+}
+
+void def_local(VmStack* stack, uint32_t symbol) {
+    Memvar* var;
+    stack->alloc_memvar(symbol, &var);
+    declare_local(stack, var, symbol);
+}
+
+void def_local_offset(VmStack* stack, uint64_t offset, uint32_t symbol) {
+    declare_local(stack, stack->locals - offset, symbol);
+}
+
+// The hidden variable comes back when the frame ends; the new one is made
+// by the first assignment.
+void def_private_symbol(VmStack* stack, uint32_t symbol) {
+    if (stack->names.count(symbol)) shadow_name(stack, symbol);
+}
+
+// The frame slot stays behind only as a marker; lookups fall through it to
+// the heap variable, which outlives the frame.
+void def_public_offset(VmStack* stack, uint64_t offset, uint32_t symbol) {
+    ZO_TRACE();
+    Memvar* slot = stack->locals - offset;
+    if (slot->kind != MEMVAR_NONE && slot->kind != MEMVAR_PUBLIC)
+        raise_redefinition(stack, symbol);
+    Memvar* existing;
+    if (find_in(&stack->names, symbol, &existing)) {
+        if (existing->kind != MEMVAR_PUBLIC) raise_redefinition(stack, symbol);
+    } else {
+        Memvar* var = new Memvar;
+        var->kind = MEMVAR_PUBLIC;
+        stack->names[symbol] = var;
+    }
+    slot->kind = MEMVAR_PUBLIC;
+}
+
+void init_lparameters(VmStack* stack, uint64_t n) {
+    for (uint64_t offset = 1; offset <= n; ++offset) (stack->locals - offset)->kind = MEMVAR_LOCAL;
+}
+
+void init_parameter(VmStack* stack, uint64_t offset, uint32_t symbol) {
+    Memvar* slot = stack->locals - offset;
+    shadow_name(stack, symbol);
+    slot->kind = MEMVAR_PRIVATE;
+    stack->names[symbol] = slot;
+}
+
+void raise_named(VmStack* stack, int number, uint32_t symbol) {
+    if (!stack->resolver) throw RuntimeError(number);
+    throw RuntimeError(number, stack->symbol_text(symbol));
+}
+
+Memvar* find_memvar(VmStack* stack, uint32_t symbol) {
+    Memvar* var;
+    if (!stack->get_memvar(symbol, &var)) raise_named(stack, 12, symbol);
+    return var;
+}
+
+}  // namespace zobase

@@ -1,0 +1,182 @@
+// Subscripts, object members and the names that tables can hide.
+#include <cstring>
+
+#include "objects/object.h"
+#include "values/call_trace.h"
+#include "values/symtable.h"
+#include "vm/param_window.h"
+#include "vm/vm_instructions.h"
+
+namespace zobase {
+
+namespace {
+
+// Subscript k (from 1) lies k - 1 slots below the first. A negative or
+// too large value is outside the range, and is caught here before the
+// element arithmetic could wrap; row 0 is left to the array, which raises 11.
+uint64_t subscript(const Array& array, const Memvar* first, uint64_t k) {
+    integer_type_st value = static_cast<integer_type_st>(*(first - (k - 1))->follow());
+    if (value < 0 || static_cast<uint64_t>(value) > array.count) throw RuntimeError(1234);
+    return static_cast<uint64_t>(value);
+}
+
+const Variant* element_to_read(const Array& array, const Memvar* first, uint64_t n) {
+    if (n == 1) return array.read(subscript(array, first, 1));
+    if (n == 2) return array.read(subscript(array, first, 1), subscript(array, first, 2));
+    throw RuntimeError(11);
+}
+
+Variant* element_to_write(VmStack* stack, Array& array, const Memvar* first, uint64_t n) {
+    if (n == 1) return array.write(stack, subscript(array, first, 1));
+    if (n == 2) return array.write(stack, subscript(array, first, 1), subscript(array, first, 2));
+    throw RuntimeError(11);
+}
+
+Object* object_in(const Memvar* slot) { return static_cast<Object*>(*slot->follow()); }
+
+void move_into(VmStack* stack, Variant* dest, Variant* source) {
+    dest->release(stack);
+    std::memcpy(static_cast<void*>(dest), static_cast<const void*>(source), sizeof(Variant));
+    source->tag = TAG_FALSE;
+}
+
+// Lays out a call of the default member: the object, then copies of the
+// `count` slots from `first` downward, so that the first stays argument 1.
+Memvar* push_default_member_call(VmStack* stack, const Variant* object, const Memvar* first,
+                                 uint64_t count) {
+    stack->push()->set_variant(object);
+    Memvar* object_slot = stack->esp;
+    for (uint64_t k = 0; k < count; ++k) stack->push()->set_variant(first - k);
+    return object_slot;
+}
+
+void read_default_member(VmStack* stack, const Variant* object, uint64_t n, Variant* dest) {
+    Memvar* mark = stack->esp;
+    Memvar* object_slot = push_default_member_call(stack, object, stack->esp + n - 1, n);
+    Variant temporary;
+    {
+        ParamWindow window(stack, object_slot, n);
+        object_in(object_slot)->virtual_access(stack, SYMBOL_INDEX, n, &temporary);
+    }
+    stack->pop_to(mark);
+    move_into(stack, dest, &temporary);
+}
+
+// The value goes along as the last argument, as a property assignment has it.
+void write_default_member(VmStack* stack, const Variant* object, uint64_t n) {
+    Memvar* mark = stack->esp;
+    Memvar* object_slot = push_default_member_call(stack, object, stack->esp + n, n + 1);
+    {
+        ParamWindow window(stack, object_slot, n + 1);
+        object_in(object_slot)->virtual_assign(stack, SYMBOL_INDEX, n + 1);
+    }
+    stack->pop_to(mark);
+}
+
+// Filled by the table engine: pushes the field of that name of the
+// expression table, or else of the current table of the current session.
+bool push_table_field(VmStack* stack, uint32_t) {
+    if (!stack->expression_table && !stack->session) return false;
+    raise_not_available("field reads");
+}
+
+// Filled by the data sessions: pushes the object of the work area with
+// that alias in the current session.
+bool push_work_area_object(VmStack* stack, uint32_t) {
+    if (!stack->session) return false;
+    raise_not_available("work area aliases");
+}
+
+}  // namespace
+
+void read_array_item(VmStack* stack, Variant* array, uint64_t n, Variant* dest) {
+    const Variant* target = array->follow();
+    if (target->tag == TAG_OBJECT) return read_default_member(stack, target, n, dest);
+    if (target->tag != TAG_ARRAY) throw RuntimeError(232);
+    const Variant* element = element_to_read(target->array, stack->esp + n - 1, n);
+    Variant copy(*element);
+    move_into(stack, dest, &copy);
+}
+
+void write_array_item(VmStack* stack, Variant* array, uint64_t n) {
+    Variant* target = array->follow();
+    if (target->tag == TAG_OBJECT) return write_default_member(stack, target, n);
+    if (target->tag != TAG_ARRAY) throw RuntimeError(232);
+    Variant* element = element_to_write(stack, target->array, stack->esp + n, n);
+    element->release(stack);
+    stack->esp->deliver(element);
+}
+
+void read_by_name(VmStack* stack, uint32_t symbol) {
+    if (push_table_field(stack, symbol)) return;
+    const Memvar* var = find_memvar(stack, symbol);
+    stack->push()->set_variant(var);
+}
+
+void read_file_object_or_memvar(VmStack* stack, uint32_t symbol) {
+    if (push_work_area_object(stack, symbol)) return;
+    const Memvar* var = find_memvar(stack, symbol);
+    stack->push()->set_variant(var);
+}
+
+void object_call(VmStack* stack, uint32_t symbol, uint64_t n) {
+    ZO_TRACE();
+    Memvar* object_slot = stack->esp + n;
+    Object* object = object_in(object_slot);
+    Variant temporary;
+    {
+        ParamWindow window(stack, object_slot, n);
+        object->virtual_call(stack, symbol, n, &temporary);
+    }
+    move_into(stack, object_slot + 1, &temporary);
+    stack->pop_to(object_slot + 1);
+}
+
+void object_call_pointer(VmStack* stack, uint32_t symbol, uint64_t n) {
+    ZO_TRACE();
+    Memvar* object_slot = stack->esp + n;
+    Memvar* result = object_slot + 1;
+    {
+        ParamWindow window(stack, object_slot, n);
+        object_in(object_slot)->virtual_call(stack, symbol, n, result);
+    }
+    if (result->tag != TAG_POINTER) throw RuntimeError(9004);
+    stack->pop_to(result);
+}
+
+void object_read(VmStack* stack, uint32_t symbol, uint64_t n) {
+    ZO_TRACE();
+    Memvar* object_slot = stack->esp + n;
+    Object* object = object_in(object_slot);
+    Variant temporary;
+    {
+        ParamWindow window(stack, object_slot, n);
+        object->virtual_access(stack, symbol, n, &temporary);
+    }
+    move_into(stack, object_slot + 1, &temporary);
+    stack->pop_to(object_slot + 1);
+}
+
+void object_read_pointer(VmStack* stack, uint32_t symbol, uint64_t n) {
+    ZO_TRACE();
+    Memvar* object_slot = stack->esp + n;
+    Memvar* result = object_slot + 1;
+    {
+        ParamWindow window(stack, object_slot, n);
+        object_in(object_slot)->virtual_access_ref(stack, symbol, n, result);
+    }
+    if (result->tag != TAG_POINTER) throw RuntimeError(9014);
+    stack->pop_to(result);
+}
+
+void object_write(VmStack* stack, uint32_t symbol, uint64_t n) {
+    ZO_TRACE();
+    Memvar* object_slot = stack->esp + n;
+    {
+        ParamWindow window(stack, object_slot, n);
+        object_in(object_slot)->virtual_assign(stack, symbol, n);
+    }
+    stack->pop_to(object_slot + 1);
+}
+
+}  // namespace zobase
