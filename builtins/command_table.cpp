@@ -1,3 +1,4 @@
+#include "builtins/error_functions.h"
 #include "builtins/handlers.h"
 #include "builtins/library.h"
 
@@ -6,7 +7,7 @@ namespace zobase {
 const library_command_row_st core_command_rows[] = {
     {"add_columns", "CI|.?+", command_not_available<"add_columns">},
     {"append", "IC?", command_not_available<"append">},
-    {"assert", "LC", command_not_available<"assert">},
+    {"assert", "LC", void_stackcall_assert},
     {"browse", "", command_not_available<"browse">},
     {"begin_transaction", "", command_not_available<"begin_transaction">},
     {"cancel", "", command_not_available<"cancel">},
@@ -27,7 +28,7 @@ const library_command_row_st core_command_rows[] = {
     {"echo", "|.?+", void_stackcall_echo},
     {"echo_linefeed", "|.?+", void_stackcall_echo_linefeed},
     {"end_transaction", "", command_not_available<"end_transaction">},
-    {"error", "..?", command_not_available<"error">},
+    {"error", "..?", void_stackcall_error},
     {"gather_from", "IA", command_not_available<"gather_from">},
     {"gather_memvar", "I", command_not_available<"gather_memvar">},
     {"gather_name", "O", command_not_available<"gather_name">},
@@ -67,10 +68,10 @@ const library_command_row_st core_command_rows[] = {
     {"set_seconds_to", "L", command_not_available<"set_seconds_to">},
     {"set_separator_to", "C", command_not_available<"set_separator_to">},
     {"set_sysformats_to", "L", command_not_available<"set_sysformats_to">},
-    {"set_textmerge_to", "IC?.?", command_not_available<"set_textmerge_to">},
+    {"set_textmerge_to", "IC?.?", void_stackcall_set_textmerge_to},
     {"skip", "I?.?", command_not_available<"skip">},
-    {"textmerge", "|.?+", command_not_available<"textmerge">},
-    {"throw", ".", command_not_available<"throw">},
+    {"textmerge", "|.?+", void_stackcall_textmerge},
+    {"throw", ".", void_stackcall_throw},
     {"unlock", "II?.?", command_not_available<"unlock">},
     {"use", "IC?.?C?C?", command_not_available<"use">},
     {"wait", "IC?I?", command_not_available<"wait">},

@@ -29,6 +29,7 @@ void stackcall_ceiling(VmStack* stack, unsigned long long argc, Variant* result)
 void stackcall_chr(VmStack* stack, unsigned long long argc, Variant* result);
 void stackcall_chrtran(VmStack* stack, unsigned long long argc, Variant* result);
 void stackcall_concat(VmStack* stack, unsigned long long argc, Variant* result);
+void stackcall_dimension(VmStack* stack, unsigned long long argc, Variant* result);
 void stackcall_cos(VmStack* stack, unsigned long long argc, Variant* result);
 void stackcall_dtor(VmStack* stack, unsigned long long argc, Variant* result);
 void stackcall_empty(VmStack* stack, unsigned long long argc, Variant* result);
@@ -70,6 +71,7 @@ void stackcall_rtrim(VmStack* stack, unsigned long long argc, Variant* result);
 void stackcall_sin(VmStack* stack, unsigned long long argc, Variant* result);
 void stackcall_space(VmStack* stack, unsigned long long argc, Variant* result);
 void stackcall_sqrt(VmStack* stack, unsigned long long argc, Variant* result);
+void stackcall_store(VmStack* stack, unsigned long long argc, Variant* result);
 void stackcall_strconv(VmStack* stack, unsigned long long argc, Variant* result);
 void stackcall_strtran(VmStack* stack, unsigned long long argc, Variant* result);
 void stackcall_substr(VmStack* stack, unsigned long long argc, Variant* result);
@@ -80,6 +82,8 @@ void stackcall_vartype(VmStack* stack, unsigned long long argc, Variant* result)
 
 void void_stackcall_echo(VmStack* stack, unsigned long long argc);
 void void_stackcall_echo_linefeed(VmStack* stack, unsigned long long argc);
+void void_stackcall_set_textmerge_to(VmStack* stack, unsigned long long argc);
+void void_stackcall_textmerge(VmStack* stack, unsigned long long argc);
 
 // System variables: the platform flags read, every other access is 1001.
 void sysvar_windows(VmStack* stack, unsigned long long argc, Variant* result);

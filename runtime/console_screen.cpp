@@ -3,8 +3,12 @@
 
 #include <cerrno>
 #include <cstdio>
+#include <string>
+#include <vector>
 
 #include "runtime/screen.h"
+#include "runtime/screen_input.h"
+#include "text/collation.h"
 #include "text/charset.h"
 
 namespace zobase {
@@ -43,6 +47,51 @@ void write_text(int fd, const String& text, const Charset* redirected) {
     String copy = text;
     copy.convert(::isatty(fd) ? Charset::utf8 : redirected, 0, CSTRAN_SUBSTITUTE);
     write_all(fd, copy.read(), copy.size());
+}
+
+struct msgbox_choice_st {
+    MsgboxButton button;
+    const char* label;  // the first letter is the short answer
+    bool cancels;       // what closed input means
+};
+
+// The order in which the dialog lists its choices.
+constexpr msgbox_choice_st MSGBOX_CHOICES[] = {
+    {MSGBOX_OK, "OK", false},      {MSGBOX_YES, "Yes", false},       {MSGBOX_NO, "No", true},
+    {MSGBOX_ABORT, "Abort", true}, {MSGBOX_RETRY, "Retry", false},   {MSGBOX_IGNORE, "Ignore", false},
+    {MSGBOX_CANCEL, "Cancel", true},
+};
+
+// An empty mask offers OK alone.
+std::vector<msgbox_choice_st> offered_choices(int buttons) {
+    std::vector<msgbox_choice_st> offered;
+    for (const msgbox_choice_st& choice : MSGBOX_CHOICES)
+        if (buttons & choice.button) offered.push_back(choice);
+    if (offered.empty()) offered.push_back(MSGBOX_CHOICES[0]);
+    return offered;
+}
+
+std::string choices_prompt(const std::vector<msgbox_choice_st>& offered) {
+    std::string prompt;
+    for (const msgbox_choice_st& choice : offered) {
+        if (!prompt.empty()) prompt += ", ";
+        prompt += std::string("[") + choice.label[0] + "]" + (choice.label + 1);
+    }
+    return prompt + "? ";
+}
+
+bool answer_matches(const String& answer, const msgbox_choice_st& choice) {
+    const Collation* ci = Collation::unicode_machine_ci;
+    return ci->compare(answer, String(choice.label)) == 0 ||
+           ci->compare(answer, String(std::string(1, choice.label[0]).c_str())) == 0;
+}
+
+// Closed input must never leave the user waiting: it takes the last offered
+// choice that backs out, or the last choice when none does.
+MsgboxButton answer_at_end_of_input(const std::vector<msgbox_choice_st>& offered) {
+    for (auto it = offered.rbegin(); it != offered.rend(); ++it)
+        if (it->cancels) return it->button;
+    return offered.back().button;
 }
 
 }  // namespace
@@ -93,6 +142,28 @@ size_t ConsoleScreen::read(char* buffer, size_t size, size_t count, const Charse
         }
     }
     return used;
+}
+
+// The console has no timer to close the dialog, so `timeout` and `icon` do not apply.
+int ConsoleScreen::msgbox(const String& text, const String& title, int buttons, int icon, int timeout) {
+    std::vector<msgbox_choice_st> offered = offered_choices(buttons);
+    for (const String* line : {&title, &text}) {
+        if (line->size() == 0) continue;
+        internal_out(*line);
+        internal_out(String("\n"));
+    }
+    for (;;) {
+        internal_out(String(choices_prompt(offered).c_str()));
+        String answer;
+        if (!read_screen_line(this, &answer)) {
+            internal_out(String("\n"));
+            return answer_at_end_of_input(offered);
+        }
+        answer.alltrim();
+        for (const msgbox_choice_st& choice : offered)
+            if (answer_matches(answer, choice)) return choice.button;
+        internal_out(String("invalid input\n"));
+    }
 }
 
 }  // namespace zobase

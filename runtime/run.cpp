@@ -1,30 +1,39 @@
 // The roads of a file and of a command line from the host into the VM.
+#include <memory>
+
+#include "builtins/library.h"
+#include "compiler/build_input.h"
 #include "runtime/runtime.h"
 #include "runtime/screen.h"
 #include "values/call_trace.h"
 #include "values/error.h"
+#include "vm/vm_run.h"
+#include "vm/vm_stack.h"
 
 namespace zobase {
 
-// Source files need the compiler; until it exists a run reports so honestly.
-int Runtime::run_program(const String& file, int, const char* const*) {
-    ZO_TRACE();
-    try {
-        raise_not_available("run_program");
-    } catch (const RuntimeError& error) {
-        screen->errendl(error.message);
-        return error.number;
-    }
-}
-
+// Runs in the caller's state without a frame of its own, so a command typed
+// at a prompt sees and makes variables of whatever frame is active.
 int Runtime::run_command(const String& text) {
     ZO_TRACE();
+    VmStack* stack = get_main_stack();
+    BuildInput build(stack);
+    build.import_library(library());
+    Memvar* top = stack->esp;
+    Variant result;
     try {
-        raise_not_available("run_command");
+        std::unique_ptr<Program> program(build.build_command(text));
+        VmOp** ip = program->code();
+        vm_run(stack, &ip, &result);
     } catch (const RuntimeError& error) {
+        build.report_diagnostics(screen);
         screen->errendl(error.message);
+        stack->pop_to(top);
+        result.release(stack);
         return error.number;
     }
+    result.release(stack);
+    return 0;
 }
 
 void RunProgram(Runtime* runtime, const String& file) { runtime->run_program(file, 0, nullptr); }

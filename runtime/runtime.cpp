@@ -7,9 +7,13 @@
 #include <unicode/ustring.h>
 
 #include <map>
+#include <memory>
 #include <string>
 #include <vector>
 
+#include "runtime/module_cache.h"
+#include "runtime/runtime_resolver.h"
+#include "builtins/library.h"
 #include "runtime/screen.h"
 #include "text/charset.h"
 #include "text/collation.h"
@@ -19,18 +23,15 @@
 
 namespace zobase {
 
-struct StringLess {
-    bool operator()(const String& a, const String& b) const {
-        return Collation::unicode_machine->compare(a, b) < 0;
-    }
-};
-
 struct RuntimeRecord {
-    std::map<String, String, StringLess> environment;
+    std::map<String, String, StringLessThan_Unicode_Machine> environment;
     std::string module_file_name;
     Symtable symtable;
     std::vector<std::string> arguments;
     std::vector<const char*> argument_pointers;
+    ModuleCache module_cache;
+    std::unique_ptr<CallResolver> resolver;
+    std::unique_ptr<Library> library;
     VmStack* main_stack = nullptr;
     uint64_t next_stack_id = 1;
 };
@@ -88,7 +89,9 @@ void read_separators(Runtime* rt, const char* locale) {
 
 }  // namespace
 
-Runtime::Runtime(Screen* s) : screen(s), impl(new RuntimeRecord) {}
+Runtime::Runtime(Screen* s) : screen(s), impl(new RuntimeRecord) {
+    impl->resolver = create_runtime_resolver(this);
+}
 
 Runtime::~Runtime() { delete impl; }
 
@@ -102,6 +105,8 @@ void Runtime::init() {
     ZO_TRACE();
     __init_character_sets();
     __init_collations();
+    impl->library = std::make_unique<Library>(this);
+    load_library_tables(impl->library.get(), core_module_description());
     const char* locale = uloc_getDefault();
     read_first_day_of_week(this, locale);
     read_separators(this, locale);
@@ -118,6 +123,7 @@ VmStack* Runtime::get_main_stack() {
     if (!impl->main_stack) {
         impl->main_stack = new VmStack(this, MAIN_STACK_SLOTS, MAIN_STACK_UNDO_SLOTS);
         impl->main_stack->id = create_stack_id();
+        impl->main_stack->resolver = call_resolver();
     }
     return impl->main_stack;
 }
@@ -191,8 +197,13 @@ bool Runtime::set_codepage_by_name(const char* name) {
 
 Symtable& Runtime::symbols() { return impl->symtable; }
 
+Library* Runtime::library() { return impl->library.get(); }
+ModuleCache& Runtime::module_cache() { return impl->module_cache; }
+const CallResolver* Runtime::call_resolver() const { return impl->resolver.get(); }
+
 // For hosts that exit right after: the main-stack pointer is deliberately kept.
 void Runtime::shutdown() {
+    if (impl->library) unload_library_tables(impl->library.get());
     screen->set_interactive(false);
     delete impl->main_stack;
 }
@@ -209,6 +220,7 @@ void ReleaseRuntime(Runtime* runtime) {
 int CreateStack(Runtime* runtime, uint64_t size, VmStack** out) {
     *out = new VmStack(runtime, size, size);
     (*out)->id = runtime->create_stack_id();
+    (*out)->resolver = runtime->call_resolver();
     return 0;
 }
 

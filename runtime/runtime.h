@@ -12,6 +12,10 @@ class Screen;
 class Charset;
 class VmStack;
 class Symtable;
+class Library;
+class Module;
+class ModuleCache;
+class CallResolver;
 struct RuntimeRecord;
 
 class ZO_API Runtime {
@@ -45,6 +49,13 @@ public:
     uint64_t create_stack_id();
     int run_program(const String& file, int argc, const char* const* argv);
     int run_command(const String& text);
+    // The module of a file, compiled unless a fresh copy is cached.
+    void load_module(const String& file, VmStack* stack, const Module** out);
+    ModuleCache& module_cache();
+    // What the VM's late-bound calls resolve through; installed on every stack.
+    const CallResolver* call_resolver() const;
+    void set_procedure_to(VmStack* stack, const String& file, bool additive);
+    void set_procedure_to_null();
     void pass_arguments(int argc, const char* const* argv);
     void pass_arguments(int argc, const char16_t* const* argv);
     void pass_environment(const char* const* envp);
@@ -59,6 +70,8 @@ public:
     int argument_count() const;
     const char* argument(int index) const;
     Symtable& symbols();
+    // The built-in library description registered by init.
+    Library* library();
 };
 
 ZO_API Runtime* CreateRuntime(Screen* screen);

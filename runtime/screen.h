@@ -66,6 +66,7 @@ public:
     size_t read(char* buffer, size_t size, size_t count, const Charset** charset) override;
     void set_output_charset(const Charset* charset) override;
     void set_input_charset(const Charset* charset) override;
+    int msgbox(const String& text, const String& title, int buttons, int icon, int timeout) override;
     void clear() override;
     void flush() override;
     void internal_out(const String& text) override;
@@ -79,5 +80,18 @@ ZO_API int SetOutputCharset(Screen* screen, const char* name);
 ZO_API int SetInputCharset(Screen* screen, const char* name);
 
 constexpr int SCREEN_FLAG_INTERACTIVE = 256;
+
+// The buttons of msgbox, one bit each: `buttons` is a mask of them and the
+// answer is the bit of the chosen one. Abort, Retry and Ignore are the bits
+// the error dialog asks with.
+enum MsgboxButton : int {
+    MSGBOX_OK = 1,
+    MSGBOX_CANCEL = 2,
+    MSGBOX_YES = 4,
+    MSGBOX_ABORT = 8,
+    MSGBOX_NO = 16,
+    MSGBOX_RETRY = 32,
+    MSGBOX_IGNORE = 64,
+};
 
 }  // namespace zobase

@@ -1,12 +1,16 @@
 // The command-line front end and its helpers.
+#include <tclap/CmdLine.h>
 #include <unicode/uloc.h>
 
 #include <cstdlib>
 #include <cstring>
+#include <filesystem>
 #include <string>
+#include <vector>
 
 #include "runtime/runtime.h"
 #include "runtime/screen.h"
+#include "runtime/screen_input.h"
 #include "text/charset.h"
 #include "values/call_trace.h"
 #include "values/error.h"
@@ -14,6 +18,10 @@
 namespace zobase {
 
 namespace {
+
+constexpr const char* ZOSH_VERSION = "0.9.2700 (x86_64)";
+constexpr size_t MAX_SCRIPT_ARGUMENTS = 16;
+constexpr const char* CODEPAGE_REFERENCE = " The list of code pages is what acharset() returns.";
 
 std::string locale_name() {
     char language[4] = {}, country[4] = {};
@@ -24,9 +32,85 @@ std::string locale_name() {
     return std::string(language) + "_" + country;
 }
 
+struct zosh_options_st {
+    TCLAP::CmdLine cmd{"zobase shell: runs a program, or commands typed at a prompt.", ' ',
+                       ZOSH_VERSION};
+    TCLAP::SwitchArg interactive{
+        "", "interactive",
+        "Allow user interaction. This is the default when starting an interactive shell.", cmd};
+    TCLAP::SwitchArg assert_lines{
+        "", "assert", "Enable ASSERT-command lines, which are ignored by default.", cmd};
+    TCLAP::ValueArg<std::string> codepage{
+        "", "codepage", std::string("Set Kestro-codepage manually.") + CODEPAGE_REFERENCE, false,
+        "", "kestro codepage", cmd};
+    TCLAP::ValueArg<std::string> cstdout{
+        "", "cstdout",
+        std::string("Set STDOUT charset for redirected output. All codepoints written to STDOUT "
+                    "will be encoded to this charset. By default, all codepoints are UTF-8 "
+                    "endocded without BOM.") +
+            CODEPAGE_REFERENCE,
+        false, "", "zo charset name", cmd};
+    TCLAP::ValueArg<std::string> cstdin{
+        "", "cstdin",
+        std::string("Set STDIN charset for redirected input. All codepoints read from STDIN "
+                    "will be interpreted using this charset. By default, all codepoints are "
+                    "interpreted as UTF-8 codepoints without BOM.") +
+            CODEPAGE_REFERENCE,
+        false, "", "zo charset name", cmd};
+    TCLAP::SwitchArg sysinfo{
+        "", "sysinfo", "Print system information for error reporting and quit process.", cmd};
+    TCLAP::UnlabeledMultiArg<std::string> arg{"arg", "Script-Name and Arguments.", false,
+                                              "argument", cmd};
+};
+
+std::vector<std::string> stored_arguments(Runtime* runtime) {
+    std::vector<std::string> args;
+    for (int i = 0; i < runtime->argument_count(); ++i) args.push_back(runtime->argument(i));
+    if (args.empty()) args.push_back("zosh");
+    return args;
+}
+
+// TCLAP's own reports, but the status comes back instead of ending the process.
+bool parse_command_line(zosh_options_st& options, Runtime* runtime, int* status) {
+    options.cmd.setExceptionHandling(false);
+    std::vector<std::string> args = stored_arguments(runtime);
+    try {
+        options.cmd.parse(args);
+        return true;
+    } catch (TCLAP::ArgException& error) {
+        try {
+            options.cmd.getOutput()->failure(options.cmd, error);
+            *status = 1;
+        } catch (TCLAP::ExitException& exit) {
+            *status = exit.getExitStatus();
+        }
+    } catch (TCLAP::ExitException& exit) {
+        *status = exit.getExitStatus();
+    }
+    return false;
+}
+
+bool apply_codepage(Runtime* runtime, const std::string& value) {
+    if (runtime->set_codepage_by_name(value.c_str())) return true;
+    return runtime->set_codepage_by_id(std::atoi(value.c_str()));
+}
+
+void print_banner(Screen* screen) {
+    screen->out(String("zobase shell, version "));
+    screen->outendl(String(ZOSH_VERSION));
+    screen->outendl(String("Type QUIT or end the input to leave."));
+}
+
+String prompt_text() {
+    std::error_code ignored;
+    std::string directory = std::filesystem::current_path(ignored).string();
+    return String(("zo " + directory + "> ").c_str());
+}
+
 }  // namespace
 
 int CollectPrintSysinfo(Runtime* runtime) {
+    ZO_TRACE();
     Screen* screen = runtime->screen;
     screen->outendl(String(locale_name().c_str()));
     screen->outendl(String("VERSION: 0.9.2700"));
@@ -38,24 +122,50 @@ int CollectPrintSysinfo(Runtime* runtime) {
     return 0;
 }
 
-// The full option set of the shell arrives with the statements; for now it
-// runs --sysinfo and reports honestly that programs cannot run yet.
 int RunZosh(Runtime* runtime) {
     ZO_TRACE();
-    int argc = runtime->argument_count();
-    for (int i = 1; i < argc; ++i)
-        if (std::strcmp(runtime->argument(i), "--sysinfo") == 0) return CollectPrintSysinfo(runtime);
-    if (argc < 2) return RunInteractiveShell(runtime);
-    return runtime->run_program(String(runtime->argument(1)), argc - 1, nullptr);
+    zosh_options_st options;
+    int status = 0;
+    if (!parse_command_line(options, runtime, &status)) return status;
+
+    const std::vector<std::string>& args = options.arg.getValue();
+    std::vector<const char*> script_args;
+    for (size_t i = 0; i < args.size() && i < MAX_SCRIPT_ARGUMENTS; ++i)
+        script_args.push_back(args[i].c_str());
+
+    Screen* screen = runtime->screen;
+    SetRuntimeAsserts(runtime, options.assert_lines.getValue());
+    screen->set_interactive(script_args.empty() || options.interactive.getValue());
+    if (options.sysinfo.getValue()) return CollectPrintSysinfo(runtime);
+    // --cstdin names no charset of its own: it applies the --cstdout value.
+    if (options.cstdout.isSet()) SetOutputCharset(screen, options.cstdout.getValue().c_str());
+    if (options.cstdin.isSet()) SetInputCharset(screen, options.cstdout.getValue().c_str());
+    if (options.codepage.isSet() && !apply_codepage(runtime, options.codepage.getValue())) {
+        screen->errendl(String("--codepage not supported"));
+        return 1;
+    }
+    if (script_args.empty()) {
+        print_banner(screen);
+        return RunInteractiveShell(runtime);
+    }
+    return runtime->run_program(String(script_args[0]), static_cast<int>(script_args.size()),
+                                script_args.data());
 }
 
 int RunInteractiveShell(Runtime* runtime) {
     ZO_TRACE();
-    try {
-        raise_not_available("interactive shell");
-    } catch (const RuntimeError& error) {
-        runtime->screen->errendl(error.message);
-        return error.number;
+    Screen* screen = runtime->screen;
+    for (;;) {
+        screen->out(prompt_text());
+        screen->flush();
+        String line;
+        if (!read_screen_line(screen, &line)) return 0;
+        if (line.size() == 0) continue;
+        try {
+            runtime->run_command(line);
+        } catch (const RuntimeQuit&) {
+            return 0;
+        }
     }
 }
 

@@ -7,8 +7,12 @@
 
 #include "values/export.h"
 #include "values/string.h"
+#include "values/variant.h"
 
 namespace zobase {
+
+struct VmFrame;
+class VmStack;
 
 struct error_st {
     int32_t code;
@@ -28,7 +32,7 @@ public:
     int32_t number = 0;
     String message;    // already formatted
     String parameter;  // the detail as given
-    int32_t recovery = 0;
+    int32_t recovery = 0;  // not 0 once a frame has handled it: outer frames only unwind
 
     RuntimeError();
     explicit RuntimeError(int number);
@@ -38,7 +42,7 @@ public:
     const char* name() const noexcept override;
 };
 
-enum InterruptType : int32_t { INTERRUPT_QUIT = 0, INTERRUPT_CANCEL = 1 };
+enum InterruptType : int32_t { INTERRUPT_QUIT = 0, INTERRUPT_CANCEL = 1, INTERRUPT_THROW = 2 };
 
 class ZO_API RuntimeInterrupt : public Exception {
 public:
@@ -50,6 +54,25 @@ public:
 class ZO_API RuntimeQuit : public RuntimeInterrupt {
 public:
     explicit RuntimeQuit(InterruptType t = INTERRUPT_QUIT) : RuntimeInterrupt(t) {}
+};
+
+// Carries a thrown exception object from the frame that found the handler
+// to the handler's frame; `position` indexes that frame's code array. Owns
+// one reference to `value`.
+class ZO_API RuntimeThrow : public RuntimeInterrupt {
+public:
+    Variant value;
+    const VmFrame* target = nullptr;
+    uint32_t symbol = 0;  // the CATCH variable, 0 for none
+    long long position = 0;
+
+    RuntimeThrow() : RuntimeInterrupt(INTERRUPT_THROW) {}
+    RuntimeThrow(const Variant& thrown, const VmFrame* frame, uint32_t catch_symbol,
+                 long long code_position);
+    RuntimeThrow(const RuntimeThrow& other);
+    RuntimeThrow& operator=(const RuntimeThrow& other);
+    ~RuntimeThrow() override;
+    const char* name() const noexcept override;
 };
 
 // A state that cannot occur; also what the debugger path raises.
@@ -163,5 +186,9 @@ String format_error_message(int code, const String& detail);
 ZO_API int TranslateError(int code, char* buffer, size_t size);
 ZO_API int TranslateErrorEx(int code, const String& detail, char* buffer, size_t size);
 ZO_API int get_list_of_errors(const error_st** rows);
+// The stack's last error number, sign-extended.
+ZO_API uint64_t GetLastError(VmStack* stack);
+// Refuses with copy_buffer_too_small unless both size and text are empty.
+ZO_API int GetLastErrorMessage(VmStack* stack, char* buffer, size_t size);
 
 }  // namespace zobase

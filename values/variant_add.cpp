@@ -12,8 +12,6 @@ namespace zobase {
 
 namespace {
 
-constexpr long long MS_PER_DAY = 86400000;
-
 uint64_t larger_decimals(uint64_t a, uint64_t b) { return a > b ? a : b; }
 
 void add_integers(Variant* left, long long a, long long b) {
@@ -38,36 +36,10 @@ __int128 money_units(const Variant* v) {
     return money_to_i128(static_cast<money_type_st>(*v));
 }
 
-// Days move a date; an empty date stays empty and a day outside the
-// calendar's range is an invalid date.
-void shift_date(Variant* left, long long days) {
-    if (left->date.julian == 0) return;
-    long long julian = static_cast<long long>(left->date.julian) + days;
-    if (julian < 1 || julian > std::numeric_limits<uint32_t>::max()) throw RuntimeError(2034);
-    left->date.julian = static_cast<uint32_t>(julian);
-}
-
-void shift_datetime(Variant* left, long long seconds) {
-    datetime_st& t = left->datetime;
-    if (t.julian == 0 && t.msecs == 0) return;
-    __int128 ms = static_cast<__int128>(t.julian) * MS_PER_DAY + t.msecs +
-                  static_cast<__int128>(seconds) * 1000;
-    __int128 julian = ms / MS_PER_DAY;
-    if (ms < MS_PER_DAY || julian > std::numeric_limits<uint32_t>::max()) throw RuntimeError(2034);
-    t.julian = static_cast<uint32_t>(julian);
-    t.msecs = static_cast<uint32_t>(ms % MS_PER_DAY);
-}
-
-long long whole_days(double value) {
-    double days = std::trunc(value);
-    if (!(std::fabs(days) < 9.0e18)) throw RuntimeError(2034);
-    return static_cast<long long>(days);
-}
-
-long long rounded_seconds(double value) {
-    double seconds = std::round(value);
-    if (!(std::fabs(seconds) < 9.0e15)) throw RuntimeError(2034);
-    return static_cast<long long>(seconds);
+// The smallest integer has no negation; as days or seconds it is out of range anyway.
+long long negated_days(long long n) {
+    if (n == std::numeric_limits<long long>::min()) throw RuntimeError(2034);
+    return -n;
 }
 
 void make_null(Variant* left) {
@@ -113,16 +85,16 @@ void inline_variant_add(Variant* left, const Variant* right) {
         set_money(left, money_units(left) + money_units(right));
         return;
     case pair_key(TAG_DATE, TAG_INTEGER):
-        shift_date(left, right->integer);
+        left->date = date_add_days(left->date, right->integer);
         return;
     case pair_key(TAG_DATE, TAG_NUMERIC):
-        shift_date(left, whole_days(right->numeric.value));
+        left->date = date_add_days(left->date, right->numeric.value);
         return;
     case pair_key(TAG_DATETIME, TAG_INTEGER):
-        shift_datetime(left, right->integer);
+        left->datetime = datetime_add_seconds(left->datetime, right->integer);
         return;
     case pair_key(TAG_DATETIME, TAG_NUMERIC):
-        shift_datetime(left, rounded_seconds(right->numeric.value));
+        left->datetime = datetime_add_seconds(left->datetime, right->numeric.value);
         return;
     case pair_key(TAG_STRING, TAG_STRING):
         left->str().add(right->str());
@@ -174,26 +146,20 @@ void Variant::sub(VmStack* stack, const Variant& right_value) {
     case pair_key(TAG_MONEY, TAG_MONEY):
         set_money(left, money_units(left) - money_units(right));
         return;
-    case pair_key(TAG_DATE, TAG_DATE): {
-        long long days = 0;
-        if (left->date.julian && right->date.julian)
-            days = static_cast<long long>(left->date.julian) - right->date.julian;
-        left->set_integer(days);
+    case pair_key(TAG_DATE, TAG_DATE):
+        left->set_integer(date_diff_days(left->date, right->date));
         return;
-    }
     case pair_key(TAG_DATE, TAG_INTEGER):
-        if (right->integer == std::numeric_limits<long long>::min()) throw RuntimeError(2034);
-        shift_date(left, -right->integer);
+        left->date = date_add_days(left->date, negated_days(right->integer));
         return;
     case pair_key(TAG_DATE, TAG_NUMERIC):
-        shift_date(left, -whole_days(right->numeric.value));
+        left->date = date_add_days(left->date, -std::trunc(right->numeric.value));
         return;
     case pair_key(TAG_DATETIME, TAG_INTEGER):
-        if (right->integer == std::numeric_limits<long long>::min()) throw RuntimeError(2034);
-        shift_datetime(left, -right->integer);
+        left->datetime = datetime_add_seconds(left->datetime, negated_days(right->integer));
         return;
     case pair_key(TAG_DATETIME, TAG_NUMERIC):
-        shift_datetime(left, -rounded_seconds(right->numeric.value));
+        left->datetime = datetime_add_seconds(left->datetime, -std::round(right->numeric.value));
         return;
     case pair_key(TAG_STRING, TAG_STRING):
         left->str().rtrim();

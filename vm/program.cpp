@@ -1,5 +1,8 @@
 #include "vm/program.h"
 
+#include <algorithm>
+#include <iterator>
+
 #include "values/error.h"
 
 namespace zobase {
@@ -9,6 +12,7 @@ Program::~Program() {
 }
 
 size_t Program::emit(VmOp* op) {
+    ZO_ASSERT(!terminated_);
     VmOp** before = code_.data();
     code_.push_back(op);
     if (code_.data() != before) relink();
@@ -39,6 +43,33 @@ bool Program::find_local(uint32_t symbol, uint64_t* offset) const noexcept {
 void Program::relink() {
     for (auto [jump, target] : jumps_)
         static_cast<VmOpJumpBase*>(code_[jump])->target = code_.data() + target;
+}
+
+void Program::adopt_code(std::vector<VmOp*>&& code) {
+    ZO_ASSERT(code_.empty() && !code.empty() && code.back() == nullptr);
+    code_ = std::move(code);
+    terminated_ = true;
+}
+
+void Program::replace_instruction(size_t position, VmOp* op) {
+    ZO_ASSERT(position < instruction_count());
+    delete code_[position];
+    code_[position] = op;
+}
+
+bool Program::location_of(size_t position, document_location_st* out) const noexcept {
+    auto after = std::upper_bound(locations.begin(), locations.end(), position,
+                                  [](size_t p, const auto& entry) { return p < entry.first; });
+    if (after == locations.begin()) return false;
+    *out = std::prev(after)->second;
+    return true;
+}
+
+bool Program::first_position_of_statement(uint64_t statement, size_t* out) const noexcept {
+    auto found = statement_positions.find(statement);
+    if (found == statement_positions.end()) return false;
+    *out = found->second;
+    return true;
 }
 
 }  // namespace zobase

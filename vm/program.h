@@ -2,13 +2,17 @@
 // A compiled unit of code: the instruction array and what a frame needs to
 // run it (parameter count, local names). Owns its instructions.
 #include <cstdint>
+#include <map>
 #include <memory>
 #include <vector>
 
+#include "frontend/token.h"
 #include "values/export.h"
 #include "vm/vm_op.h"
 
 namespace zobase {
+
+class Module;
 
 struct local_name_st {
     uint32_t symbol;
@@ -30,6 +34,24 @@ public:
     VmOp** code() noexcept { return code_.data(); }
     VmOp* const* code() const noexcept { return code_.data(); }
 
+    // Takes a finished array from the compiler: the instructions, then one
+    // null element that a jump to the end may point at. Jumps are resolved.
+    void adopt_code(std::vector<VmOp*>&& code);
+    size_t instruction_count() const noexcept { return terminated_ ? code_.size() - 1 : code_.size(); }
+    // Replaces an instruction (the linker's step); the old one is deleted.
+    void replace_instruction(size_t position, VmOp* op);
+
+    String name;
+    const Module* module = nullptr;
+    document_location_st last_location{};
+    // Array position to source location, ascending by position.
+    std::vector<std::pair<size_t, document_location_st>> locations;
+    // Statement number to the first array position of that statement.
+    std::map<uint64_t, size_t> statement_positions;
+    // The location of the instruction at `position`, or of the nearest before it.
+    bool location_of(size_t position, document_location_st* out) const noexcept;
+    bool first_position_of_statement(uint64_t statement, size_t* out) const noexcept;
+
     uint64_t parameter_count = 0;
     std::vector<local_name_st> local_names;
     uint64_t frame_size() const noexcept { return local_names.size(); }
@@ -39,6 +61,7 @@ public:
 private:
     std::vector<VmOp*> code_;
     std::vector<std::pair<size_t, size_t>> jumps_;  // re-pointed whenever the array moves
+    bool terminated_ = false;
     void relink();
 };
 

@@ -2,6 +2,7 @@
 #include "vm/vm_run.h"
 
 #include "values/numeric.h"
+#include "vm/try_scope.h"
 #include "vm/vm_instructions.h"
 
 namespace zobase {
@@ -453,6 +454,10 @@ void vm_run(VmStack* stack, VmOp*** ip, Variant* ret) {
             break;
         }
         case OP_TEST_TEXTMERGE_ON: stack->push()->set_bool(stack->textmerge); break;
+        case OP_TRY_ENTER:
+            // At rest there is no frame to hold the scope, and no frame to catch in.
+            if (stack->frame) enter_try_scope(stack->frame, &op_as<VmOpTryEnter>(op));
+            break;
         default:
             not_built(op);
         }

@@ -19,6 +19,26 @@ class DebugHook;
 class Table_Object;
 class DataSession_Object;
 
+struct try_scope_st;
+struct how_to_handle_st;
+
+// One row of the error list: number, message, detail, and four values that
+// stay false here.
+struct Error {
+    Variant values[7];
+
+    Error() = default;
+    Error(const Error& other);
+    Error& operator=(const Error&) = delete;
+    ~Error();
+};
+
+enum RuntimeErrorRecovery : int {
+    RECOVERY_ABANDON_FRAME = 0,  // unwind this frame
+    RECOVERY_CONTINUE = 1,       // go on at the frame's ip
+    RECOVERY_HANDLER_FOUND = 2,
+};
+
 // What a name meant before a frame shadowed it; previous is null when the
 // name was free.
 struct UndoMemvar {
@@ -32,7 +52,7 @@ struct VmFrame {
     VmOp** ip;
     VmOp** saved_ip;  // where an exception left the frame, for the trace
     const Program* program;
-    VmOp* try_scopes;
+    try_scope_st* try_scopes;  // newest first; owned
     Memvar* saved_locals;
     Memvar* saved_frame_esp;
     Memvar* saved_esp;
@@ -67,11 +87,14 @@ public:
     DataSession_Object* session = nullptr;
     bool textmerge = false;
     bool textmerge_show = true;
+    uint32_t textmerge_memvar = 0;  // SET TEXTMERGE TO MEMVAR: the variable collecting output
     DebugHook* debug_hook = nullptr;
     std::unordered_map<uint32_t, Memvar*> names;  // visible PRIVATE and PUBLIC variables
     Table_Object* expression_table = nullptr;
     VmFrame* frame = nullptr;
+    std::list<Error> errors;
     RuntimeError last_error;
+    RuntimeThrow pending_throw;
     std::unordered_map<uint32_t, Memvar*>* dynamic_locals = nullptr;
     Runtime* runtime;
     bool exact = false;  // SET EXACT
@@ -112,6 +135,17 @@ public:
     // Records what the name meant before this frame shadowed it. A full undo
     // stack raises 103 thrown by pointer, past the VM's handlers.
     void alloc_undo_memvar(uint32_t symbol, Memvar* previous);
+
+    // Records the error, offers it to the TRY scopes of every frame and, for
+    // code of a module, to the user (the report and the Abort/Retry/Ignore
+    // dialog). Retry and Ignore move the frame's ip.
+    RuntimeErrorRecovery handle_exception(how_to_handle_st& how);
+    // The newest TRY scope around the current position of any frame whose
+    // catch filter accepts value.
+    bool find_handler(Variant* value, const VmFrame** frame, long long* position,
+                      unsigned int* symbol);
+    // Makes row the only entry of the error list.
+    void error(const Error& row);
 
     // The text of a symbol for messages; empty without a resolver.
     String symbol_text(uint32_t symbol) const;

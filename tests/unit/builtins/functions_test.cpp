@@ -117,7 +117,8 @@ TEST_F(Functions, SubstrCountsCharactersNotBytes) {
     EXPECT_EQ(call().s("\xc3\xa4\xc3\xb6\xc3\xbc").i(2).i(1).text(stackcall_substr),
               "\xc3\xb6");
     EXPECT_EQ(call().s("\xc3\xa4\xc3\xb6\xc3\xbc").integer(stackcall_len), 3);
-    const Variant& empty = call().s(String(u"xyz")).i(0).run(stackcall_substr);
+    Call empty_call = call();
+    const Variant& empty = empty_call.s(String(u"xyz")).i(0).run(stackcall_substr);
     EXPECT_EQ(empty.str().get_charset(), Charset::utf16le);
 }
 
@@ -162,12 +163,14 @@ TEST_F(Functions, CaseAndTrims) {
 TEST_F(Functions, ConcatReplicateSpace) {
     EXPECT_EQ(call().s("ab").s("").s("cd").text(stackcall_concat), "abcd");
     EXPECT_EQ(call().s("ab").null().s("cd").run(stackcall_concat).tag, TAG_NULL);
-    const Variant& mixed = call().s("a").s(String(u"\u00e9")).run(stackcall_concat);
+    Call mixed_call = call();
+    const Variant& mixed = mixed_call.s("a").s(String(u"\u00e9")).run(stackcall_concat);
     EXPECT_EQ(mixed.str().u8str(), "a\xc3\xa9");
     EXPECT_EQ(call().s("ab").i(3).text(stackcall_replicate), "ababab");
     EXPECT_EQ(call().s("ab").i(0).text(stackcall_replicate), "");
     EXPECT_EQ(call().i(3).text(stackcall_space), "   ");
-    const Variant& wide = call().i(2).s("utf-16le").run(stackcall_space);
+    Call wide_call = call();
+    const Variant& wide = wide_call.i(2).s("utf-16le").run(stackcall_space);
     EXPECT_EQ(wide.str().get_charset(), Charset::utf16le);
     EXPECT_EQ(wide.str().size(), 4u);
     EXPECT_EQ(call().i(2).s("no-such-charset").error(stackcall_space), 9003);
@@ -175,7 +178,8 @@ TEST_F(Functions, ConcatReplicateSpace) {
 
 TEST_F(Functions, ChrAsc) {
     EXPECT_EQ(call().i(65).text(stackcall_chr), "A");
-    const Variant& euro = call().i(0x80).run(stackcall_chr);
+    Call euro_call = call();
+    const Variant& euro = euro_call.i(0x80).run(stackcall_chr);
     EXPECT_EQ(euro.str().get_charset(), GetCharsetByWindowsCodepage(1252));
     EXPECT_EQ(euro.str().u8str(), "\xe2\x82\xac");
     EXPECT_EQ(call().i(256).error(stackcall_chr), 39);

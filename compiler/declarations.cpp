@@ -1,0 +1,321 @@
+// Declarations and assignment: LOCAL, PUBLIC, PRIVATE, parameters,
+// DIMENSION, STORE and DECLARE, and the store into any kind of target.
+#include <functional>
+#include <memory>
+#include <string>
+
+#include "compiler/expression.h"
+#include "compiler/statements.h"
+#include "values/call_trace.h"
+#include "values/error.h"
+
+namespace zobase {
+
+namespace {
+
+unsigned variable_symbol(const Operand* operand, CodePath& path) {
+    return path.symbolize(static_cast<const Operand_Variable*>(operand)->name);
+}
+
+const Operand_Variable* indexed_variable(const Operand* target) {
+    return static_cast<const Operand_VariableIndex*>(target)->variable.get();
+}
+
+// An array element is written by slot only where the name is certainly this
+// frame's LOCAL; a PRIVATE with a slot still goes by name.
+void compile_write_array(const Operand_Variable* variable, size_t count, CompiledCodeCollection* code,
+                         CodePath& path) {
+    unsigned symbol = path.symbolize(variable->name);
+    unsigned long long offset;
+    bool certain = false;
+    if (path.variable_get(symbol, &offset, &certain) && certain)
+        code->push_back(variable->location, new VmOpWriteArrayByOffset(offset, count));
+    else
+        code->push_back(variable->location, new VmOpWriteArrayByName(symbol, count));
+}
+
+// The VM takes the value last, above the object and any subscripts, and
+// counts it among the arguments of the write.
+void compile_write_property(const Path* target, const value_emitter& emit_value, CompiledCodeCollection* code,
+                            CodePath& path) {
+    if (target->items.empty()) throw assert_failed_exception("property assignment without a member");
+    compiler_type_info_st type{};
+    compile_evaluate_path(target, true, code, path, &type);
+    const PathItem* last = target->items.back().get();
+    unsigned symbol = 0;
+    const OperandList* subscripts = nullptr;
+    switch (last->kind) {
+    case PATH_ITEM_NAME: symbol = path.symbolize(static_cast<const NamePathItem*>(last)->name); break;
+    case PATH_ITEM_NAME_INDEX: {
+        const auto* item = static_cast<const NameIndexPathItem*>(last);
+        symbol = path.symbolize(item->name);
+        subscripts = item->subscripts.get();
+        break;
+    }
+    case PATH_ITEM_INDEX:
+        symbol = path.symbolize("[]");
+        subscripts = static_cast<const IndexPathItem*>(last)->subscripts.get();
+        break;
+    default: throw assert_failed_exception("property assignment to a call");
+    }
+    if (subscripts) compile_operand_list(subscripts, code, path);
+    emit_value();
+    code->push_back(last->location, new VmOpObjectWrite(symbol, (subscripts ? subscripts->size() : 0) + 1));
+}
+
+}  // namespace
+
+// The subscripts go below the value: the VM's writes take the value from
+// the top of the stack.
+void compile_assign_with(const Operand* target, const value_emitter& emit_value, CompiledCodeCollection* code,
+                            CodePath& path) {
+    switch (target->kind) {
+    case OPERAND_VARIABLE:
+        emit_value();
+        compile_assign_to_variable(variable_symbol(target, path), target->location, code, path);
+        return;
+    case OPERAND_VARIABLE_INDEX: {
+        const OperandList* subscripts = static_cast<const Operand_VariableIndex*>(target)->subscripts.get();
+        compile_operand_list(subscripts, code, path);
+        emit_value();
+        compile_write_array(indexed_variable(target), subscripts->size(), code, path);
+        return;
+    }
+    case OPERAND_PATH: compile_write_property(static_cast<const Path*>(target), emit_value, code, path); return;
+    default: throw assert_failed_exception("assignment to an operand that is no target");
+    }
+}
+
+namespace {
+
+// `x = x + y` adds in place, so appending to a string in a loop copies nothing.
+bool is_self_add(unsigned target, const Operand* value, CodePath& path) {
+    if (value->kind != OPERAND_BINARY) return false;
+    const auto* binary = static_cast<const BinaryOperator*>(value);
+    if (binary->op != BINARY_ADD || binary->left->kind != OPERAND_VARIABLE) return false;
+    return variable_symbol(binary->left.get(), path) == target;
+}
+
+bool compile_system_variable_write(const Operand_Variable* target, const Operand* value,
+                                   CompiledCodeCollection* code, CodePath& path) {
+    if (target->memvar_only) return false;
+    const library_command_def_st* writer = path.compiler->find_variable_writer(target->name);
+    if (!writer) return false;
+    BorrowedOperands arguments;
+    arguments.add(value);
+    compile_call_spec_void_core(target->location, *writer, arguments.get(), code, path);
+    return true;
+}
+
+void compile_assign_to_variable(const Operand_Variable* target, const Operand* value, CompiledCodeCollection* code,
+                                CodePath& path) {
+    if (compile_system_variable_write(target, value, code, path)) return;
+    unsigned symbol = path.symbolize(target->name);
+    if (!is_self_add(symbol, value, path)) {
+        compile_value(value, code, path);
+        compile_assign_to_variable(symbol, target->location, code, path);
+        return;
+    }
+    compile_value(static_cast<const BinaryOperator*>(value)->right.get(), code, path);
+    unsigned long long offset;
+    bool certain = false;
+    if (path.variable_get(symbol, &offset, &certain) && certain)
+        code->push_back(target->location, new VmOpReadAddWriteLocal(offset));
+    else
+        code->push_back(target->location, new VmOpReadAddWrite(symbol));
+}
+
+// ---- LOCAL, PUBLIC, PRIVATE ----
+
+int compile_stmt_local(const statement_iterator&, statement_iterator& it, CompiledCodeCollection* code,
+                       CodePath& path) {
+    ZO_TRACE();
+    const auto* statement = static_cast<const Stmt_Declaration*>((it++)->get());
+    for (const declared_variable_st& variable : statement->variables) {
+        const Operand* target = variable.target.get();
+        unsigned symbol = variable_symbol(target, path);
+        unsigned long long offset;
+        if (path.compiler->compile_time_define_memvar(symbol, &offset)) {
+            code->push_back(target->location, new VmOpDefLocalOffset(offset, symbol));
+            path.known_locals.insert(symbol);
+        } else {
+            code->push_back(target->location, new VmOpDefLocal(symbol));
+        }
+        if (variable.bounds) compile_dimension(target->location, target, variable.bounds.get(), code, path);
+    }
+    return 0;
+}
+
+// Not entered in known_locals: later reads of the name go by name.
+int compile_stmt_private(const statement_iterator&, statement_iterator& it, CompiledCodeCollection* code,
+                         CodePath& path) {
+    const auto* statement = static_cast<const Stmt_Declaration*>((it++)->get());
+    for (const declared_variable_st& variable : statement->variables) {
+        unsigned symbol = variable_symbol(variable.target.get(), path);
+        unsigned long long offset;
+        path.compiler->compile_time_define_memvar(symbol, &offset);
+        code->push_back(variable.target->location, new VmOpDefPrivateSymbol(symbol));
+    }
+    return 0;
+}
+
+int compile_stmt_public(const statement_iterator&, statement_iterator& it, CompiledCodeCollection* code,
+                        CodePath& path) {
+    const auto* statement = static_cast<const Stmt_Declaration*>((it++)->get());
+    for (const declared_variable_st& variable : statement->variables) {
+        const Operand* target = variable.target.get();
+        unsigned symbol = variable_symbol(target, path);
+        unsigned long long offset = 0;
+        path.compiler->compile_time_define_memvar(symbol, &offset);
+        code->push_back(target->location, new VmOpDefPublicOffset(offset, symbol));
+        if (variable.bounds) compile_dimension(target->location, target, variable.bounds.get(), code, path);
+    }
+    return 0;
+}
+
+int compile_stmt_private_pattern(const statement_iterator&, statement_iterator& it, CompiledCodeCollection* code,
+                                 CodePath& path) {
+    const auto* statement = static_cast<const Stmt_PrivatePattern*>((it++)->get());
+    BorrowedOperands arguments;
+    arguments.own(new Const_String(String(compile_private_rx_pattern(statement->like).c_str())));
+    arguments.own(new Const_String(String(compile_private_rx_pattern(statement->except).c_str())));
+    compile_call_spec_void_core(statement->location, require_command(path, "private"), arguments.get(), code, path);
+    return 0;
+}
+
+// ---- parameters ----
+
+int compile_stmt_parameters(const statement_iterator&, statement_iterator& it, CompiledCodeCollection* code,
+                            CodePath& path) {
+    const auto* statement = static_cast<const Stmt_Declaration*>((it++)->get());
+    create_parameters_initalization_code(statement, PARAMETERS_PRIVATE, code, path);
+    return 0;
+}
+
+int compile_stmt_lparameters(const statement_iterator&, statement_iterator& it, CompiledCodeCollection* code,
+                             CodePath& path) {
+    const auto* statement = static_cast<const Stmt_Declaration*>((it++)->get());
+    create_parameters_initalization_code(statement, PARAMETERS_LOCAL, code, path);
+    return 0;
+}
+
+// ---- DIMENSION, STORE, DECLARE ----
+
+int compile_stmt_dimension(const statement_iterator&, statement_iterator& it, CompiledCodeCollection* code,
+                           CodePath& path) {
+    const auto* statement = static_cast<const Stmt_Declaration*>((it++)->get());
+    for (const declared_variable_st& variable : statement->variables)
+        compile_dimension(variable.target->location, variable.target.get(), variable.bounds.get(), code, path);
+    return 0;
+}
+
+// The value goes to a temporary once; each target then takes it through
+// "store", which fills an array target element by element.
+int compile_stmt_store(const statement_iterator&, statement_iterator& it, CompiledCodeCollection* code,
+                       CodePath& path) {
+    ZO_TRACE();
+    const auto* statement = static_cast<const Stmt_Store*>((it++)->get());
+    std::unique_ptr<Operand_Variable> temp(path.compile_create_temp_memvar(statement->location, "store", code));
+    compile_assign(temp.get(), statement->value.get(), code, path);
+    const library_func_def_st& store = require_function(path, "store");
+    for (const operand_ptr& target : statement->targets->items) {
+        compile_assign_with(
+            target.get(),
+            [&] {
+                code->push_back(target->location, new VmOpEspAlloc());
+                compile_target_argument(target.get(), code, path);
+                compile_read_temp(temp.get(), code, path);
+                code->push_back(target->location, new VmOpCallNative(store.handler, 2));
+            },
+            code, path);
+    }
+    return 0;
+}
+
+int compile_stmt_declare(const statement_iterator&, statement_iterator& it, CompiledCodeCollection* code,
+                         CodePath& path) {
+    const auto* statement = static_cast<const Stmt_Declare*>((it++)->get());
+    BorrowedOperands arguments;
+    arguments.own(new Const_String(statement->result_type));
+    arguments.own(new Const_String(statement->name));
+    auto* count = new Const_Value();
+    count->value.set_integer(static_cast<long long>(statement->parameters.size()));
+    arguments.own(count);
+    arguments.add(statement->library.get());
+    compile_call_spec_void_core(statement->location, require_command(path, "declare"), arguments.get(), code, path);
+    return 0;
+}
+
+}  // namespace
+
+std::string compile_private_rx_pattern(const String& pattern) {
+    std::string rx = "^";
+    for (char c : pattern.u8str()) {
+        if (c == '*') rx += ".*";
+        else if (c == '?') rx += '.';
+        else rx += c;
+    }
+    return rx + "$";
+}
+
+// "store" and "dimension" replace what a missing variable would have held.
+void compile_target_argument(const Operand* target, CompiledCodeCollection* code, CodePath& path) {
+    if (target->kind != OPERAND_VARIABLE) {
+        compile_value(target, code, path);
+        return;
+    }
+    compiler_type_info_st type{};
+    compile_read_variable(target->location, variable_symbol(target, path), true, true, code, path, &type);
+}
+
+void compile_assign(const Operand* target, const Operand* value, CompiledCodeCollection* code, CodePath& path) {
+    if (target->kind == OPERAND_VARIABLE) {
+        compile_assign_to_variable(static_cast<const Operand_Variable*>(target), value, code, path);
+        return;
+    }
+    compile_assign_with(target, [&] { compile_value(value, code, path); }, code, path);
+}
+
+// "dimension" reshapes the target's current value, so a second DIMENSION
+// keeps what the two shapes share.
+void compile_dimension(const document_location_st& location, const Operand* target, const OperandList* subscripts,
+                       CompiledCodeCollection* code, CodePath& path) {
+    const library_func_def_st& dimension = require_function(path, "dimension");
+    size_t count = subscripts ? subscripts->size() : 0;
+    if (count < 1 || count > 2) {
+        path.compiler->record_error(11, location);
+        return;
+    }
+    const Operand* array = target->kind == OPERAND_VARIABLE_INDEX ? indexed_variable(target) : target;
+    compile_assign_with(
+        array,
+        [&] {
+            code->push_back(location, new VmOpEspAlloc());
+            for (size_t i = 0; i < 2; ++i) {
+                if (i >= count) {
+                    code->push_back(location, new VmOpReadConstNull());
+                    continue;
+                }
+                compiler_type_info_st type{};
+                __compiletime_compact_constexpr(subscripts->at(i), code, path, &type);
+                compile_cast_to_formal(subscripts->at(i)->location, dimension.parameters.formals[i], type, code);
+            }
+            compile_target_argument(array, code, path);
+            code->push_back(location, new VmOpCallNative(dimension.handler, 3));
+        },
+        code, path);
+}
+
+void register_declaration_statements(StatementTable& table) {
+    table.add(STMT_DECLARE, compile_stmt_declare);
+    table.add(STMT_DIMENSION, compile_stmt_dimension);
+    table.add(STMT_LOCAL, compile_stmt_local);
+    table.add(STMT_LPARAMETERS, compile_stmt_lparameters);
+    table.add(STMT_PARAMETERS, compile_stmt_parameters);
+    table.add(STMT_PRIVATE, compile_stmt_private);
+    table.add(STMT_PRIVATE_PATTERN, compile_stmt_private_pattern);
+    table.add(STMT_PUBLIC, compile_stmt_public);
+    table.add(STMT_STORE, compile_stmt_store);
+}
+
+}  // namespace zobase

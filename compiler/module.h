@@ -1,0 +1,49 @@
+#pragma once
+// A compiled source file: its main program, its functions and what it
+// imports. Modules belong to the module cache and live as long as the runtime.
+#include <cstdint>
+#include <map>
+#include <unordered_map>
+#include <vector>
+
+#include "compiler/build_input.h"
+#include "values/string.h"
+#include "vm/user_function.h"
+
+namespace zobase {
+
+class Library;
+class Symtable;
+struct ModuleDomain;
+
+class Module {
+public:
+    explicit Module(const String& file) : file_name(file) {}
+    ~Module();
+    Module(const Module&) = delete;
+    Module& operator=(const Module&) = delete;
+
+    String file_name;
+    UserFunction* main = nullptr;  // the statements before the first FUNCTION; owned
+    std::unordered_map<uint32_t, UserFunction*> functions;  // owned
+    std::vector<const Module*> imported_modules;             // in import order
+    std::vector<const Library*> libraries;                   // in import order
+    ModuleDomain* domain = nullptr;
+    // What running the file runs: the main program, or the function named as
+    // the file's stem; null when there is neither.
+    const UserFunction* entry = nullptr;
+
+    const UserFunction* find_function(uint32_t symbol) const;
+};
+
+// Unresolved calls become direct calls where the target is known, else calls
+// by name; then the entry is settled.
+void link_module(LinkerInfo& info, Module* module);
+// The module's own function of that symbol, else the first of its imports'.
+const UserFunction* find_module_function(const Module* module, unsigned symbol);
+// The function named like the file, without directory and extension.
+const UserFunction* select_entry_by_stem(Symtable& symbols, const Module& module);
+// The stem of a file name: no directory, no extension.
+String file_stem(const String& file_name);
+
+}  // namespace zobase

@@ -1,0 +1,159 @@
+// TEXT ... ENDTEXT and the `\` and `\\` lines. Both become one built-in call
+// whose arguments are pairs: 0 and a literal, or 1 and a merge field's value.
+#include <string>
+#include <vector>
+
+#include "compiler/expression.h"
+#include "compiler/statements.h"
+#include "frontend/parser.h"
+#include "values/call_trace.h"
+#include "values/error.h"
+
+namespace zobase {
+
+namespace {
+
+// Bits of the first argument of stackcall_text.
+enum TextFlags : long long { TEXT_NOSHOW = 1, TEXT_ADDITIVE = 2, TEXT_MERGE = 4 };
+
+Const_Value* new_integer(long long value) {
+    auto* constant = new Const_Value();
+    constant->value.set_integer(value);
+    return constant;
+}
+
+Const_Value* new_null() {
+    auto* constant = new Const_Value();
+    constant->value.set_null();
+    return constant;
+}
+
+void add_literal(const std::string& text, BorrowedOperands& list) {
+    list.own(new_integer(0));
+    list.own(new Const_String(String(text.c_str())));
+}
+
+void add_field(const std::string& source, const document_location_st& location, CodePath& path,
+               BorrowedOperands& list) {
+    list.own(new_integer(1));
+    if (source.find_first_not_of(" \t") == std::string::npos) {
+        list.own(new Const_String(String("")));
+        return;
+    }
+    std::vector<parse_error_st> errors;
+    Operand* field = parse_expression_text(source.c_str(), errors);
+    if (!field || !errors.empty()) {
+        delete field;
+        path.compiler->record_error(10, location);
+        list.own(new Const_String(String("")));
+        return;
+    }
+    list.own(field);
+}
+
+int compile_stmt_textmerge_operator(const statement_iterator&, statement_iterator& it, CompiledCodeCollection* code,
+                                    CodePath& path) {
+    ZO_TRACE();
+    const auto* statement = static_cast<const Stmt_Text*>((it++)->get());
+    const library_command_def_st& textmerge = require_command(path, "textmerge");
+    long long linefeed = statement->no_linefeed ? 0 : 1;
+    std::string text = statement->text.u8str();
+    if (text.empty()) {
+        BorrowedOperands arguments;
+        arguments.own(new_integer(linefeed));
+        compile_call_spec_void_core(statement->location, textmerge, arguments.get(), code, path);
+        return 0;
+    }
+    // SET TEXTMERGE may change at any moment, so the choice is made at run time.
+    AddressLabelRecord* merge = path.compiler->create_addresslabel(String("textmerge on:"));
+    AddressLabelRecord* after = path.compiler->create_addresslabel(String("after textmerge:"));
+    code->push_back(statement->location, new VmOpTestTextmergeOn());
+    code->push_back(statement->location, jump_to<VmOpCondTrueJump>(merge));
+    BorrowedOperands literal;
+    literal.own(new_integer(linefeed));
+    add_literal(text, literal);
+    compile_call_spec_void_core(statement->location, textmerge, literal.get(), code, path);
+    code->push_back(jump_to<VmOpJump>(after));
+    code->push_back(merge);
+    BorrowedOperands merged;
+    merged.own(new_integer(linefeed));
+    create_merge_list(path, statement->location, statement->text, merged);
+    compile_call_spec_void_core(statement->location, textmerge, merged.get(), code, path);
+    code->push_back(after);
+    return 0;
+}
+
+// The lines up to ENDTEXT, joined by line ends.
+String collect_text_lines(const statement_iterator& end, statement_iterator& it) {
+    std::string text;
+    bool first = true;
+    for (; it != end && (*it)->type == STMT_TEXT_LINE; ++it) {
+        if (!first) text += '\n';
+        text += static_cast<const Stmt_Text*>(it->get())->text.u8str();
+        first = false;
+    }
+    if (it != end && (*it)->type == STMT_ENDTEXT) ++it;
+    return String(text.c_str());
+}
+
+long long text_flags(const option_ptr_list& options) {
+    return (options.has("NOSHOW") ? TEXT_NOSHOW : 0) | (options.has("ADDITIVE") ? TEXT_ADDITIVE : 0) |
+           (options.has("TEXTMERGE") ? TEXT_MERGE : 0);
+}
+
+int compile_stmt_text(const statement_iterator& end, statement_iterator& it, CompiledCodeCollection* code,
+                      CodePath& path) {
+    ZO_TRACE();
+    const auto* statement = static_cast<const BasicCommand*>((it++)->get());
+    String text = collect_text_lines(end, it);
+    const library_func_def_st& function = require_function(path, "stackcall_text");
+    const Option* target = statement->options.find("TO");
+    const Option* pretext = statement->options.find("PRETEXT");
+    long long flags = text_flags(statement->options);
+    BorrowedOperands arguments;
+    arguments.own(new_integer(flags));
+    if (pretext) arguments.add(pretext->value.get());
+    else arguments.own(new_null());
+    if (flags & TEXT_MERGE) create_merge_list(path, statement->location, text, arguments);
+    else add_literal(text.u8str(), arguments);
+    const document_location_st& location = statement->location;
+    auto emit_call = [&] {
+        code->push_back(location, new VmOpEspAlloc());
+        code->push_back(location, new VmOpReadConstInteger(flags));
+        if (target && (flags & TEXT_ADDITIVE)) compile_target_argument(target->value.get(), code, path);
+        else code->push_back(location, new VmOpReadConstNull());
+        for (size_t i = 1; i < arguments.size(); ++i) compile_value(arguments.get()->at(i), code, path);
+        code->push_back(location, new VmOpCallNative(function.handler, arguments.size() + 1));
+    };
+    if (target) {
+        compile_assign_with(target->value.get(), emit_call, code, path);
+    } else {
+        emit_call();
+        code->push_back(location, new VmOpEspFree());
+    }
+    return 0;
+}
+
+}  // namespace
+
+void create_merge_list(CodePath& path, const document_location_st& location, const String& text,
+                       BorrowedOperands& list) {
+    std::string source = text.u8str();
+    size_t at = 0;
+    for (;;) {
+        size_t open = source.find("<<", at);
+        size_t close = open == std::string::npos ? open : source.find(">>", open + 2);
+        if (close == std::string::npos) break;
+        if (open > at) add_literal(source.substr(at, open - at), list);
+        add_field(source.substr(open + 2, close - open - 2), location, path, list);
+        at = close + 2;
+    }
+    if (at < source.size()) add_literal(source.substr(at), list);
+}
+
+void register_text_merge_statements(StatementTable& table) {
+    table.add(STMT_TEXT, compile_stmt_text);
+    table.add(STMT_TEXTMERGE, compile_stmt_textmerge_operator);
+}
+
+}  // namespace zobase

@@ -1,0 +1,89 @@
+* A short tour of the language. Run it with `make demo`.
+
+* Variables and expressions: integers, decimals, strings, logicals, money, dates.
+price = $19.99
+quantity = 3
+? "Total:", price * quantity
+? "Area of a circle of radius 2:", round(pi() * 2 ** 2, 4)
+greeting = "Hello" + ", " + "world"
+? greeting, "has", len(greeting), "characters"
+? "Upper case:", upper(greeting)
+due = {^2026-03-01}
+? "Due date:", due, "plus 30 days:", due + 30
+? "Is 7 between 1 and 10?", between(7, 1, 10)
+
+* Functions with parameters, and a recursive one.
+? "5! =", factorial(5)
+? "Hypotenuse of 3 and 4:", hypotenuse(3, 4)
+
+* IF, DO CASE and loops.
+FOR n = 1 TO 15
+  DO CASE
+  CASE n % 15 = 0
+    ?? "FizzBuzz "
+  CASE n % 3 = 0
+    ?? "Fizz "
+  CASE n % 5 = 0
+    ?? "Buzz "
+  OTHERWISE
+    ?? n, ""
+  ENDCASE
+NEXT
+?
+count = 0
+DO WHILE count < 100
+  count = count + 17
+ENDDO
+? "First multiple of 17 past 100:", count
+IF count % 2 = 0
+  ? count, "is even"
+ELSE
+  ? count, "is odd"
+ENDIF
+
+* Arrays.
+DIMENSION squares(5)
+FOR i = 1 TO 5
+  squares[i] = i * i
+NEXT
+sum = 0
+FOR i = 1 TO 5
+  sum = sum + squares[i]
+NEXT
+? "Sum of the first five squares:", sum
+
+* Errors are caught with TRY / CATCH, also when raised deep in a call.
+TRY
+  = divide_checked(1, 0)
+CATCH TO problem
+  ? "Caught error", problem.errorno, "-", problem.message
+FINALLY
+  ? "FINALLY runs either way"
+ENDTRY
+TRY
+  THROW "a value of our own"
+CATCH TO thrown
+  ? "Caught a thrown value:", thrown.uservalue
+ENDTRY
+
+* Text merge: fields in << >> are evaluated.
+TEXT TO report TEXTMERGE NOSHOW
+Order of <<quantity>> items at <<price>> each
+comes to <<price * quantity>>.
+ENDTEXT
+? report
+
+FUNCTION factorial(n)
+IF n <= 1
+  RETURN 1
+ENDIF
+RETURN n * factorial(n - 1)
+
+FUNCTION hypotenuse(a, b)
+RETURN sqrt(a * a + b * b)
+
+FUNCTION divide_checked(a, b)
+IF b = 0
+  ERROR "Division by zero is not allowed"
+ENDIF
+RETURN a / b

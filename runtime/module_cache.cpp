@@ -1,0 +1,110 @@
+#include "runtime/module_cache.h"
+
+#include <filesystem>
+#include <memory>
+#include <system_error>
+
+#include "compiler/module.h"
+#include "runtime/runtime.h"
+#include "runtime/screen.h"
+#include "values/call_trace.h"
+#include "values/error.h"
+#include "vm/vm_stack.h"
+
+namespace zobase {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+bool same_name_ci(const fs::path& a, const fs::path& b) {
+    return Collation::unicode_machine_ci->compare(String(a), String(b)) == 0;
+}
+
+// The directory's entry whose name matches without regard to case.
+bool exists_ci(const fs::path& name, fs::path* found) {
+    std::error_code error;
+    if (fs::is_regular_file(name, error)) {
+        *found = name;
+        return true;
+    }
+    fs::path directory = name.has_parent_path() ? name.parent_path() : fs::path(".");
+    fs::directory_iterator it(directory, error);
+    if (error) return false;
+    for (const fs::directory_entry& entry : it) {
+        if (!same_name_ci(entry.path().filename(), name.filename())) continue;
+        if (!entry.is_regular_file(error)) continue;
+        *found = name.has_parent_path() ? entry.path() : entry.path().filename();
+        return true;
+    }
+    return false;
+}
+
+int64_t last_write_time(const String& path) {
+    return fs::last_write_time(fs::path(path)).time_since_epoch().count();
+}
+
+}  // namespace
+
+ModuleDomain::~ModuleDomain() {
+    for (auto& [name, module] : modules) delete module;
+}
+
+ModuleCache::~ModuleCache() {
+    for (ModuleDomain* domain : in_use_order_) delete domain;
+}
+
+bool find_program_file(const String& name, String* found) {
+    fs::path path(name);
+    fs::path hit;
+    if (exists_ci(path, &hit) || (!path.has_extension() && exists_ci(path.concat(".prg"), &hit))) {
+        *found = String(hit);
+        return true;
+    }
+    return false;
+}
+
+String canonical_path(const String& path) { return String(fs::canonical(fs::path(path))); }
+
+void ModuleCache::forget(std::map<String, ModuleDomain*, StringLessThan_Unicode_Machine>::iterator entry) {
+    in_use_order_.remove(entry->second);
+    delete entry->second;
+    by_path_.erase(entry);
+}
+
+// The standard library's filesystem errors are reported as the generic one.
+const Module* ModuleCache::load_from_disk(VmStack* stack, const String& file, CachePolicy policy) {
+    ZO_TRACE();
+    String found;
+    if (!find_program_file(file, &found)) throw RuntimeError(1, file);
+    try {
+        String path = canonical_path(found);
+        stack->runtime->screen->on_load_module(stack, path);
+        int64_t write_time = last_write_time(path);
+        auto cached = by_path_.find(path);
+        if (cached != by_path_.end()) {
+            ModuleDomain* domain = cached->second;
+            if (policy == CACHE_AS_IS || (policy == CACHE_CHECK_TIME && domain->write_time == write_time))
+                return domain->entry;
+            forget(cached);
+        }
+        auto domain = std::make_unique<ModuleDomain>();
+        domain->path = path;
+        domain->write_time = write_time;
+        domain->entry = compile(stack, path, &domain->modules);
+        domain->modules.try_emplace(path, domain->entry);
+        domain->entry->domain = domain.get();
+        in_use_order_.push_back(domain.get());
+        by_path_.emplace(path, domain.get());
+        return domain.release()->entry;
+    } catch (const fs::filesystem_error& error) {
+        throw RuntimeError(9901, String(error.what()));
+    }
+}
+
+void ModuleCache::add_procedure(VmStack* stack, const String& file) {
+    const Module* module = load_from_disk(stack, file, CACHE_CHECK_TIME);
+    procedures_.insert_or_assign(module->domain->path, const_cast<Module*>(module));
+}
+
+}  // namespace zobase

@@ -1,0 +1,54 @@
+#include "runtime/runtime_resolver.h"
+
+#include "compiler/module.h"
+#include "runtime/module_cache.h"
+#include "runtime/runtime.h"
+#include "values/symtable.h"
+
+namespace zobase {
+
+namespace {
+
+// A loaded program answers to its own functions and, through its main
+// program, to the stem of its file, as DO would call it.
+const UserFunction* find_in_module(const Module& module, uint32_t symbol, const String& name) {
+    if (const UserFunction* function = module.find_function(symbol)) return function;
+    if (module.main && Collation::unicode_machine_ci->compare(file_stem(module.file_name), name) == 0)
+        return module.main;
+    return nullptr;
+}
+
+class RuntimeResolver : public CallResolver {
+public:
+    explicit RuntimeResolver(Runtime* runtime) : runtime_(runtime) {}
+
+    String symbol_text(uint32_t symbol) const override { return runtime_->symbols().resolve(symbol); }
+
+    // No library can be opened yet (SET LIBRARY), so none has functions.
+    const library_function_st* find_library_function(const String&) const override { return nullptr; }
+
+    const UserFunction* find_procedure(uint32_t symbol) const override {
+        for (const auto& [path, module] : runtime_->module_cache().procedures())
+            if (const UserFunction* function = module->find_function(symbol)) return function;
+        return nullptr;
+    }
+
+    const UserFunction* find_loaded_program(uint32_t symbol) const override {
+        String name = symbol_text(symbol);
+        for (const ModuleDomain* domain : runtime_->module_cache().domains())
+            for (const auto& [path, module] : domain->modules)
+                if (const UserFunction* function = find_in_module(*module, symbol, name)) return function;
+        return nullptr;
+    }
+
+private:
+    Runtime* runtime_;
+};
+
+}  // namespace
+
+std::unique_ptr<CallResolver> create_runtime_resolver(Runtime* runtime) {
+    return std::make_unique<RuntimeResolver>(runtime);
+}
+
+}  // namespace zobase

@@ -1,0 +1,39 @@
+* PRIVATE hides the caller's variable until the function returns; PUBLIC
+* stays; LOCAL is seen by its own function only.
+PRIVATE x
+x = "caller"
+= hide()
+? "after hide:", x
+PUBLIC g
+g = "kept"
+= change_public()
+? "public:", g
+= make_public()
+? "made inside:", fresh
+= locals_are_own()
+? "local leaked:", type("secret")
+
+FUNCTION hide
+PRIVATE x
+x = "inner"
+? "inside hide:", x
+= peek()
+RETURN .T.
+
+FUNCTION peek
+? "peek sees:", x
+RETURN .T.
+
+FUNCTION change_public
+g = "changed"
+RETURN .T.
+
+FUNCTION make_public
+PUBLIC fresh
+fresh = 42
+RETURN .T.
+
+FUNCTION locals_are_own
+LOCAL secret
+secret = 1
+RETURN .T.

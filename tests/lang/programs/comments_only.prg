@@ -1,0 +1,1 @@
+* comments only: nothing runs, all is well

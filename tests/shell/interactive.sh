@@ -1,0 +1,31 @@
+#!/bin/sh
+# The prompt loop: a command, an empty line, an error that leaves the prompt
+# standing, QUIT ending the loop, and end of input ending it too.
+zosh=$1
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+cd "$work" || exit 1
+failed=0
+check() { # description, command that must succeed
+  if ! eval "$2"; then echo "FAILED: $1"; failed=1; fi
+}
+
+printf '? 1 + 2\n\n? no_such_variable\n? "after"\nQUIT\n? "not reached"\n' | "$zosh" >out.txt 2>err.txt
+status=$?
+check "QUIT ends with status 0" '[ "$status" = 0 ]'
+check "prompt shows the directory" 'grep -qF "zo $work> " out.txt'
+check "the command ran" 'grep -qx "zo $work> 3" out.txt'
+check "an error is reported" 'grep -q "no_such_variable" err.txt'
+check "the prompt comes back after an error" 'grep -q "after" out.txt'
+check "QUIT stops reading" '! grep -q "not reached" out.txt'
+check "an empty line prompts again" '[ "$(grep -o "zo $work> " out.txt | wc -l)" -ge 5 ]'
+check "the banner names the version" 'grep -q "0.9.2700 (x86_64)" out.txt'
+
+printf '? "last"\n' | "$zosh" >out.txt 2>err.txt
+status=$?
+check "end of input returns 0" '[ "$status" = 0 ]'
+check "the last line ran" 'grep -q "last" out.txt'
+
+"$zosh" </dev/null >out.txt 2>err.txt
+check "closed input at once returns 0" '[ $? = 0 ]'
+exit $failed

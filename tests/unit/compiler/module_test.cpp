@@ -1,0 +1,95 @@
+// Building a whole source file into a module, and linking it.
+#include <gtest/gtest.h>
+
+#include <memory>
+
+#include "compiler/build_input.h"
+#include "compiler/module.h"
+#include "runtime/runtime.h"
+#include "runtime/screen.h"
+#include "values/symtable.h"
+#include "vm/vm_stack.h"
+
+namespace zobase::testing {
+namespace {
+
+class ModuleScreen : public Screen {
+public:
+    std::string output, errors;
+    void internal_out(const String& text) override { output += text.u8str(); }
+    void internal_err(const String& text) override { errors += text.u8str(); }
+};
+
+class ModuleBuildTest : public ::testing::Test {
+protected:
+    ModuleScreen screen;
+    Runtime* runtime = Runtime::create_instance(&screen);
+
+    ~ModuleBuildTest() override { ReleaseRuntime(runtime); }
+
+    std::unique_ptr<Module> build(const char* name, const char* text) {
+        BuildInput input(runtime->get_main_stack());
+        input.import_library(runtime->library());
+        return std::unique_ptr<Module>(input.build_module(String(name), String(text)));
+    }
+    unsigned symbol(const char* name) { return runtime->symbols().symbolize(name); }
+
+    static const VmOp* find_op(const UserFunction* function, uint8_t opcode) {
+        const Program* program = function->program();
+        for (size_t i = 0; i < program->instruction_count(); ++i)
+            if (program->code()[i]->opcode == opcode) return program->code()[i];
+        return nullptr;
+    }
+};
+
+TEST_F(ModuleBuildTest, MainProgramCallsALaterFunctionDirectly) {
+    auto module = build("/src/main.prg", "x = later(1)\nFUNCTION later(n)\nRETURN n + 1\n");
+    ASSERT_NE(module->main, nullptr);
+    EXPECT_EQ(module->entry, module->main);
+    const UserFunction* later = module->find_function(symbol("LATER"));
+    ASSERT_NE(later, nullptr);
+    const auto* call = static_cast<const VmOpCallUserFunction*>(find_op(module->main, OP_CALL_USER_FUNCTION));
+    ASSERT_NE(call, nullptr) << "the call was linked to the function";
+    EXPECT_EQ(call->function, later);
+    EXPECT_EQ(call->n, 1u);
+    EXPECT_EQ(find_op(module->main, OP_UNRESOLVED_CALL), nullptr);
+}
+
+TEST_F(ModuleBuildTest, UnknownCallsGoByNameAndEmptyFunctionsAreNotDefined) {
+    auto module = build("/src/calls.prg", "? elsewhere()\nFUNCTION empty\nFUNCTION other\nRETURN 1\n");
+    EXPECT_NE(find_op(module->main, OP_CALL_BY_NAME), nullptr);
+    EXPECT_EQ(module->find_function(symbol("empty")), nullptr);
+    EXPECT_NE(module->find_function(symbol("other")), nullptr);
+}
+
+TEST_F(ModuleBuildTest, FunctionsOnlyFileRunsTheFunctionNamedByItsStem) {
+    auto module = build("/src/Tool.prg", "FUNCTION helper\nRETURN 1\nPROCEDURE tool\n? helper()\nENDPROC\n");
+    EXPECT_EQ(module->main, nullptr);
+    ASSERT_NE(module->entry, nullptr);
+    EXPECT_EQ(module->entry, module->find_function(symbol("TOOL")));
+}
+
+TEST_F(ModuleBuildTest, CommentsOnlyGiveNoMainAndNoEntry) {
+    auto module = build("/src/notes.prg", "* a comment\n&& another\n");
+    EXPECT_EQ(module->main, nullptr);
+    EXPECT_EQ(module->entry, nullptr);
+}
+
+TEST_F(ModuleBuildTest, AllErrorsArePrintedAndTheFirstIsRaised) {
+    try {
+        build("/src/bad.prg", "? 1 +\nENDIF\n? (\n");
+        FAIL() << "the build succeeded";
+    } catch (const RuntimeError& error) {
+        EXPECT_EQ(error.number, 10);
+    }
+    size_t first = screen.errors.find("line 1");
+    size_t second = screen.errors.find("line 2");
+    size_t third = screen.errors.find("line 3");
+    EXPECT_NE(first, std::string::npos) << screen.errors;
+    EXPECT_NE(second, std::string::npos) << screen.errors;
+    EXPECT_NE(third, std::string::npos) << screen.errors;
+    EXPECT_NE(screen.errors.find("/src/bad.prg"), std::string::npos);
+}
+
+}  // namespace
+}  // namespace zobase::testing

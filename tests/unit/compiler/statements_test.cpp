@@ -1,0 +1,165 @@
+// Statement compilation checked on the code it yields, and by running it.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <memory>
+#include <string>
+
+#include "../runtime/runtime_test_support.h"
+#include "compiler/build_input.h"
+#include "compiler/module.h"
+#include "compiler/statements.h"
+#include "values/symtable.h"
+#include "vm/try_scope.h"
+#include "vm/user_function.h"
+#include "vm/vm_stack.h"
+
+namespace zobase::testing {
+namespace {
+
+class StatementsTest : public ::testing::Test {
+protected:
+    CaptureScreen screen;
+    Runtime* runtime = Runtime::create_instance(&screen);
+    VmStack* stack = runtime->get_main_stack();
+    std::unique_ptr<BuildInput> input;
+
+    ~StatementsTest() override { ReleaseRuntime(runtime); }
+
+    BuildInput& fresh_input() {
+        input = std::make_unique<BuildInput>(stack);
+        input->import_library(runtime->library());
+        return *input;
+    }
+
+    std::unique_ptr<Program> command(const std::string& text) {
+        return std::unique_ptr<Program>(fresh_input().build_command(String(text.c_str())));
+    }
+
+    // The error numbers a build recorded, in order.
+    std::vector<int> errors_of(const std::string& text) {
+        BuildInput& build = fresh_input();
+        try {
+            delete build.build_command(String(text.c_str()));
+        } catch (const RuntimeError&) {
+        }
+        std::vector<int> numbers;
+        for (const diagnostic_st& diagnostic : build.diagnostics) numbers.push_back(diagnostic.number);
+        return numbers;
+    }
+
+    std::string run(const std::string& text) {
+        screen.output.clear();
+        runtime->run_command(String(text.c_str()));
+        return screen.output;
+    }
+
+    static size_t count_ops(const Program& program, uint8_t opcode) {
+        size_t n = 0;
+        for (size_t i = 0; i < program.instruction_count(); ++i) n += program.code()[i]->opcode == opcode;
+        return n;
+    }
+};
+
+TEST_F(StatementsTest, StoreEvaluatesItsValueOnce) {
+    auto program = command("STORE nextval() TO a, b, c\n");
+    EXPECT_EQ(count_ops(*program, OP_CALL_BY_NAME), 1u);
+    EXPECT_EQ(count_ops(*program, OP_CALL_NATIVE), 3u);  // one "store" per target
+    EXPECT_EQ(run("STORE 7 TO a, b\n? a, b\n"), "7 7\n");
+}
+
+TEST_F(StatementsTest, StoreFillsAnArrayTarget) {
+    EXPECT_EQ(run("DIMENSION q(3)\nSTORE 5 TO q\n? q[1] + q[2] + q[3]\n"), "15\n");
+}
+
+TEST_F(StatementsTest, ForLimitAndStepAreReadOnce) {
+    auto program = command("n = 3\nFOR i = 1 TO n * 1\nn = 10\nENDFOR\n");
+    EXPECT_EQ(count_ops(*program, OP_BINARY_MUL), 1u);
+    EXPECT_EQ(run("n = 3\nk = 0\nFOR i = 1 TO n\nn = 10\nk = k + 1\nENDFOR\n? k, i\n"), "3 4\n");
+}
+
+TEST_F(StatementsTest, LoopInForAppliesTheStepOnce) {
+    auto program = command("FOR i = 1 TO 9 STEP 2\nLOOP\nENDFOR\n");
+    EXPECT_EQ(count_ops(*program, OP_READ_ADD_WRITE), 2u);  // LOOP and NEXT each step once
+    EXPECT_EQ(run("s = 0\nFOR i = 1 TO 9 STEP 2\nIF i = 3\nLOOP\nENDIF\ns = s + i\nENDFOR\n? s\n"), "22\n");
+}
+
+TEST_F(StatementsTest, SelfAddCompilesToOneReadAddWrite) {
+    EXPECT_EQ(count_ops(*command("x = 1\nX = x + 1\n"), OP_READ_ADD_WRITE), 1u);
+    EXPECT_EQ(count_ops(*command("x = 1\nx = 1 + x\n"), OP_READ_ADD_WRITE), 0u);
+}
+
+TEST_F(StatementsTest, StrayClosersAreRecordedAndLaterLinesStillCompile) {
+    EXPECT_EQ(errors_of("ENDIF\nx = (\n"), (std::vector<int>{1211, 10}));
+    EXPECT_EQ(errors_of("IF .T.\nx = 1\n"), (std::vector<int>{1211}));
+    EXPECT_EQ(errors_of("ELSE\n"), (std::vector<int>{1211}));
+    EXPECT_EQ(errors_of("EXIT\nLOOP\nENDDO\nNEXT\n"), (std::vector<int>{96, 96, 96, 96}));
+    EXPECT_EQ(errors_of("ENDWITH\n"), (std::vector<int>{1940}));
+    EXPECT_EQ(errors_of("DO CASE\nCASE .T.\n"), (std::vector<int>{10}));
+}
+
+TEST_F(StatementsTest, EnddoInsideAnIfJumpsButEndsNothing) {
+    std::vector<int> errors = errors_of("DO WHILE .T.\nIF .T.\nENDDO\n");
+    EXPECT_EQ(errors, (std::vector<int>{1211, 96}));
+    EXPECT_EQ(run("x = 0\nDO WHILE x < 3\nIF .T.\nx = x + 1\nENDIF\nENDDO\n? x\n"), "3\n");
+}
+
+TEST_F(StatementsTest, PrivatePatternBecomesARegularExpression) {
+    EXPECT_EQ(compile_private_rx_pattern(String("a*.b")), "^a.*.b$");
+    EXPECT_EQ(compile_private_rx_pattern(String("x?")), "^x.$");
+    EXPECT_EQ(compile_private_rx_pattern(String("")), "^$");
+}
+
+TEST_F(StatementsTest, TryRegionAndCatchTargetsAreResolved) {
+    auto program = command("TRY\nx = 1\nCATCH TO e WHEN e.errorno = 12\nx = 2\nCATCH\nx = 3\nENDTRY\n");
+    const VmOpTryEnter* scope = nullptr;
+    for (size_t i = 0; i < program->instruction_count(); ++i)
+        if (program->code()[i]->opcode == OP_TRY_ENTER) scope = static_cast<const VmOpTryEnter*>(program->code()[i]);
+    ASSERT_NE(scope, nullptr);
+    EXPECT_EQ(scope->region_start, 0u);
+    EXPECT_LT(scope->region_end, scope->catches[0].target);
+    ASSERT_EQ(scope->catches.size(), 2u);
+    EXPECT_NE(scope->catches[0].filter, nullptr);
+    EXPECT_EQ(scope->catches[1].filter, nullptr);  // no WHEN: no filter to run
+    EXPECT_EQ(program->code()[scope->catches[0].target]->opcode, OP_RESET_ESP);
+    EXPECT_LE(scope->catches[1].target, program->instruction_count());
+}
+
+TEST_F(StatementsTest, TextMergeFieldsAndEmptyField) {
+    EXPECT_EQ(run("x = 6\nTEXT TO t TEXTMERGE NOSHOW\na<<x * 7>>b<<>>c\nline 2\nENDTEXT\n? t\n"),
+              "a42bc\nline 2\n");
+    EXPECT_EQ(errors_of("TEXT TO t TEXTMERGE NOSHOW\n<<1 +>>\nENDTEXT\n"), (std::vector<int>{10}));
+}
+
+TEST_F(StatementsTest, TextmergeLinesTestTheSettingAtRunTime) {
+    EXPECT_EQ(run("x = 1\n\\v=<<x>>\n"), "v=<<x>>\n");
+    EXPECT_EQ(run("SET TEXTMERGE ON\nx = 1\n\\v=<<x>>\n\\\\a\n\\\\b\n"), "v=1\nab");
+    EXPECT_EQ(run("SET TEXTMERGE ON NOSHOW\nSET TEXTMERGE TO MEMVAR m\n\\one\n\\\\two\n? m\n"), "one\ntwo\n");
+}
+
+TEST_F(StatementsTest, DoCaseTakesTheFirstTrueBranchOnly) {
+    EXPECT_EQ(run("x = 2\nDO CASE\nCASE x = 1\n? 'a'\nCASE x = 2\n? 'b'\nCASE x > 1\n? 'c'\n"
+                  "OTHERWISE\n? 'd'\nENDCASE\n"),
+              "b\n");
+    EXPECT_EQ(run("DO CASE\nCASE .F.\n? 'a'\nOTHERWISE\n? 'd'\nENDCASE\n"), "d\n");
+}
+
+TEST_F(StatementsTest, ExitLeavesTheInnermostLoopOnly) {
+    EXPECT_EQ(run("n = 0\nFOR i = 1 TO 3\nFOR j = 1 TO 3\nIF j = 2\nEXIT\nENDIF\nn = n + 1\nNEXT\nNEXT\n? n\n"),
+              "3\n");
+}
+
+TEST_F(StatementsTest, FunctionLocalsGoBySlot) {
+    Module* module = fresh_input().build_module(
+        String("m"), String("FUNCTION f\nLOCAL i, s\ns = 0\nFOR i = 1 TO 3\ns = s + i\nENDFOR\nRETURN s\n"));
+    std::unique_ptr<Module> owned(module);
+    const UserFunction* f = module->find_function(runtime->symbols().symbolize("f"));
+    ASSERT_NE(f, nullptr);
+    const Program& program = *f->program();
+    EXPECT_EQ(count_ops(program, OP_READ_ADD_WRITE_LOCAL), 2u);
+    EXPECT_EQ(count_ops(program, OP_READ_ADD_WRITE), 0u);
+    EXPECT_EQ(count_ops(program, OP_WRITE_MEMVAR_BY_NAME), 0u);
+}
+
+}  // namespace
+}  // namespace zobase::testing

@@ -1,0 +1,213 @@
+// Run-time error handling: the error list, the search for a TRY handler,
+// and the report and dialog for errors that nothing catches.
+#include "vm/error_handling.h"
+
+#include <cstdio>
+#include <string>
+
+#include "compiler/module.h"
+#include "objects/exception_object.h"
+#include "runtime/runtime.h"
+#include "runtime/screen.h"
+#include "values/call_trace.h"
+#include "vm/program.h"
+#include "vm/try_scope.h"
+#include "vm/vm_run.h"
+
+namespace zobase {
+
+Error::Error(const Error& other) {
+    for (int i = 0; i < 7; ++i) values[i].set_variant(&other.values[i]);
+}
+
+Error::~Error() {
+    for (Variant& value : values) value.release(nullptr);
+}
+
+void VmStack::error(const Error& row) {
+    errors.clear();
+    errors.push_back(row);
+}
+
+void enter_try_scope(VmFrame* frame, const VmOpTryEnter* scope) {
+    for (try_scope_st* entry = frame->try_scopes; entry; entry = entry->next)
+        if (entry->scope == scope) return;
+    frame->try_scopes = new try_scope_st{scope, frame->try_scopes};
+}
+
+void free_try_scopes(VmFrame* frame) {
+    while (try_scope_st* entry = frame->try_scopes) {
+        frame->try_scopes = entry->next;
+        delete entry;
+    }
+}
+
+void enter_handler(VmStack* stack, VmFrame* frame, const Variant& value, unsigned symbol,
+                   long long position) {
+    if (symbol) {
+        Memvar* var;
+        stack->alloc_undefined_memvar(symbol, &var);
+        var->release(stack);
+        var->set_variant(&value);
+    }
+    frame->ip = const_cast<VmOp**>(frame->program->code()) + position;
+}
+
+namespace {
+
+uint64_t position_in(const VmFrame* frame) {
+    return static_cast<uint64_t>(frame->ip - frame->program->code());
+}
+
+// The filter sees the caught value as its one local, passed as its argument.
+bool filter_accepts(VmStack* stack, const Program* filter, const Variant* value) {
+    if (!filter) return true;
+    Memvar* argument_top = stack->esp;
+    size_t argc = 0;
+    if (filter->frame_size() == 1) {
+        Memvar* argument = stack->push();
+        argument->set_variant(value);
+        argument->kind = MEMVAR_LOCAL;
+        argc = 1;
+    }
+    Variant result;
+    try {
+        execute_program(stack, argc, false, filter, &result);
+    } catch (...) {
+        stack->pop_to(argument_top);
+        throw;
+    }
+    stack->pop_to(argument_top);
+    bool accepted = result.follow()->tag == TAG_TRUE;
+    result.release(stack);
+    return accepted;
+}
+
+// Where a frame stands in its source, for the report and the trace.
+struct frame_place_st {
+    std::string module;
+    uint32_t line = 0;
+    uint32_t column = 0;
+    std::string program;
+};
+
+frame_place_st place_of(const VmFrame* frame) {
+    frame_place_st place;
+    const Program* program = frame->program;
+    if (program->module) place.module = program->module->file_name.u8str();
+    document_location_st location;
+    if (program->location_of(position_in(frame), &location)) {
+        place.line = location.start.line;
+        place.column = location.start.column;
+    }
+    place.program = program->name.size() == 0 ? "<anonymous>" : program->name.u8str();
+    return place;
+}
+
+std::string printf_text(const char* format, auto... arguments) {
+    char buffer[4096];
+    std::snprintf(buffer, sizeof buffer, format, arguments...);
+    return buffer;
+}
+
+void report_error(Screen* screen, const RuntimeError& error, const VmFrame* frame) {
+    frame_place_st place = place_of(frame);
+    screen->errendl(String(printf_text("%s %d - %s", "(Runtime error)", error.number,
+                                       error.message.u8str().c_str()).c_str()));
+    screen->errendl(String(printf_text(" in %s, line %d, column %d, program %s",
+                                       place.module.c_str(), static_cast<int>(place.line),
+                                       static_cast<int>(place.column), place.program.c_str())
+                               .c_str()));
+    screen->flush();
+}
+
+void print_stack_trace(Screen* screen, const VmFrame* newest) {
+    screen->errendl(String("(Stack trace)"));
+    for (const VmFrame* frame = newest; frame; frame = frame->previous) {
+        frame_place_st place = place_of(frame);
+        screen->errendl(String(printf_text(" #%03llu in %s, line %u, column %u, program %s",
+                                           static_cast<unsigned long long>(frame->depth),
+                                           place.module.c_str(), place.line, place.column,
+                                           place.program.c_str())
+                                   .c_str()));
+    }
+    screen->flush();
+}
+
+// Retry: back to the first instruction of the failing statement.
+void rewind_to_statement_start(VmFrame* frame) {
+    VmOp* const* code = frame->program->code();
+    uint64_t statement = (*frame->ip)->statement;
+    while (frame->ip > code && (*(frame->ip - 1))->statement == statement) --frame->ip;
+}
+
+// Ignore: on to the next statement. The last instruction is as far as it
+// goes, so the frame never runs past its code.
+void skip_to_next_statement(VmFrame* frame) {
+    VmOp* const* last = frame->program->code() + frame->program->instruction_count() - 1;
+    uint64_t statement = (*frame->ip)->statement;
+    while (frame->ip < last && (*frame->ip)->statement == statement) ++frame->ip;
+}
+
+void fill_exception_object(const RuntimeError& error, Variant* dest) {
+    ExceptionObject* object = create_exception_object(dest);
+    object->error_no.set_integer(error.number);
+    object->message.set_string(error.message);
+    object->detail.set_string(error.parameter);
+}
+
+}  // namespace
+
+bool VmStack::find_handler(Variant* value, const VmFrame** handler_frame, long long* position,
+                           unsigned int* symbol) {
+    ZO_TRACE();
+    for (VmFrame* walked = frame; walked; walked = walked->previous) {
+        uint64_t at = position_in(walked);
+        for (try_scope_st* entry = walked->try_scopes; entry; entry = entry->next) {
+            if (!entry->scope->covers(at)) continue;
+            for (const catch_record_st& record : entry->scope->catches) {
+                if (!filter_accepts(this, record.filter.get(), value)) continue;
+                *handler_frame = walked;
+                *position = static_cast<long long>(record.target);
+                *symbol = record.symbol;
+                return true;
+            }
+        }
+    }
+    return false;
+}
+
+// A DebugHook with no debugger connected answers -1, and the default hook
+// never has one, so the debugger's answer plays no part here.
+RuntimeErrorRecovery VmStack::handle_exception(how_to_handle_st& how) {
+    ZO_TRACE();
+    Error row;
+    row.values[0].set_integer(last_error.number);
+    row.values[1].set_string(last_error.message);
+    row.values[2].set_string(last_error.parameter);
+    error(row);
+
+    fill_exception_object(last_error, &how.exception);
+    if (find_handler(&how.exception, &how.frame, &how.position, &how.symbol))
+        return RECOVERY_HANDLER_FOUND;
+
+    // Text run by run_command belongs to no module: the host reports it.
+    if (!frame->program->module || !runtime || !runtime->screen) return RECOVERY_ABANDON_FRAME;
+    Screen* screen = runtime->screen;
+    report_error(screen, last_error, frame);
+    switch (screen->msgbox(String(""), String(""), ERROR_DIALOG_BUTTONS, MSGBOX_ABORT, 1)) {
+    case MSGBOX_ABORT:
+        print_stack_trace(screen, frame);
+        return RECOVERY_ABANDON_FRAME;
+    case MSGBOX_RETRY:
+        rewind_to_statement_start(frame);
+        return RECOVERY_CONTINUE;
+    case MSGBOX_IGNORE:
+        skip_to_next_statement(frame);
+        return RECOVERY_CONTINUE;
+    default:
+        throw assert_failed_exception("unknown answer of the error dialog");
+    }
+}
+
+}  // namespace zobase
