@@ -10,7 +10,7 @@ const library_command_row_st core_command_rows[] = {
     {"assert", "LC", void_stackcall_assert},
     {"browse", "", command_not_available<"browse">},
     {"begin_transaction", "", command_not_available<"begin_transaction">},
-    {"cancel", "", command_not_available<"cancel">},
+    {"cancel", "", void_stackcall_cancel},
     {"cd", "C", command_not_available<"cd">},
     {"clear", "", command_not_available<"clear">},
     {"continue", "", command_not_available<"continue">},
@@ -23,7 +23,7 @@ const library_command_row_st core_command_rows[] = {
     {"delete_tag", "C", command_not_available<"delete_tag">},
     {"display_structure", "", command_not_available<"display_structure">},
     {"drop_columns", "CC+", command_not_available<"drop_columns">},
-    {"do", "CC?.?|.?$+", command_not_available<"do">},
+    {"do", "CC?.?|.?$+", void_stackcall_do},
     {"drop_table", "C", command_not_available<"drop_table">},
     {"echo", "|.?+", void_stackcall_echo},
     {"echo_linefeed", "|.?+", void_stackcall_echo_linefeed},
@@ -41,7 +41,7 @@ const library_command_row_st core_command_rows[] = {
     {"modify_command", "C", command_not_available<"modify_command">},
     {"pack", "", command_not_available<"pack">},
     {"private", "CC", command_not_available<"private">},
-    {"quit", "", command_not_available<"quit">},
+    {"quit", "", void_stackcall_quit},
     {"recall_record", "", command_not_available<"recall_record">},
     {"reindex", "", command_not_available<"reindex">},
     {"rename_table", "CC", command_not_available<"rename_table">},
@@ -79,7 +79,7 @@ const library_command_row_st core_command_rows[] = {
     {nullptr, nullptr, nullptr},
 };
 
-// Option specs by the grammar's command id. add_columns, create_table, declare,
+// Option lists by the grammar's command id. add_columns, create_table, declare,
 // drop_columns, echo, echo_linefeed, private and textmerge have none: their
 // compile routines assemble the arguments.
 const command_options_row_st core_command_options[] = {

@@ -80,10 +80,13 @@ void stackcall_text(VmStack* stack, unsigned long long argc, Variant* result);
 void stackcall_upper(VmStack* stack, unsigned long long argc, Variant* result);
 void stackcall_vartype(VmStack* stack, unsigned long long argc, Variant* result);
 
+void void_stackcall_cancel(VmStack* stack, unsigned long long argc);
+void void_stackcall_do(VmStack* stack, unsigned long long argc);
 void void_stackcall_echo(VmStack* stack, unsigned long long argc);
 void void_stackcall_echo_linefeed(VmStack* stack, unsigned long long argc);
 void void_stackcall_set_textmerge_to(VmStack* stack, unsigned long long argc);
 void void_stackcall_textmerge(VmStack* stack, unsigned long long argc);
+void void_stackcall_quit(VmStack* stack, unsigned long long argc);
 
 // System variables: the platform flags read, every other access is 1001.
 void sysvar_windows(VmStack* stack, unsigned long long argc, Variant* result);

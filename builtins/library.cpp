@@ -177,7 +177,7 @@ String read_option_name(const char*& p) {
     skip_blanks(p);
     const char* begin = p;
     while (is_name_char(*p)) ++p;
-    if (p == begin) throw assert_failed_exception("option name expected in an option spec");
+    if (p == begin) throw assert_failed_exception("option name expected in an option list");
     String name = String::fromBytes(begin, static_cast<size_t>(p - begin), Charset::utf8);
     skip_blanks(p);
     return name;
@@ -190,7 +190,7 @@ option_item_st read_flag_group(const char*& p) {
     for (uint32_t position = 0;; ++position) {
         item.flags.emplace(read_option_name(p), position);
         if (*p == ')') break;
-        if (*p != ',') throw assert_failed_exception("unclosed flag group in an option spec");
+        if (*p != ',') throw assert_failed_exception("unclosed flag group in an option list");
         ++p;
     }
     ++p;
@@ -211,16 +211,16 @@ option_item_st read_named_option(const char*& p) {
 
 }  // namespace
 
-std::vector<option_item_st> parse_command_options(const char* spec) {
+std::vector<option_item_st> parse_command_options(const char* options) {
     std::vector<option_item_st> items;
-    const char* p = spec;
+    const char* p = options;
     skip_blanks(p);
     if (!*p) return items;
     for (;;) {
         skip_blanks(p);
         items.push_back(*p == '(' ? read_flag_group(p) : read_named_option(p));
         if (!*p) return items;
-        if (*p != ',') throw assert_failed_exception("unexpected character in an option spec");
+        if (*p != ',') throw assert_failed_exception("unexpected character in an option list");
         ++p;
     }
 }

@@ -8,8 +8,8 @@
 //   library.find_compile_hook("substr")  -> the hook refining the result's static type
 //   library.find_command("use")          -> the `use` command definition
 //   library.find_variable_reader("_unix"), find_variable_writer(...)
-//   find_command_options(113)            -> the option spec row of a command id
-//   parse_basic_command(row)             -> that spec as a basic_command_st
+//   find_command_options(113)            -> the option row of a command id
+//   parse_basic_command(row)             -> its option list as a basic_command_st
 // Each answers null (or false) for an unknown name.
 #include <algorithm>
 #include <cstddef>
@@ -175,7 +175,7 @@ enum OptionItemKind : char {
 
 struct option_item_st {
     char kind = OPTION_NAMED;
-    bool optional = true;  // the spec never makes an option compulsory
+    bool optional = true;  // an option list never makes an option compulsory
     String name;           // empty for a group
     std::map<String, uint32_t, NameLess> flags;  // flag name -> bit position, groups only
 };
@@ -186,15 +186,15 @@ struct basic_command_st {
     std::vector<option_item_st> items;
 };
 
-// One row of the option spec table, keyed by the grammar's command id.
+// One row of the option table, keyed by the grammar's command id.
 struct command_options_row_st {
     int32_t id;
     const char* name;
     const char* options;
 };
 
-// Parses an option spec; a malformed spec raises assert_failed_exception.
-std::vector<option_item_st> parse_command_options(const char* spec);
+// Parses an option list; a malformed one raises assert_failed_exception.
+std::vector<option_item_st> parse_command_options(const char* options);
 // The option row of a command id, or null: eight commands assemble their own arguments.
 const command_options_row_st* find_command_options(int32_t id);
 basic_command_st parse_basic_command(const command_options_row_st& row);

@@ -17,7 +17,7 @@ namespace {
 
 enum TextFlags : long long { TEXT_NOSHOW = 1, TEXT_ADDITIVE = 2 };
 
-// Flag bits of SET TEXTMERGE in the order of its option spec.
+// Flag bits of SET TEXTMERGE in the order of its option list.
 enum SetTextmergeFlags : long long {
     SET_TEXTMERGE_ON = 1,
     SET_TEXTMERGE_OFF = 2,

@@ -528,8 +528,10 @@ bool constant_fits(const formal_st& formal, const compiler_type_info_st& actual)
     return (wanted == FORMAL_DATE || wanted == FORMAL_DATETIME) && (have == FORMAL_DATE || have == FORMAL_DATETIME);
 }
 
+// A variable or path can pass by reference; parentheses make it a value.
 bool addressable(const Operand* operand) {
     if (operand->kind == OPERAND_REFERENCE) operand = static_cast<const Operand_Reference*>(operand)->inner.get();
+    else if (operand->parenthesized) return false;
     return operand->kind == OPERAND_VARIABLE || operand->kind == OPERAND_PATH;
 }
 
@@ -595,6 +597,7 @@ void __compiletime_compact_constexpr(const Operand* operand, CompiledCodeCollect
     }
     Variant value;
     if (!____compiletime_eval_constexpr(operand->location, &scratch, path, &value)) {
+        value.release(path.compiler->stack);
         code->push_back(operand->location, new VmOpReadConstNull());
         return;
     }
@@ -800,11 +803,15 @@ void compile_call_pass_parameters(const document_location_st& location, const fu
     size_t count = operands->size();
     if (count < signature.required || (count > signature.formals.size() && !signature.variadic))
         path.compiler->record_error(11, location);
+    // Sized once: copying a Variant takes a reference that nothing would give back.
+    if (argument_types) argument_types->assign(count, fresh_type());
+    if (constant_values) constant_values->resize(count);
     for (size_t i = 0; i < count; ++i) {
         const Operand* operand = operands->at(i);
         const formal_st& formal = i < signature.formals.size() ? signature.formals[i] : signature.variadic_formal;
         compiler_type_info_st actual = fresh_type();
-        Variant constant;
+        Variant unused;
+        Variant& constant = constant_values ? (*constant_values)[i] : unused;
         bool by_reference = formal.by_reference || (formal.reference_if_possible && addressable(operand));
         if (by_reference) {
             if (formal.may_create && operand->kind == OPERAND_VARIABLE)
@@ -819,8 +826,8 @@ void compile_call_pass_parameters(const document_location_st& location, const fu
             }
             compile_cast_to_formal(operand->location, formal, actual, code);
         }
-        if (argument_types) argument_types->push_back(actual);
-        if (constant_values) constant_values->push_back(constant);
+        if (argument_types) (*argument_types)[i] = actual;
+        unused.release(path.compiler->stack);
     }
 }
 

@@ -41,6 +41,19 @@ void compile_target_argument(const Operand* target, CompiledCodeCollection* code
 // A read of a compiler-made variable.
 void compile_read_temp(const Operand_Variable* temp, CompiledCodeCollection* code, CodePath& path);
 
+// Constants that statement routines pass to the built-ins they call.
+inline Const_Value* new_integer_constant(long long value) {
+    auto* constant = new Const_Value();
+    constant->value.set_integer(value);
+    return constant;
+}
+// The absent placeholder: a handler sees a clause that wasn't given as null.
+inline Const_Value* new_null_constant() {
+    auto* constant = new Const_Value();
+    constant->value.set_null();
+    return constant;
+}
+
 // An argument list that lends its operands: it never deletes them.
 class BorrowedOperands {
 public:

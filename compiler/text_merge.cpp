@@ -16,26 +16,14 @@ namespace {
 // Bits of the first argument of stackcall_text.
 enum TextFlags : long long { TEXT_NOSHOW = 1, TEXT_ADDITIVE = 2, TEXT_MERGE = 4 };
 
-Const_Value* new_integer(long long value) {
-    auto* constant = new Const_Value();
-    constant->value.set_integer(value);
-    return constant;
-}
-
-Const_Value* new_null() {
-    auto* constant = new Const_Value();
-    constant->value.set_null();
-    return constant;
-}
-
 void add_literal(const std::string& text, BorrowedOperands& list) {
-    list.own(new_integer(0));
+    list.own(new_integer_constant(0));
     list.own(new Const_String(String(text.c_str())));
 }
 
 void add_field(const std::string& source, const document_location_st& location, CodePath& path,
                BorrowedOperands& list) {
-    list.own(new_integer(1));
+    list.own(new_integer_constant(1));
     if (source.find_first_not_of(" \t") == std::string::npos) {
         list.own(new Const_String(String("")));
         return;
@@ -60,7 +48,7 @@ int compile_stmt_textmerge_operator(const statement_iterator&, statement_iterato
     std::string text = statement->text.u8str();
     if (text.empty()) {
         BorrowedOperands arguments;
-        arguments.own(new_integer(linefeed));
+        arguments.own(new_integer_constant(linefeed));
         compile_call_spec_void_core(statement->location, textmerge, arguments.get(), code, path);
         return 0;
     }
@@ -70,13 +58,13 @@ int compile_stmt_textmerge_operator(const statement_iterator&, statement_iterato
     code->push_back(statement->location, new VmOpTestTextmergeOn());
     code->push_back(statement->location, jump_to<VmOpCondTrueJump>(merge));
     BorrowedOperands literal;
-    literal.own(new_integer(linefeed));
+    literal.own(new_integer_constant(linefeed));
     add_literal(text, literal);
     compile_call_spec_void_core(statement->location, textmerge, literal.get(), code, path);
     code->push_back(jump_to<VmOpJump>(after));
     code->push_back(merge);
     BorrowedOperands merged;
-    merged.own(new_integer(linefeed));
+    merged.own(new_integer_constant(linefeed));
     create_merge_list(path, statement->location, statement->text, merged);
     compile_call_spec_void_core(statement->location, textmerge, merged.get(), code, path);
     code->push_back(after);
@@ -111,9 +99,9 @@ int compile_stmt_text(const statement_iterator& end, statement_iterator& it, Com
     const Option* pretext = statement->options.find("PRETEXT");
     long long flags = text_flags(statement->options);
     BorrowedOperands arguments;
-    arguments.own(new_integer(flags));
+    arguments.own(new_integer_constant(flags));
     if (pretext) arguments.add(pretext->value.get());
-    else arguments.own(new_null());
+    else arguments.own(new_null_constant());
     if (flags & TEXT_MERGE) create_merge_list(path, statement->location, text, arguments);
     else add_literal(text.u8str(), arguments);
     const document_location_st& location = statement->location;

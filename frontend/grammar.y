@@ -765,7 +765,7 @@ power_level:
   | power_level ws '^' ws operand                 { $$ = grammar_binary(BINARY_POW, $1, $5, @$); }
   ;
 operand:
-    '(' ws expression ws ')'                      { $$ = $3; }
+    '(' ws expression ws ')'                      { $$ = $3; $$->parenthesized = true; }
   | '-' ws operand %dprec 1                       { $$ = grammar_unary(UNARY_NEG, $3, @$); }
   | '+' ws operand                                { $$ = grammar_unary(UNARY_PLUS, $3, @$); }
   | literal %dprec 3                              { $$ = $1; $$->location = @$; }

@@ -172,6 +172,7 @@ class Operand {
 public:
     int32_t kind;
     document_location_st location{};
+    bool parenthesized = false;  // written in parentheses: a value, never a reference
 
     explicit Operand(int32_t k) : kind(k) {}
     virtual ~Operand();

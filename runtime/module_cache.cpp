@@ -52,6 +52,7 @@ ModuleDomain::~ModuleDomain() {
 
 ModuleCache::~ModuleCache() {
     for (ModuleDomain* domain : in_use_order_) delete domain;
+    for (ModuleDomain* domain : retired_) delete domain;
 }
 
 bool find_program_file(const String& name, String* found) {
@@ -66,9 +67,9 @@ bool find_program_file(const String& name, String* found) {
 
 String canonical_path(const String& path) { return String(fs::canonical(fs::path(path))); }
 
-void ModuleCache::forget(std::map<String, ModuleDomain*, StringLessThan_Unicode_Machine>::iterator entry) {
+void ModuleCache::retire(std::map<String, ModuleDomain*, StringLessThan_Unicode_Machine>::iterator entry) {
     in_use_order_.remove(entry->second);
-    delete entry->second;
+    retired_.push_back(entry->second);
     by_path_.erase(entry);
 }
 
@@ -86,7 +87,7 @@ const Module* ModuleCache::load_from_disk(VmStack* stack, const String& file, Ca
             ModuleDomain* domain = cached->second;
             if (policy == CACHE_AS_IS || (policy == CACHE_CHECK_TIME && domain->write_time == write_time))
                 return domain->entry;
-            forget(cached);
+            retire(cached);
         }
         auto domain = std::make_unique<ModuleDomain>();
         domain->path = path;
@@ -96,6 +97,9 @@ const Module* ModuleCache::load_from_disk(VmStack* stack, const String& file, Ca
         domain->entry->domain = domain.get();
         in_use_order_.push_back(domain.get());
         by_path_.emplace(path, domain.get());
+        // A SET PROCEDURE module that was compiled again is reached in its new form.
+        auto procedure = procedures_.find(path);
+        if (procedure != procedures_.end()) procedure->second = domain->entry;
         return domain.release()->entry;
     } catch (const fs::filesystem_error& error) {
         throw RuntimeError(9901, String(error.what()));

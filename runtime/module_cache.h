@@ -34,8 +34,9 @@ struct ModuleDomain {
     ModuleDomain& operator=(const ModuleDomain&) = delete;
 };
 
-// Compiles a source file into a module, entering it and what it imports in
-// `modules`; the compiler's own driver by default.
+// Compiles a source file into a module; what it imports goes into `modules`,
+// and the cache enters the result there itself. The compiler's own driver by
+// default; tests count compiles through it.
 typedef Module* (*module_compile_fn)(VmStack* stack, const String& path, module_map* modules);
 
 // The default compile step: reads the file in its BOM's charset or the
@@ -53,7 +54,7 @@ public:
     // and returns its entry module. A missing file is error 1.
     const Module* load_from_disk(VmStack* stack, const String& file, CachePolicy policy);
 
-    // Domains in order of use, the most recently loaded last.
+    // The current domains in the order they were compiled.
     const std::list<ModuleDomain*>& domains() const noexcept { return in_use_order_; }
 
     module_compile_fn compile = compile_module_file;
@@ -67,9 +68,12 @@ public:
 private:
     std::map<String, ModuleDomain*, StringLessThan_Unicode_Machine> by_path_;
     std::list<ModuleDomain*> in_use_order_;
+    // Stale domains are out of every look-up but stay alive: running frames
+    // and direct calls of other modules may still point into them.
+    std::list<ModuleDomain*> retired_;
     module_map procedures_;  // not owned
 
-    void forget(std::map<String, ModuleDomain*, StringLessThan_Unicode_Machine>::iterator entry);
+    void retire(std::map<String, ModuleDomain*, StringLessThan_Unicode_Machine>::iterator entry);
 };
 
 // The path as the operating system names the file: absolute, no links, no

@@ -41,6 +41,22 @@ public:
         return nullptr;
     }
 
+    uint32_t symbolize(const String& name) const override {
+        return runtime_->symbols().symbolize(name);
+    }
+
+    const UserFunction* find_in_module_of(const Program* program, uint32_t symbol) const override {
+        if (!program || !program->module) return nullptr;
+        return program->module->find_function(symbol);
+    }
+
+    const UserFunction* load_from_file(VmStack* stack, const String& file,
+                                       uint32_t symbol) const override {
+        const Module* module = runtime_->module_cache().load_from_disk(stack, file, CachePolicy(0));
+        if (!module) return nullptr;
+        return symbol ? module->find_function(symbol) : module->entry;
+    }
+
 private:
     Runtime* runtime_;
 };

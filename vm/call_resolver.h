@@ -35,6 +35,13 @@ public:
     virtual const UserFunction* find_procedure(uint32_t symbol) const = 0;
     // The runtime's table of loaded programs.
     virtual const UserFunction* find_loaded_program(uint32_t symbol) const = 0;
+    virtual uint32_t symbolize(const String& name) const = 0;
+    // A function of the module that `program` belongs to; null when none.
+    virtual const UserFunction* find_in_module_of(const Program* program, uint32_t symbol) const = 0;
+    // Loads a source file through the module cache: the named function of it,
+    // or what running the file runs when `symbol` is 0. Raises error 1 for a missing file.
+    virtual const UserFunction* load_from_file(VmStack* stack, const String& file,
+                                               uint32_t symbol) const = 0;
 };
 
 }  // namespace zobase

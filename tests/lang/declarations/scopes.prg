@@ -11,7 +11,12 @@ g = "kept"
 = make_public()
 ? "made inside:", fresh
 = locals_are_own()
-? "local leaked:", type("secret")
+TRY
+  ? secret
+CATCH TO e
+  ? "local not seen outside:", e.errorno
+ENDTRY
+= redefine()
 
 FUNCTION hide
 PRIVATE x
@@ -36,4 +41,15 @@ RETURN .T.
 FUNCTION locals_are_own
 LOCAL secret
 secret = 1
+RETURN .T.
+
+FUNCTION redefine
+PRIVATE y
+y = 1
+TRY
+  LOCAL y
+  ? "not reached"
+CATCH TO e
+  ? "local over private:", e.errorno
+ENDTRY
 RETURN .T.

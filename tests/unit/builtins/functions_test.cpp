@@ -243,7 +243,7 @@ TEST_F(Functions, Numbers) {
     EXPECT_DOUBLE_EQ(call().n(1.2345).i(2).run(stackcall_round).numeric.value, 1.23);
     EXPECT_EQ(call().n(2.5).integer(stackcall_floor), 2);
     EXPECT_EQ(call().n(2.1).integer(stackcall_ceiling), 3);
-    EXPECT_EQ(call().i(9).integer(stackcall_sqrt), 3);
+    EXPECT_DOUBLE_EQ(call().i(9).run(stackcall_sqrt).numeric.value, 3.0);
     EXPECT_EQ(call().i(-9).error(stackcall_sqrt), 61);
     EXPECT_EQ(call().i(42).integer(stackcall_int), 42);
     EXPECT_NEAR(call().n(1.0).run(stackcall_exp).numeric.value, std::exp(1.0), 1e-12);

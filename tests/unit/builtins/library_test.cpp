@@ -205,7 +205,7 @@ TEST(SignatureParser, UnknownByteIsAnInternalError) {
     EXPECT_THROW(load_library_tables(&library, &description), assert_failed_exception);
 }
 
-TEST(OptionLanguage, UseSpec) {
+TEST(OptionLanguage, UseOptions) {
     const command_options_row_st* row = find_command_options(113);
     ASSERT_NE(row, nullptr);
     basic_command_st use = parse_basic_command(*row);
@@ -223,7 +223,7 @@ TEST(OptionLanguage, UseSpec) {
     for (const option_item_st& item : use.items) EXPECT_TRUE(item.optional);
 }
 
-TEST(OptionLanguage, ListsGroupsAndEmptySpecs) {
+TEST(OptionLanguage, ListsGroupsAndEmptyLists) {
     std::vector<option_item_st> items = parse_command_options("filename,in,retval,with+");
     ASSERT_EQ(items.size(), 4u);
     EXPECT_EQ(items[3].kind, OPTION_LIST);
@@ -238,7 +238,7 @@ TEST(OptionLanguage, ListsGroupsAndEmptySpecs) {
     EXPECT_THROW(parse_command_options("a;b"), assert_failed_exception);
 }
 
-TEST(OptionLanguage, EveryCoreSpecParsesAndNamesACommand) {
+TEST(OptionLanguage, EveryCoreListParsesAndNamesACommand) {
     size_t rows = 0;
     for (const command_options_row_st* row = core_command_options; row->name; ++row, ++rows) {
         EXPECT_NO_THROW(parse_command_options(row->options)) << row->name;

@@ -109,3 +109,20 @@ TEST(DiagnosticFormat, PlaceNameAndBlockShape) {
 
 }  // namespace
 }  // namespace zobase::testing
+
+namespace zobase::testing {
+namespace {
+
+// Under the sanitizer build this is the leak check of the whole road.
+TEST_F(RunCommandTest, ManyCommandsLeaveTheStackAsTheyFoundIt) {
+    Memvar* top = stack->esp;
+    for (int i = 0; i < 200; ++i) {
+        EXPECT_EQ(run("n = iif(.T., \"a\" + \"b\", 0) + substr(\"xyz\", 2)"), 0);
+        EXPECT_EQ(run("? n, 1 +"), 10);
+        EXPECT_NE(run("? unknown_function_name(n)"), 0);
+    }
+    EXPECT_EQ(stack->esp, top);
+}
+
+}  // namespace
+}  // namespace zobase::testing

@@ -90,7 +90,7 @@ TEST_F(StatementsTest, SelfAddCompilesToOneReadAddWrite) {
 }
 
 TEST_F(StatementsTest, StrayClosersAreRecordedAndLaterLinesStillCompile) {
-    EXPECT_EQ(errors_of("ENDIF\nx = (\n"), (std::vector<int>{1211, 10}));
+    EXPECT_EQ(errors_of("ENDIF\nx = 1\nEXIT\n"), (std::vector<int>{1211, 96}));
     EXPECT_EQ(errors_of("IF .T.\nx = 1\n"), (std::vector<int>{1211}));
     EXPECT_EQ(errors_of("ELSE\n"), (std::vector<int>{1211}));
     EXPECT_EQ(errors_of("EXIT\nLOOP\nENDDO\nNEXT\n"), (std::vector<int>{96, 96, 96, 96}));
@@ -102,6 +102,19 @@ TEST_F(StatementsTest, EnddoInsideAnIfJumpsButEndsNothing) {
     std::vector<int> errors = errors_of("DO WHILE .T.\nIF .T.\nENDDO\n");
     EXPECT_EQ(errors, (std::vector<int>{1211, 96}));
     EXPECT_EQ(run("x = 0\nDO WHILE x < 3\nIF .T.\nx = x + 1\nENDIF\nENDDO\n? x\n"), "3\n");
+}
+
+// Command text runs at rest, with no frame to hold a TRY scope: the catching
+// side is covered by the language tests, which run in a program's frame.
+TEST_F(StatementsTest, ThrowWithoutHandlerIs2059) {
+    EXPECT_EQ(runtime->run_command(String("THROW 'nobody'\n")), 2059);
+}
+
+TEST_F(StatementsTest, TryWithoutCatchFallsIntoFinally) {
+    auto program = command("TRY\nx = 1\nFINALLY\nx = 2\nENDTRY\n");
+    EXPECT_EQ(count_ops(*program, OP_RESET_ESP), 0u);  // no handler code between region and FINALLY
+    EXPECT_EQ(count_ops(*program, OP_JUMP), 1u);
+    EXPECT_EQ(run("TRY\n? 'body'\nFINALLY\n? 'finally'\n"), "body\nfinally\n");
 }
 
 TEST_F(StatementsTest, PrivatePatternBecomesARegularExpression) {

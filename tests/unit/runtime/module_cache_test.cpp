@@ -55,13 +55,25 @@ TEST_F(ModuleCacheTest, TwoSpellingsOfOnePathShareOneEntry) {
 
 TEST_F(ModuleCacheTest, ChangedFileCompilesAgainUnderTimeCheck) {
     fs::path file = folder.write("prog.prg", "? 1\n");
-    load(file);
+    const Module* old = load(file);
     load(file);
     EXPECT_EQ(compile_count, 1);
     fs::last_write_time(file, fs::last_write_time(file) + std::chrono::seconds(5));
-    load(file);
+    const Module* fresh = load(file);
     EXPECT_EQ(compile_count, 2);
-    EXPECT_EQ(cache.domains().size(), 1u) << "the stale entry is gone";
+    EXPECT_NE(fresh, old);
+    ASSERT_EQ(cache.domains().size(), 1u) << "the stale entry is out of the look-ups";
+    EXPECT_EQ(cache.domains().front()->entry, fresh);
+    EXPECT_EQ(old->file_name.u8str(), fresh->file_name.u8str()) << "a stale module stays alive";
+}
+
+TEST_F(ModuleCacheTest, ProcedureFollowsItsFileWhenCompiledAgain) {
+    fs::path file = folder.write("lib.prg", "");
+    runtime->set_procedure_to(stack, String(file), false);
+    fs::last_write_time(file, fs::last_write_time(file) + std::chrono::seconds(5));
+    const Module* fresh = load(file);
+    ASSERT_EQ(cache.procedures().size(), 1u);
+    EXPECT_EQ(cache.procedures().begin()->second, fresh);
 }
 
 TEST_F(ModuleCacheTest, PolicyAsIsKeepsAStaleCopyAndReloadAlwaysCompiles) {

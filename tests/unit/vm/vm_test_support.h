@@ -34,6 +34,17 @@ public:
     const UserFunction* find_loaded_program(uint32_t symbol) const override {
         return lookup(loaded, symbol);
     }
+    uint32_t symbolize(const String& name) const override {
+        for (const auto& [symbol, text] : names)
+            if (text == name.u8str()) return symbol;
+        return 0;
+    }
+    const UserFunction* find_in_module_of(const Program*, uint32_t symbol) const override {
+        return lookup(procedures, symbol);
+    }
+    const UserFunction* load_from_file(VmStack*, const String& file, uint32_t) const override {
+        throw RuntimeError(1, file);
+    }
 
 private:
     static const UserFunction* lookup(const std::map<uint32_t, const UserFunction*>& map,

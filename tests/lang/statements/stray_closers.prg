@@ -1,7 +1,0 @@
-* Stray closing keywords are recorded; the lines after them still compile.
-? "never runs"
-ENDIF
-ELSE
-EXIT
-ENDWITH
-x = (
