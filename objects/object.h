@@ -28,4 +28,7 @@ public:
     virtual void virtual_assign(VmStack* stack, unsigned symbol, size_t argc) = 0;
 };
 
+// Makes released objects go through their destructor; the runtime calls it at start.
+void install_object_destruction();
+
 }  // namespace zobase

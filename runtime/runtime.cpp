@@ -14,6 +14,7 @@
 #include "runtime/module_cache.h"
 #include "runtime/runtime_resolver.h"
 #include "builtins/library.h"
+#include "objects/object.h"
 #include "runtime/screen.h"
 #include "text/charset.h"
 #include "text/collation.h"
@@ -105,6 +106,7 @@ void Runtime::init() {
     ZO_TRACE();
     __init_character_sets();
     __init_collations();
+    install_object_destruction();
     impl->library = std::make_unique<Library>(this);
     load_library_tables(impl->library.get(), core_module_description());
     const char* locale = uloc_getDefault();
