@@ -47,8 +47,10 @@ void make_null(Variant* left) {
     left->set_null();
 }
 
-// Null absorbs numbers, dates and text on either side; anything else is a type error.
+// Null absorbs numbers, dates and text on either side; anything else is a
+// type error. Returns false when neither side is null.
 bool null_pair(Variant* left, const Variant* right) {
+    if (left->tag != TAG_NULL && right->tag != TAG_NULL) return false;
     uint8_t other = left->tag == TAG_NULL ? right->tag : left->tag;
     bool absorbs = other == TAG_NULL || (other >= TAG_INTEGER && other <= TAG_DATETIME) ||
                    other == TAG_STRING;
@@ -62,6 +64,7 @@ bool null_pair(Variant* left, const Variant* right) {
 void inline_variant_add(Variant* left, const Variant* right) {
     if (left->tag == TAG_POINTER) left = left->pointer.target;
     right = right->follow();
+    if (null_pair(left, right)) return;
     switch (pair_key(left->tag, right->tag)) {
     case pair_key(TAG_INTEGER, TAG_INTEGER):
         add_integers(left, left->integer, right->integer);
@@ -99,21 +102,6 @@ void inline_variant_add(Variant* left, const Variant* right) {
     case pair_key(TAG_STRING, TAG_STRING):
         left->str().add(right->str());
         return;
-    case pair_key(TAG_NULL, TAG_NULL):
-    case pair_key(TAG_NULL, TAG_INTEGER):
-    case pair_key(TAG_NULL, TAG_NUMERIC):
-    case pair_key(TAG_NULL, TAG_MONEY):
-    case pair_key(TAG_NULL, TAG_DATE):
-    case pair_key(TAG_NULL, TAG_DATETIME):
-    case pair_key(TAG_NULL, TAG_STRING):
-    case pair_key(TAG_INTEGER, TAG_NULL):
-    case pair_key(TAG_NUMERIC, TAG_NULL):
-    case pair_key(TAG_MONEY, TAG_NULL):
-    case pair_key(TAG_DATE, TAG_NULL):
-    case pair_key(TAG_DATETIME, TAG_NULL):
-    case pair_key(TAG_STRING, TAG_NULL):
-        null_pair(left, right);
-        return;
     default:
         throw RuntimeError(107);
     }
@@ -124,6 +112,7 @@ void Variant::add(VmStack*, const Variant& right) { inline_variant_add(this, &ri
 void Variant::sub(VmStack* stack, const Variant& right_value) {
     Variant* left = follow();
     const Variant* right = right_value.follow();
+    if (null_pair(left, right)) return;
     switch (pair_key(left->tag, right->tag)) {
     case pair_key(TAG_INTEGER, TAG_INTEGER):
         sub_integers(left, left->integer, right->integer);
@@ -164,21 +153,6 @@ void Variant::sub(VmStack* stack, const Variant& right_value) {
     case pair_key(TAG_STRING, TAG_STRING):
         left->str().rtrim();
         left->str().add(right->str());
-        return;
-    case pair_key(TAG_NULL, TAG_NULL):
-    case pair_key(TAG_NULL, TAG_INTEGER):
-    case pair_key(TAG_NULL, TAG_NUMERIC):
-    case pair_key(TAG_NULL, TAG_MONEY):
-    case pair_key(TAG_NULL, TAG_DATE):
-    case pair_key(TAG_NULL, TAG_DATETIME):
-    case pair_key(TAG_NULL, TAG_STRING):
-    case pair_key(TAG_INTEGER, TAG_NULL):
-    case pair_key(TAG_NUMERIC, TAG_NULL):
-    case pair_key(TAG_MONEY, TAG_NULL):
-    case pair_key(TAG_DATE, TAG_NULL):
-    case pair_key(TAG_DATETIME, TAG_NULL):
-    case pair_key(TAG_STRING, TAG_NULL):
-        null_pair(left, right);
         return;
     default:
         (void)stack;

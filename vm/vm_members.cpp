@@ -119,54 +119,56 @@ void read_file_object_or_memvar(VmStack* stack, uint32_t symbol) {
     stack->push()->set_variant(var);
 }
 
-void object_call(VmStack* stack, uint32_t symbol, uint64_t n) {
-    ZO_TRACE();
+namespace {
+
+typedef void (Object::*object_member_fn)(VmStack*, unsigned, size_t, Variant*);
+
+// A member whose result comes back in a temporary and moves into the result slot.
+void member_through_temporary(VmStack* stack, uint32_t symbol, uint64_t n, object_member_fn member) {
     Memvar* object_slot = stack->esp + n;
     Object* object = object_in(object_slot);
     Variant temporary;
     {
         ParamWindow window(stack, object_slot, n);
-        object->virtual_call(stack, symbol, n, &temporary);
+        (object->*member)(stack, symbol, n, &temporary);
     }
     move_into(stack, object_slot + 1, &temporary);
     stack->pop_to(object_slot + 1);
+}
+
+// A member that writes the result slot directly, which must then hold a reference.
+void member_by_reference(VmStack* stack, uint32_t symbol, uint64_t n, object_member_fn member,
+                         int error_when_no_reference) {
+    Memvar* object_slot = stack->esp + n;
+    Memvar* result = object_slot + 1;
+    {
+        ParamWindow window(stack, object_slot, n);
+        (object_in(object_slot)->*member)(stack, symbol, n, result);
+    }
+    if (result->tag != TAG_POINTER) throw RuntimeError(error_when_no_reference);
+    stack->pop_to(result);
+}
+
+}  // namespace
+
+void object_call(VmStack* stack, uint32_t symbol, uint64_t n) {
+    ZO_TRACE();
+    member_through_temporary(stack, symbol, n, &Object::virtual_call);
 }
 
 void object_call_pointer(VmStack* stack, uint32_t symbol, uint64_t n) {
     ZO_TRACE();
-    Memvar* object_slot = stack->esp + n;
-    Memvar* result = object_slot + 1;
-    {
-        ParamWindow window(stack, object_slot, n);
-        object_in(object_slot)->virtual_call(stack, symbol, n, result);
-    }
-    if (result->tag != TAG_POINTER) throw RuntimeError(9004);
-    stack->pop_to(result);
+    member_by_reference(stack, symbol, n, &Object::virtual_call, 9004);
 }
 
 void object_read(VmStack* stack, uint32_t symbol, uint64_t n) {
     ZO_TRACE();
-    Memvar* object_slot = stack->esp + n;
-    Object* object = object_in(object_slot);
-    Variant temporary;
-    {
-        ParamWindow window(stack, object_slot, n);
-        object->virtual_access(stack, symbol, n, &temporary);
-    }
-    move_into(stack, object_slot + 1, &temporary);
-    stack->pop_to(object_slot + 1);
+    member_through_temporary(stack, symbol, n, &Object::virtual_access);
 }
 
 void object_read_pointer(VmStack* stack, uint32_t symbol, uint64_t n) {
     ZO_TRACE();
-    Memvar* object_slot = stack->esp + n;
-    Memvar* result = object_slot + 1;
-    {
-        ParamWindow window(stack, object_slot, n);
-        object_in(object_slot)->virtual_access_ref(stack, symbol, n, result);
-    }
-    if (result->tag != TAG_POINTER) throw RuntimeError(9014);
-    stack->pop_to(result);
+    member_by_reference(stack, symbol, n, &Object::virtual_access_ref, 9014);
 }
 
 void object_write(VmStack* stack, uint32_t symbol, uint64_t n) {
