@@ -1,20 +1,14 @@
 #include <gtest/gtest.h>
 
 #include "values/error.h"
+#include "tests/unit/support/error_number.h"
 #include "values/variant.h"
 
 using namespace zobase;
+using zobase::testing::error_number_of;
 
 namespace {
 
-int error_of(auto&& action) {
-    try {
-        action();
-    } catch (const RuntimeError& e) {
-        return e.number;
-    }
-    return 0;
-}
 
 // A 2 by 3 array holding 1..6 in storage order.
 Variant two_by_three() {
@@ -28,11 +22,11 @@ Variant two_by_three() {
 
 TEST(ArraySubscripts, BoundsAndZeroRows) {
     Variant a = two_by_three();
-    EXPECT_EQ(error_of([&] { a.array.read(0); }), 1234);
-    EXPECT_EQ(error_of([&] { a.array.read(0, 1); }), 11);
-    EXPECT_EQ(error_of([&] { a.array.read(3, 1); }), 1234);
-    EXPECT_EQ(error_of([&] { a.array.write(nullptr, 0, 1); }), 11);
-    EXPECT_EQ(error_of([&] { a.array.write(nullptr, 7); }), 1234);
+    EXPECT_EQ(error_number_of([&] { a.array.read(0); }), 1234);
+    EXPECT_EQ(error_number_of([&] { a.array.read(0, 1); }), 11);
+    EXPECT_EQ(error_number_of([&] { a.array.read(3, 1); }), 1234);
+    EXPECT_EQ(error_number_of([&] { a.array.write(nullptr, 0, 1); }), 11);
+    EXPECT_EQ(error_number_of([&] { a.array.write(nullptr, 7); }), 1234);
     // One subscript on two dimensions reads in storage order: element 4 is row 2, column 1.
     EXPECT_EQ(a.array.read(4)->integer, a.array.read(2, 1)->integer);
     EXPECT_EQ(a.array.asubscript_row(4), 2u);

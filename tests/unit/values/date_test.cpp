@@ -2,19 +2,13 @@
 
 #include "values/date.h"
 #include "values/error.h"
+#include "tests/unit/support/error_number.h"
+
+using zobase::testing::error_number_of;
 
 namespace zobase {
 namespace {
 
-template <typename F>
-int error_number_of(F&& f) {
-    try {
-        f();
-    } catch (const RuntimeError& e) {
-        return e.number;
-    }
-    return 0;
-}
 
 struct ymd_st {
     int year, month, day;

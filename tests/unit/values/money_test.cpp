@@ -4,20 +4,14 @@
 #include <limits>
 
 #include "values/error.h"
+#include "tests/unit/support/error_number.h"
 #include "values/money.h"
+
+using zobase::testing::error_number_of;
 
 namespace zobase {
 namespace {
 
-template <typename F>
-int error_number_of(F&& f) {
-    try {
-        f();
-    } catch (const RuntimeError& e) {
-        return e.number;
-    }
-    return 0;
-}
 
 constexpr long long MAX_UNITS = std::numeric_limits<long long>::max();
 money_type_st units(long long u) { return money_from_i128(u); }

@@ -4,22 +4,16 @@
 #include <limits>
 
 #include "values/error.h"
+#include "tests/unit/support/error_number.h"
 #include "values/money.h"
 #include "values/numeric.h"
 #include "values/variant.h"
 
+using zobase::testing::error_number_of;
+
 namespace zobase {
 namespace {
 
-template <typename F>
-int error_number_of(F&& f) {
-    try {
-        f();
-    } catch (const RuntimeError& e) {
-        return e.number;
-    }
-    return 0;
-}
 
 constexpr long long MAX_INT = std::numeric_limits<long long>::max();
 constexpr uint64_t UNKNOWN = DECIMALS_UNKNOWN;

@@ -4,9 +4,11 @@
 
 #include "text/charset.h"
 #include "values/error.h"
+#include "tests/unit/support/error_number.h"
 #include "values/variant.h"
 
 using namespace zobase;
+using zobase::testing::error_number_of;
 
 namespace {
 
@@ -34,14 +36,6 @@ Variant date(uint32_t julian) {
     return x;
 }
 
-int error_of(auto&& action) {
-    try {
-        action();
-    } catch (const RuntimeError& e) {
-        return e.number;
-    }
-    return 0;
-}
 
 int compare(const Variant& a, const Variant& b, bool* null_seen) {
     return inline_variant_cmp(&a, &b, null_seen, nullptr);
@@ -104,7 +98,7 @@ TEST(VariantAdd, NullAbsorbsNumbersDatesAndTextButNotLogicals) {
 
     Variant logical;
     logical.set_true();
-    EXPECT_EQ(error_of([&] { inline_variant_add(&logical, &null); }), 107);
+    EXPECT_EQ(error_number_of([&] { inline_variant_add(&logical, &null); }), 107);
 }
 
 TEST(VariantAdd, DatesMoveByDaysAndEmptyDatesStay) {
@@ -125,10 +119,10 @@ TEST(VariantAdd, DatesMoveByDaysAndEmptyDatesStay) {
 
     Variant right_date = date(5);
     Variant i = integer(1);
-    EXPECT_EQ(error_of([&] { inline_variant_add(&i, &right_date); }), 107);
+    EXPECT_EQ(error_number_of([&] { inline_variant_add(&i, &right_date); }), 107);
     Variant low = date(3);
     Variant minus = integer(-10);
-    EXPECT_EQ(error_of([&] { inline_variant_add(&low, &minus); }), 2034);
+    EXPECT_EQ(error_number_of([&] { inline_variant_add(&low, &minus); }), 2034);
 }
 
 TEST(VariantSub, DateDifferencesAndDatetimeRules) {
@@ -144,7 +138,7 @@ TEST(VariantSub, DateDifferencesAndDatetimeRules) {
     Variant t1, t2;
     t1.set(datetime_st{2440588, 0});
     t2.set(datetime_st{2440588, 0});
-    EXPECT_EQ(error_of([&] { t1.sub(nullptr, t2); }), 107);
+    EXPECT_EQ(error_number_of([&] { t1.sub(nullptr, t2); }), 107);
 
     Variant t;
     t.set(datetime_st{2440588, 1000});
@@ -179,8 +173,8 @@ TEST(VariantCompare, MatrixOfTypes) {
 
     Variant dt;
     dt.set(datetime_st{1, 0});
-    EXPECT_EQ(error_of([&] { bool n; compare(date(1), dt, &n); }), 107);
-    EXPECT_EQ(error_of([&] { bool n; compare(integer(1), text("1"), &n); }), 107);
+    EXPECT_EQ(error_number_of([&] { bool n; compare(date(1), dt, &n); }), 107);
+    EXPECT_EQ(error_number_of([&] { bool n; compare(integer(1), text("1"), &n); }), 107);
 }
 
 TEST(VariantCompare, ExactMoneyAgainstIntegers) {
@@ -202,11 +196,11 @@ TEST(VariantCompare, TextWithoutStackComparesWholeStrings) {
 
 TEST(VariantReaders, OperatorsAndCastsReportTheirNumbers) {
     Variant s = text("x");
-    EXPECT_EQ(error_of([&] { (void)static_cast<integer_type_st>(s); }), 107);
-    EXPECT_EQ(error_of([&] { (void)static_cast<Object*>(s); }), 1924);
-    EXPECT_EQ(error_of([&] { (void)static_cast<Array*>(s); }), 232);
+    EXPECT_EQ(error_number_of([&] { (void)static_cast<integer_type_st>(s); }), 107);
+    EXPECT_EQ(error_number_of([&] { (void)static_cast<Object*>(s); }), 1924);
+    EXPECT_EQ(error_number_of([&] { (void)static_cast<Array*>(s); }), 232);
     date_st d;
-    EXPECT_EQ(error_of([&] { s.cast(&d); }), 11);
+    EXPECT_EQ(error_number_of([&] { s.cast(&d); }), 11);
     EXPECT_EQ(static_cast<integer_type_st>(numeric(-2.7)), -2);
 
     Variant dt;
