@@ -574,7 +574,8 @@ void compile_operand_ref(const Operand* operand, CompiledCodeCollection* code, C
                          compiler_type_info_st* type) {
     *type = fresh_type();
     type->type = STATIC_TYPE_UNKNOWN;
-    switch (operand->kind) {
+    // Parentheses make a value, which falls to the case of no address.
+    switch (operand->parenthesized ? OPERAND_CONST : operand->kind) {
     case OPERAND_REFERENCE:
         compile_operand_ref(static_cast<const Operand_Reference*>(operand)->inner.get(), code, path, type);
         return;
@@ -582,7 +583,10 @@ void compile_operand_ref(const Operand* operand, CompiledCodeCollection* code, C
         compile_operand_variable_ref(static_cast<const Operand_Variable*>(operand), false, code, path);
         return;
     case OPERAND_PATH: compile_evaluate_path_ref(static_cast<const Path*>(operand), code, path, type); return;
-    default: throw RuntimeError(9004);
+    default:
+        // A value has no address; the slot it would fill stays, so the code around it balances.
+        path.compiler->record_error(9004, operand->location);
+        code->push_back(operand->location, new VmOpReadConstNull());
     }
 }
 
@@ -752,7 +756,11 @@ void compile_evaluate_path_ref(const Path* path_operand, CompiledCodeCollection*
     }
     const PathItem* last = path_operand->items.back().get();
     auto ref_row = item_ref_table.find(last->kind);
-    if (ref_row == item_ref_table.end()) throw RuntimeError(9004);
+    if (ref_row == item_ref_table.end()) {
+        path.compiler->record_error(9004, last->location);
+        code->push_back(path_operand->location, new VmOpReadConstNull());
+        return;
+    }
     for (size_t i = 0; i < count; ++i) code->push_back(path_operand->location, new VmOpEspAlloc());
     find_row(root_table, path_operand->root->kind)(path_operand, path_operand->root.get(), code, path, type);
     for (size_t i = 0; i + 1 < count; ++i) {

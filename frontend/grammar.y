@@ -7,8 +7,8 @@
 %define api.prefix {kestro}
 %locations
 %param {zobase::ParseContext* ctx}
-%expect 2846
-%expect-rr 2298
+%expect 2847
+%expect-rr 2312
 
 %code requires {
 #include "frontend/syntax_tree.h"
@@ -921,8 +921,9 @@ argument_items:
   ;
 argument_list: argument_items ;
 argument:
-    '@' ws variable %dprec 2                      { $$ = grammar_at(new Operand_Reference($3), @1, @3); }
-  | '@' ws path %dprec 1                          { $$ = grammar_at(new Operand_Reference($3), @1, @3); }
+    '@' ws variable %dprec 3                      { $$ = grammar_at(new Operand_Reference($3), @1, @3); }
+  | '@' ws path %dprec 2                          { $$ = grammar_at(new Operand_Reference($3), @1, @3); }
+  | '@' ws operand %dprec 1                       { $$ = grammar_at(new Operand_Reference($3), @1, @3); }
   | expression
   ;
 

@@ -125,13 +125,12 @@ TEST_F(ExpressionTest, IifEvaluatesOneBranch) {
                                                OP_JUMP, OP_READ_CONST_INTEGER}));
 }
 
-TEST_F(ExpressionTest, LiteralForAByReferenceFormalIs9004) {
-    try {
-        compile("acharset(1)");
-        FAIL() << "no error";
-    } catch (const RuntimeError& error) {
-        EXPECT_EQ(error.number, 9004);
-    }
+TEST_F(ExpressionTest, ValuesPassedByReferenceAre9004) {
+    compile("acharset(1)");
+    compile("foo(@1)");
+    compile("foo(@(x))");
+    ASSERT_EQ(compiler.errors.size(), 3u);
+    for (const compile_error_st& error : compiler.errors) EXPECT_EQ(error.number, 9004);
 }
 
 TEST_F(ExpressionTest, ReferenceToAVariableGoesByName) {
