@@ -4,7 +4,9 @@
 #   NAME.in      optional: fed to standard input (else /dev/null)
 #   NAME.args    optional: zosh options placed before the program name
 #   NAME.status  optional: the expected exit status (else 0)
-# The program runs in its own folder so that relative file names work.
+# The program runs in its own folder so that relative file names work, and
+# that folder is cut from the output so that reports naming the file match on
+# any checkout.
 zosh=$1
 prg=$2
 stem=${prg%.prg}
@@ -19,9 +21,12 @@ want_status=0
 actual=$(mktemp)
 trap 'rm -f "$actual"' EXIT
 cd "$dir" || exit 1
+here=$(pwd -P)
 # shellcheck disable=SC2086
-"$zosh" $args "$(basename "$prg")" < "$input" > "$actual" 2>&1
+"$zosh" $args "$(basename "$prg")" < "$input" > "$actual.raw" 2>&1
 status=$?
+sed "s|$here/||g" "$actual.raw" > "$actual"
+rm -f "$actual.raw"
 
 failed=0
 if ! diff -u "$stem.out" "$actual"; then
