@@ -36,6 +36,7 @@ void stackcall_empty(VmStack* stack, unsigned long long argc, Variant* result);
 void stackcall_evl(VmStack* stack, unsigned long long argc, Variant* result);
 void stackcall_exp(VmStack* stack, unsigned long long argc, Variant* result);
 void stackcall_floor(VmStack* stack, unsigned long long argc, Variant* result);
+void stackcall_get_enumerator(VmStack* stack, unsigned long long argc, Variant* result);
 void stackcall_getwordcount(VmStack* stack, unsigned long long argc, Variant* result);
 void stackcall_getwordnum(VmStack* stack, unsigned long long argc, Variant* result);
 void stackcall_iif(VmStack* stack, unsigned long long argc, Variant* result);

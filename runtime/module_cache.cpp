@@ -5,6 +5,7 @@
 #include <system_error>
 
 #include "compiler/module.h"
+#include "runtime/file_search.h"
 #include "runtime/runtime.h"
 #include "runtime/screen.h"
 #include "values/call_trace.h"
@@ -16,29 +17,6 @@ namespace zobase {
 namespace fs = std::filesystem;
 
 namespace {
-
-bool same_name_ci(const fs::path& a, const fs::path& b) {
-    return Collation::unicode_machine_ci->compare(String(a), String(b)) == 0;
-}
-
-// The directory's entry whose name matches without regard to case.
-bool exists_ci(const fs::path& name, fs::path* found) {
-    std::error_code error;
-    if (fs::is_regular_file(name, error)) {
-        *found = name;
-        return true;
-    }
-    fs::path directory = name.has_parent_path() ? name.parent_path() : fs::path(".");
-    fs::directory_iterator it(directory, error);
-    if (error) return false;
-    for (const fs::directory_entry& entry : it) {
-        if (!same_name_ci(entry.path().filename(), name.filename())) continue;
-        if (!entry.is_regular_file(error)) continue;
-        *found = name.has_parent_path() ? entry.path() : entry.path().filename();
-        return true;
-    }
-    return false;
-}
 
 int64_t last_write_time(const String& path) {
     return fs::last_write_time(fs::path(path)).time_since_epoch().count();
@@ -55,16 +33,6 @@ ModuleCache::~ModuleCache() {
     for (ModuleDomain* domain : retired_) delete domain;
 }
 
-bool find_program_file(const String& name, String* found) {
-    fs::path path(name);
-    fs::path hit;
-    if (exists_ci(path, &hit) || (!path.has_extension() && exists_ci(path.concat(".prg"), &hit))) {
-        *found = String(hit);
-        return true;
-    }
-    return false;
-}
-
 String canonical_path(const String& path) { return String(fs::canonical(fs::path(path))); }
 
 void ModuleCache::retire(std::map<String, ModuleDomain*, StringLessThan_Unicode_Machine>::iterator entry) {
@@ -77,7 +45,7 @@ void ModuleCache::retire(std::map<String, ModuleDomain*, StringLessThan_Unicode_
 const Module* ModuleCache::load_from_disk(VmStack* stack, const String& file, CachePolicy policy) {
     ZO_TRACE();
     String found;
-    if (!find_program_file(file, &found)) throw RuntimeError(1, file);
+    if (!stack->runtime->find_file(file, &found, true, true)) throw RuntimeError(1, file);
     try {
         String path = canonical_path(found);
         stack->runtime->screen->on_load_module(stack, path);

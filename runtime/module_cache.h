@@ -80,9 +80,5 @@ private:
 // "." or "..". Raises the filesystem error "canonical" when it can't.
 String canonical_path(const String& path);
 
-// Finds a file as written, then with ".prg" when it has no extension, each
-// time searching the directory without regard to case when the exact name is
-// missing: tables and programs are often stored in upper case.
-bool find_program_file(const String& name, String* found);
 
 }  // namespace zobase

@@ -6,6 +6,7 @@
 #include <unicode/unum.h>
 #include <unicode/ustring.h>
 
+#include <filesystem>
 #include <map>
 #include <memory>
 #include <string>
@@ -15,6 +16,7 @@
 #include "runtime/runtime_resolver.h"
 #include "builtins/library.h"
 #include "objects/object.h"
+#include "runtime/file_search.h"
 #include "runtime/screen.h"
 #include "text/charset.h"
 #include "text/collation.h"
@@ -28,6 +30,7 @@ struct RuntimeRecord {
     std::map<String, String, StringLessThan_Unicode_Machine> environment;
     std::string module_file_name;
     Symtable symtable;
+    std::vector<String> search_path;  // SET PATH
     std::vector<std::string> arguments;
     std::vector<const char*> argument_pointers;
     ModuleCache module_cache;
@@ -198,6 +201,42 @@ bool Runtime::set_codepage_by_name(const char* name) {
 }
 
 Symtable& Runtime::symbols() { return impl->symtable; }
+
+bool Runtime::find_file(const String& name, String* found, bool use_search_path,
+                        bool default_prg) const {
+    static const std::vector<String> no_path;
+    const std::vector<String>& path = use_search_path ? impl->search_path : no_path;
+    if (zobase::find_file(name, path, found)) return true;
+    if (!default_prg || std::filesystem::path(name).has_extension()) return false;
+    String with_extension = name;
+    with_extension.add(String(".prg"));
+    return zobase::find_file(with_extension, path, found);
+}
+
+void Runtime::set_path_to(const String& paths, bool additive) {
+    if (!additive) set_path_to_null();
+    for (const String& entry : split_search_path(paths)) impl->search_path.push_back(entry);
+}
+
+void Runtime::set_path_to_null() { impl->search_path.clear(); }
+
+bool FindFile(Runtime* runtime, const String& name, String& found, bool use_search_path,
+              bool default_prg) {
+    String hit;
+    if (!runtime->find_file(name, &hit, use_search_path, default_prg)) return false;
+    found = hit;
+    return true;
+}
+
+// Built-in classes are registered by the library; a name it lacks is 1733.
+Class* GetClass(VmStack* stack, const String* name) {
+    Runtime* runtime = stack->runtime;
+    uint32_t id = runtime->symbols().symbolize(*name);
+    const auto& classes = runtime->library()->classes;
+    auto found = classes.find(id);
+    if (found == classes.end()) throw RuntimeError(1733, *name);
+    return found->second;
+}
 
 Library* Runtime::library() { return impl->library.get(); }
 ModuleCache& Runtime::module_cache() { return impl->module_cache; }

@@ -12,6 +12,7 @@ class Screen;
 class Charset;
 class VmStack;
 class Symtable;
+class Class;
 class Library;
 class Module;
 class ModuleCache;
@@ -63,6 +64,11 @@ public:
     bool getenv(const String& key, String* out) const;
     void set_module_file_name(const char* path);
     void set_module_file_name(const char16_t* path);
+    // The file as written or without regard to case; optionally along the SET PATH
+    // list and with ".prg" added to a name without extension.
+    bool find_file(const String& name, String* found, bool use_search_path, bool default_prg) const;
+    void set_path_to(const String& paths, bool additive);
+    void set_path_to_null();
     bool set_codepage_by_id(int id);
     bool set_codepage_by_name(const char* name);
     void shutdown();
@@ -87,6 +93,9 @@ ZO_API void SetRuntimeAsserts(Runtime* runtime, bool on);
 ZO_API int RunZosh(Runtime* runtime);
 ZO_API int RunInteractiveShell(Runtime* runtime);
 ZO_API int CollectPrintSysinfo(Runtime* runtime);
+ZO_API bool FindFile(Runtime* runtime, const String& name, String& found, bool use_search_path,
+                     bool default_prg);
+ZO_API Class* GetClass(VmStack* stack, const String* name);
 ZO_API int AllocArgsW(const wchar_t* const* argv, int argc, char*** out);
 ZO_API int FreeArgsW(char** args);
 

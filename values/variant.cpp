@@ -78,7 +78,8 @@ void Variant::set(Object* obj) {
 
 void Variant::set_new_object(Object* obj) {
     ZO_ASSERT(obj != nullptr);
-    raise_not_available("object values");
+    tag = TAG_OBJECT;
+    object = {new object_control_st{{1}, {1}, obj}, obj};
 }
 
 void Variant::set(const object_ptr_st& ptr) noexcept {
