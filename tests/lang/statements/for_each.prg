@@ -22,6 +22,7 @@ FOR EACH KEY k VALUE cell IN grid
   total = total + cell
   ?? k
 NEXT
+?
 ? "grid total:", total, "last key:", k
 DIMENSION numbers(8)
 FOR i = 1 TO 8
@@ -56,7 +57,9 @@ seen = ""
 FOR EACH item IN list
   rounds = rounds + 1
   seen = seen + vartype(item)
-  list[4] = 99
+  IF rounds = 1
+    list[4] = 99
+  ENDIF
   IF rounds = 2
     DIMENSION list(1)
   ENDIF
@@ -76,6 +79,27 @@ TRY
 CATCH TO e
   ? "string:", e.errorno
 ENDTRY
+DIMENSION two(2)
+two[1] = "first"
+two[2] = "second"
+walker = get_enumerator(two)
+? "before the first:", error_of_value(walker)
+? walker.movenext(), walker.key, walker.value
+? walker.movenext(), walker.key, walker.value
+? walker.movenext(), walker.movenext(), "after the end:", error_of_value(walker)
+TRY
+  walker.value = 1
+CATCH TO e
+  ? "assigned:", e.errorno
+ENDTRY
+
+FUNCTION error_of_value(walker)
+TRY
+  = walker.value
+CATCH TO e
+  RETURN e.errorno
+ENDTRY
+RETURN 0
 
 FUNCTION alen_of_list
 TRY
