@@ -40,7 +40,7 @@ const library_command_row_st core_command_rows[] = {
     {"mkdir", "C", command_not_available<"mkdir">},
     {"modify_command", "C", command_not_available<"modify_command">},
     {"pack", "", command_not_available<"pack">},
-    {"private", "CC", command_not_available<"private">},
+    {"private", "CC", void_stackcall_private},
     {"quit", "", void_stackcall_quit},
     {"recall_record", "", command_not_available<"recall_record">},
     {"reindex", "", command_not_available<"reindex">},

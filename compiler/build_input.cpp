@@ -90,6 +90,10 @@ void BuildInput::set_module_context_from_frame(VmStack* running) {
 void BuildInput::init_compiler(Compiler& compiler) const {
     compiler.libraries = libraries;
     compiler.module = module;
+    if (forced_location) {
+        compiler.has_forced_location = true;
+        compiler.forced_location = *forced_location;
+    }
 }
 
 void BuildInput::add_diagnostic(int32_t category, int32_t number, const document_location_st& location) {

@@ -59,6 +59,8 @@ public:
     const Module* module = nullptr;
     std::vector<diagnostic_st> diagnostics;
     String source;  // the text being built
+    // Where a macro's text counts as written: every instruction carries it.
+    const document_location_st* forced_location = nullptr;
 
     void import_library(const Library* library);
     void set_module_context_from_frame(VmStack* running);

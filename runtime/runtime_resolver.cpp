@@ -1,8 +1,13 @@
 #include "runtime/runtime_resolver.h"
 
+#include "builtins/library.h"
+#include "compiler/build_input.h"
 #include "compiler/module.h"
 #include "runtime/module_cache.h"
 #include "runtime/runtime.h"
+#include "runtime/screen.h"
+#include "values/call_trace.h"
+#include "values/error.h"
 #include "values/symtable.h"
 
 namespace zobase {
@@ -57,7 +62,41 @@ public:
         return symbol ? module->find_function(symbol) : module->entry;
     }
 
+    std::unique_ptr<Program> compile_macro(VmStack* stack, const String& text,
+                                           const document_location_st* written_at) const override {
+        ZO_TRACE();
+        BuildInput build(stack);
+        prepare(build, stack);
+        build.forced_location = written_at;
+        try {
+            return std::unique_ptr<Program>(build.build_command(text));
+        } catch (const RuntimeError&) {
+            build.report_diagnostics(runtime_->screen);
+            throw;
+        }
+    }
+
+    std::unique_ptr<Program> compile_expression(VmStack* stack, const String& text) const override {
+        ZO_TRACE();
+        BuildInput build(stack);
+        prepare(build, stack);
+        const Program* program = nullptr;
+        try {
+            build.build_expression(text, &program);
+        } catch (const RuntimeError&) {
+            build.report_diagnostics(runtime_->screen);
+            throw;
+        }
+        return std::unique_ptr<Program>(const_cast<Program*>(program));
+    }
+
 private:
+    // Macro text sees the built-ins and the functions of the code around it.
+    void prepare(BuildInput& build, VmStack* stack) const {
+        build.import_library(runtime_->library());
+        build.set_module_context_from_frame(stack);
+    }
+
     Runtime* runtime_;
 };
 

@@ -3,13 +3,16 @@
 // SET PROCEDURE modules and loaded programs. The runtime installs one on each
 // stack; the VM never includes the runtime itself.
 #include <cstdint>
+#include <memory>
 #include <vector>
 
+#include "frontend/token.h"
 #include "values/string.h"
 #include "vm/vm_op.h"
 
 namespace zobase {
 
+class Program;
 class UserFunction;
 
 // A declared parameter of a library function: the tag the argument is
@@ -42,6 +45,13 @@ public:
     // or what running the file runs when `symbol` is 0. Raises error 1 for a missing file.
     virtual const UserFunction* load_from_file(VmStack* stack, const String& file,
                                                uint32_t symbol) const = 0;
+    // The statements of a macro's text, compiled in the module of the stack's
+    // running frame; `written_at`, when given, is the location every
+    // instruction reports. Compile errors are shown, then raised as the first.
+    virtual std::unique_ptr<Program> compile_macro(VmStack* stack, const String& text,
+                                                   const document_location_st* written_at) const = 0;
+    // One expression, as a program ending in VmOpReturnValue.
+    virtual std::unique_ptr<Program> compile_expression(VmStack* stack, const String& text) const = 0;
 };
 
 }  // namespace zobase
