@@ -7,6 +7,9 @@ namespace zobase {
 class Variant;
 class VmStack;
 
+void stackcall___init_if_from_macro(VmStack* stack, unsigned long long argc, Variant* result);
+void stackcall___init_do_while_from_macro(VmStack* stack, unsigned long long argc, Variant* result);
+void stackcall___init_scan_from_macro(VmStack* stack, unsigned long long argc, Variant* result);
 void stackcall_abs(VmStack* stack, unsigned long long argc, Variant* result);
 void stackcall_acos(VmStack* stack, unsigned long long argc, Variant* result);
 void stackcall_alltrim(VmStack* stack, unsigned long long argc, Variant* result);
@@ -34,6 +37,7 @@ void stackcall_cos(VmStack* stack, unsigned long long argc, Variant* result);
 void stackcall_dtor(VmStack* stack, unsigned long long argc, Variant* result);
 void stackcall_empty(VmStack* stack, unsigned long long argc, Variant* result);
 void stackcall_evl(VmStack* stack, unsigned long long argc, Variant* result);
+void stackcall_evaluate(VmStack* stack, unsigned long long argc, Variant* result);
 void stackcall_exp(VmStack* stack, unsigned long long argc, Variant* result);
 void stackcall_floor(VmStack* stack, unsigned long long argc, Variant* result);
 void stackcall_get_enumerator(VmStack* stack, unsigned long long argc, Variant* result);

@@ -2,6 +2,7 @@
 #include "vm/vm_run.h"
 
 #include "values/numeric.h"
+#include "vm/macro_execute.h"
 #include "vm/try_scope.h"
 #include "vm/vm_instructions.h"
 
@@ -361,6 +362,9 @@ void vm_run(VmStack* stack, VmOp*** ip, Variant* ret) {
             ret->release(stack);
             ret->set_true();
             return;
+        case OP_MACRO_EXECUTE:
+            if (macro_execute(stack, ip, ret)) return;
+            break;
         case OP_READ_BY_NAME: read_by_name(stack, op_as<VmOpReadByName>(op).symbol); break;
         case OP_READ_MEMVAR_BY_NAME:
             push_copy(stack, find_memvar(stack, op_as<VmOpReadMemvarByName>(op).symbol));

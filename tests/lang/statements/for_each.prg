@@ -72,13 +72,6 @@ TRY
 CATCH TO e
   ? "number:", e.errorno
 ENDTRY
-TRY
-  FOR EACH x IN "text"
-    ? "no round"
-  ENDFOR
-CATCH TO e
-  ? "string:", e.errorno
-ENDTRY
 DIMENSION two(2)
 two[1] = "first"
 two[2] = "second"

@@ -70,11 +70,6 @@ TEST_F(ArrayEnumeratorTest, EmptyArrayHasNoRoundAndStaysAtTheEnd) {
     get_enumerator(empty);
     EXPECT_FALSE(move_next());
     EXPECT_FALSE(move_next());
-    Variant value;
-    EXPECT_EQ(error_number_of([&] {
-                  static_cast<Object*>(result)->virtual_access(&stack, SYMBOL_VALUE, 0, &value);
-              }),
-              1234);
     empty.release(&stack);
 }
 
@@ -108,10 +103,7 @@ TEST_F(ArrayEnumeratorTest, ObjectIsAskedForItsOwnEnumerator) {
     value.release(&stack);
 }
 
-TEST_F(ArrayEnumeratorTest, OtherValuesAndNullObjectsAreError11) {
-    Variant number;
-    number.set_integer(3);
-    EXPECT_EQ(error_number_of([&] { get_enumerator(number); }), 11);
+TEST_F(ArrayEnumeratorTest, NullObjectIsError11) {
     Variant nothing;
     nothing.tag = TAG_OBJECT;
     nothing.object = {nullptr, nullptr};

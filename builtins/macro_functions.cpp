@@ -1,0 +1,61 @@
+// The built-ins behind macro text at run time: the one-time compile of a
+// macro condition of IF and DO WHILE, and evaluate().
+#include <strings.h>
+
+#include <cstring>
+
+#include <string>
+
+#include "builtins/arguments.h"
+#include "builtins/handlers.h"
+#include "objects/operand_object.h"
+#include "values/call_trace.h"
+#include "vm/call_resolver.h"
+#include "vm/param.h"
+#include "vm/vm_stack.h"
+
+namespace zobase {
+
+namespace {
+
+// The assembled text is the statement's keyword followed by the condition.
+String condition_after_keyword(const String& text, const char* keyword) {
+    std::string whole = text.u8str();
+    size_t length = std::strlen(keyword);
+    if (whole.size() < length || strncasecmp(whole.c_str(), keyword, length) != 0) throw RuntimeError(10);
+    return String(whole.c_str() + length);
+}
+
+// Compiles the condition once and leaves the object in the by-reference temporary.
+void init_condition_from_macro(VmStack* stack, const char* keyword, Variant* result) {
+    ZO_TRACE();
+    String condition = condition_after_keyword(string_argument(stack, 1), keyword);
+    std::unique_ptr<Program> program = stack->resolver->compile_expression(stack, condition);
+    Variant* temporary = Param(stack, 2)->follow();
+    temporary->release(stack);
+    create_operand_object(std::move(program), temporary);
+    result->set_true();
+}
+
+}  // namespace
+
+void stackcall___init_if_from_macro(VmStack* stack, unsigned long long, Variant* result) {
+    init_condition_from_macro(stack, "IF", result);
+}
+
+void stackcall___init_do_while_from_macro(VmStack* stack, unsigned long long, Variant* result) {
+    init_condition_from_macro(stack, "DO WHILE", result);
+}
+
+// SCAN's FOR and WHILE clauses need the table engine's scope parsing.
+void stackcall___init_scan_from_macro(VmStack*, unsigned long long, Variant*) {
+    raise_not_available("scan");
+}
+
+void stackcall_evaluate(VmStack* stack, unsigned long long, Variant* result) {
+    ZO_TRACE();
+    std::unique_ptr<Program> program = stack->resolver->compile_expression(stack, string_argument(stack, 1));
+    evaluate_program(stack, program.get(), result);
+}
+
+}  // namespace zobase

@@ -1,0 +1,66 @@
+#include "vm/macro_execute.h"
+
+#include <cstring>
+#include <memory>
+
+#include "values/call_trace.h"
+#include "values/error.h"
+#include "vm/call_resolver.h"
+#include "vm/program.h"
+#include "vm/vm_run.h"
+#include "vm/vm_stack.h"
+
+namespace zobase {
+
+namespace {
+
+String pop_macro_text(VmStack* stack) {
+    if (stack->esp->tag != TAG_STRING) throw RuntimeError(107);
+    String text = stack->esp->str();
+    stack->pop();
+    return text;
+}
+
+// Where the macro statement stands in its frame's source. An ip outside the
+// frame's own code (a macro inside a macro) has no entry either.
+document_location_st written_location(const VmFrame* frame, VmOp* const* ip) {
+    const Program* program = frame->program;
+    VmOp* const* code = program->code();
+    document_location_st location{};
+    bool inside = ip >= code && ip < code + program->size();
+    if (!inside || !program->location_of(static_cast<size_t>(ip - code), &location))
+        throw RuntimeError(1206);
+    return location;
+}
+
+}  // namespace
+
+bool macro_execute(VmStack* stack, VmOp** const* ip, Variant* ret) {
+    ZO_TRACE();
+    String text = pop_macro_text(stack);
+    document_location_st location{};
+    const document_location_st* written_at = nullptr;
+    if (stack->frame) {
+        location = written_location(stack->frame, *ip);
+        written_at = &location;
+    }
+    std::unique_ptr<Program> program = stack->resolver->compile_macro(stack, text, written_at);
+    VmOp** macro_ip = program->code();
+    Variant result;
+    try {
+        vm_run(stack, &macro_ip, &result);
+    } catch (...) {
+        result.release(stack);
+        throw;
+    }
+    if ((*macro_ip)->opcode == OP_RETURN) {
+        result.release(stack);
+        return false;
+    }
+    ret->release(stack);
+    std::memcpy(static_cast<void*>(ret), static_cast<const void*>(&result), sizeof(Variant));
+    result.tag = TAG_FALSE;
+    return true;
+}
+
+}  // namespace zobase
