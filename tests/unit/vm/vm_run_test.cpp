@@ -199,15 +199,14 @@ TEST_F(VmRun, ForLoopEndTestFollowsTheStepSign) {
 }
 
 TEST_F(VmRun, UnbuiltInstructionNamesItsClass) {
-    emit(new VmOpReadConstString(String("x")));
-    emit(new VmOpMacroExecute());
+    emit(new VmOpReadFieldByIndex(1));
     emit(new VmOpReturn());
     try {
         run();
         FAIL();
     } catch (const RuntimeError& e) {
         EXPECT_EQ(e.number, 1001);
-        EXPECT_EQ(e.parameter.u8str(), "VmOpMacroExecute");
+        EXPECT_EQ(e.parameter.u8str(), "VmOpReadFieldByIndex");
     }
 }
 
