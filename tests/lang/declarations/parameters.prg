@@ -2,6 +2,8 @@
 v = 1
 = add_to(@v, 41)
 ? "by reference:", v
+v = 1
+? "a copy of the parameter stays a value:", keep_copy(@v), v
 w = 1
 = add_to(w, 41)
 ? "by value:", w
@@ -17,6 +19,12 @@ ENDTRY
 FUNCTION add_to(target, amount)
 target = target + amount
 RETURN .T.
+
+FUNCTION keep_copy(p)
+LOCAL q
+q = p
+p = 5
+RETURN q
 
 FUNCTION lp
 LPARAMETERS a, b

@@ -10,6 +10,7 @@ g = "kept"
 ? "public:", g
 = make_public()
 ? "made inside:", fresh
+= redeclare_public()
 = locals_are_own()
 TRY
   ? secret
@@ -36,6 +37,11 @@ RETURN .T.
 FUNCTION make_public
 PUBLIC fresh
 fresh = 42
+RETURN .T.
+
+FUNCTION redeclare_public
+PUBLIC fresh
+? "declared again, kept:", fresh
 RETURN .T.
 
 FUNCTION locals_are_own

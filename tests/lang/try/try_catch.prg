@@ -6,10 +6,12 @@ CATCH TO e
 FINALLY
   ? "finally after a handled error"
 ENDTRY
+x = "caller x"
 TRY
   = level1()
 CATCH TO e
   ? "three frames deep:", e.errorno, e.message
+  ? "privates of the frames are gone:", x
 ENDTRY
 TRY
   ERROR 12
@@ -19,7 +21,7 @@ CATCH TO e WHEN e.errorno = 12
   ? "second filter:", e.errorno
 ENDTRY
 TRY
-  THROW "my value"
+  = thrower()
 CATCH TO e
   ? "thrown:", e.uservalue
 ENDTRY
@@ -38,14 +40,31 @@ CATCH TO outer
   ? "outer try:", outer.errorno
 ENDTRY
 TRY
+  TRY
+    ERROR 1
+  CATCH
+    ? "inner catches first"
+  ENDTRY
+  ERROR 2
+CATCH TO outer
+  ? "after the inner region:", outer.errorno
+ENDTRY
+TRY
   ? "missing endtry is accepted"
 CATCH
   ? "no"
 
+FUNCTION thrower
+THROW "my value"
+
 FUNCTION level1
+PRIVATE x
+x = 1
 RETURN level2()
 
 FUNCTION level2
+PRIVATE x
+x = 2
 RETURN level3()
 
 FUNCTION level3

@@ -103,12 +103,6 @@ TEST_F(ErrorFunctions, NoErrorYetGivesZeroAndEmptyMessage) {
     EXPECT_EQ(call_text(stackcall_message), "");
 }
 
-TEST_F(ErrorFunctions, ErrorWithTextIsUserDefinedWithTheTextAsMessage) {
-    EXPECT_EQ(raise_error_text("boom"), 1098);
-    EXPECT_EQ(call(stackcall_error).integer, 1098);
-    EXPECT_EQ(call_text(stackcall_message), "boom");
-}
-
 TEST_F(ErrorFunctions, ErrorWithNumberTakesTheTableTextOrTheGivenMessage) {
     EXPECT_EQ(raise_error_number(1705), 1705);
     EXPECT_EQ(call_text(stackcall_message), "File access denied.");

@@ -62,19 +62,6 @@ TEST_F(ModuleBuildTest, UnknownCallsGoByNameAndEmptyFunctionsAreNotDefined) {
     EXPECT_NE(module->find_function(symbol("other")), nullptr);
 }
 
-TEST_F(ModuleBuildTest, FunctionsOnlyFileRunsTheFunctionNamedByItsStem) {
-    auto module = build("/src/Tool.prg", "FUNCTION helper\nRETURN 1\nPROCEDURE tool\n? helper()\nENDPROC\n");
-    EXPECT_EQ(module->main, nullptr);
-    ASSERT_NE(module->entry, nullptr);
-    EXPECT_EQ(module->entry, module->find_function(symbol("TOOL")));
-}
-
-TEST_F(ModuleBuildTest, CommentsOnlyGiveNoMainAndNoEntry) {
-    auto module = build("/src/notes.prg", "* a comment\n&& another\n");
-    EXPECT_EQ(module->main, nullptr);
-    EXPECT_EQ(module->entry, nullptr);
-}
-
 TEST_F(ModuleBuildTest, AllErrorsArePrintedAndTheFirstIsRaised) {
     try {
         build("/src/bad.prg", "? 1 +\nENDIF\n? (\n");

@@ -6,33 +6,11 @@ namespace {
 
 using RunCommandTest = CompilerFixture;
 
-TEST_F(RunCommandTest, EchoPrintsTheFoldedSum) {
-    EXPECT_EQ(run("? 1 + 2"), 0);
-    EXPECT_EQ(screen.output, "3\n");
-    EXPECT_EQ(screen.errors, "");
-}
-
-TEST_F(RunCommandTest, EchoOfConcatenation) {
-    EXPECT_EQ(run("?? \"a\" + \"bc\""), 0);
-    EXPECT_EQ(screen.output, "abc");
-}
-
 TEST_F(RunCommandTest, AssignmentIsSeenByTheNextCommand) {
     EXPECT_EQ(run("x = 40"), 0);
     EXPECT_EQ(run("x = x + 2"), 0);
     EXPECT_EQ(run("? X"), 0);
     EXPECT_EQ(screen.output, "42\n");
-}
-
-TEST_F(RunCommandTest, ShortCircuitAndNullMerge) {
-    EXPECT_EQ(run("a = .NULL. OR .F.\nb = .NULL. OR .T.\nc = .F. AND undefined_name\nd = \"b\" $ \"abc\""), 0);
-    EXPECT_EQ(run("? iif(isnull(a), 1, 0), iif(b, 1, 0), iif(c, 1, 0), iif(d, 1, 0)"), 0);
-    EXPECT_EQ(screen.output, "1 1 0 1\n");
-}
-
-TEST_F(RunCommandTest, SeveralLinesRunInOrder) {
-    EXPECT_EQ(run("a = \"x\"\na = a + \"y\"\n? a, iif(a == \"xy\", 1, 2)"), 0);
-    EXPECT_EQ(screen.output, "xy 1\n");
 }
 
 TEST_F(RunCommandTest, SyntaxErrorPrintsTheDiagnosticBlock) {
@@ -56,13 +34,6 @@ TEST_F(RunCommandTest, ParserAndCompilerErrorsTogether) {
     EXPECT_EQ(run("? 1 +\n? iif(1)"), 10);
     EXPECT_NE(screen.errors.find("(Parser error) 10"), std::string::npos);
     EXPECT_NE(screen.errors.find("(Compiler error) 11"), std::string::npos);
-}
-
-TEST_F(RunCommandTest, RuntimeErrorRestoresTheStackTop) {
-    Memvar* top = stack->esp;
-    EXPECT_NE(run("? 1, nosuchvariable"), 0);
-    EXPECT_EQ(stack->esp, top);
-    EXPECT_FALSE(screen.errors.empty());
 }
 
 TEST_F(RunCommandTest, ReferenceToALiteralIsReported) {

@@ -11,39 +11,6 @@ class VmCall : public VmFixture {};
 
 }  // namespace
 
-// FUNCTION f(p): LOCAL q; q = p; p = 5; RETURN q
-TEST_F(VmCall, ByReferenceWritesTheCallersVariableAndACopyStaysAValue) {
-    auto* body = new Program;
-    body->parameter_count = 1;
-    body->local_names = {{SYM_X, 1}, {SYM_Y, 2}};
-    body->emit(new VmOpInitLparameters(1));
-    body->emit(new VmOpDefLocalOffset(2, SYM_Y));
-    body->emit(new VmOpReadLocalMemvarByOffset(1));
-    body->emit(new VmOpWriteMemvarByOffset(2));
-    emit_integer(*body, 5);
-    body->emit(new VmOpWriteMemvarByOffset(1));
-    body->emit(new VmOpReadLocalMemvarByOffset(2));
-    body->emit(new VmOpReturnValue());
-    UserFunction f(body);
-
-    // LOCAL a; a = 1; RETURN f(@a) * 10 + a
-    Program main;
-    main.local_names = {{SYM_A, 1}};
-    emit_integer(main, 1);
-    main.emit(new VmOpWriteMemvarByOffset(1));
-    main.emit(new VmOpEspAlloc());
-    main.emit(new VmOpReadLocalMemvarPointerByOffset(1));
-    emit_call(main, &f, 1);
-    emit_integer(main, 10);
-    main.emit(new VmOpBinaryMul());
-    main.emit(new VmOpReadLocalMemvarByOffset(1));
-    main.emit(new VmOpBinaryAdd());
-    main.emit(new VmOpReturnValue());
-    run(main);
-    EXPECT_EQ(result.integer, 15);
-    EXPECT_TRUE(stack_at_rest());
-}
-
 TEST_F(VmCall, ByReferenceOnAnUndeclaredNameCreatesTheVariable) {
     auto* body = new Program;
     body->parameter_count = 1;
@@ -62,42 +29,6 @@ TEST_F(VmCall, ByReferenceOnAnUndeclaredNameCreatesTheVariable) {
     main.emit(new VmOpReturnValue());
     run(main);
     EXPECT_EQ(result.integer, 9);
-}
-
-TEST_F(VmCall, MoreArgumentsThanParametersIs94) {
-    auto* body = new Program;
-    body->parameter_count = 1;
-    body->emit(new VmOpReturn());
-    UserFunction f(body);
-    Program main;
-    main.emit(new VmOpEspAlloc());
-    emit_integer(main, 1);
-    emit_integer(main, 2);
-    emit_call(main, &f, 2);
-    main.emit(new VmOpReturnValue());
-    EXPECT_EQ(error_of(main), 94);
-    EXPECT_TRUE(stack_at_rest());
-}
-
-namespace {
-
-int frames_entered = 0;
-
-void count_frame(VmStack*, unsigned long long) { ++frames_entered; }
-
-}  // namespace
-
-TEST_F(VmCall, The129thNestedFrameIs103) {
-    auto* body = new Program;
-    UserFunction recurse(body);
-    body->emit(new VmOpCallNativeVoid(count_frame, 0));
-    body->emit(new VmOpEspAlloc());
-    emit_call(*body, &recurse);
-    body->emit(new VmOpReturnValue());
-    frames_entered = 0;
-    EXPECT_EQ(error_of(*body), 103);
-    EXPECT_EQ(frames_entered, 128);
-    EXPECT_TRUE(stack_at_rest());
 }
 
 namespace {

@@ -74,35 +74,6 @@ TEST_F(MacroExecuteTest, StatementAtRestMakesVariablesOfTheCaller) {
     EXPECT_NE(screen.output.find("42"), std::string::npos) << screen.output;
 }
 
-TEST_F(MacroExecuteTest, CompileErrorIsReportedThenRaisedAsTheFirstNumber) {
-    ASSERT_EQ(command("bad = \"x = = 1\""), 0);
-    EXPECT_EQ(command("&bad"), 10);
-    EXPECT_NE(screen.errors.find("(Parser error) 10"), std::string::npos) << screen.errors;
-    EXPECT_NE(screen.errors.find("<command prompt>"), std::string::npos) << screen.errors;
-}
-
-TEST_F(MacroExecuteTest, ReturnWithValueInsideTextLeavesTheFunction) {
-    ASSERT_EQ(program_text("? twice(21)\n"
-                           "FUNCTION twice(v)\n"
-                           "  cmd = \"RETURN v * 2\"\n"
-                           "  &cmd\n"
-                           "  ? \"not reached\"\n"
-                           "  RETURN 0\n"),
-              0)
-        << screen.errors;
-    EXPECT_NE(screen.output.find("42"), std::string::npos) << screen.output;
-    EXPECT_EQ(screen.output.find("not reached"), std::string::npos) << screen.output;
-}
-
-TEST_F(MacroExecuteTest, PlainEndOfTextContinuesWithTheNextStatement) {
-    ASSERT_EQ(program_text("cmd = \"n = 1\"\n"
-                           "&cmd\n"
-                           "? \"after\", n\n"),
-              0)
-        << screen.errors;
-    EXPECT_NE(screen.output.find("after 1"), std::string::npos) << screen.output;
-}
-
 TEST_F(MacroExecuteTest, MacroConditionIsCompiledOnceAndEvaluatedEachRound) {
     ASSERT_EQ(program_text("cond = \"i < 4\"\n"
                            "i = 0\n"

@@ -8,101 +8,11 @@ namespace {
 
 class VmMemvar : public VmFixture {};
 
-// FUNCTION: PRIVATE x; x = 2; RETURN x
-UserFunction* private_shadowing_function() {
-    auto* p = new Program;
-    p->emit(new VmOpDefPrivateSymbol(SYM_X));
-    emit_assign(*p, SYM_X, 2);
-    p->emit(new VmOpReadMemvarByName(SYM_X));
-    p->emit(new VmOpReturnValue());
-    return new UserFunction(p);
-}
-
 }  // namespace
 
-TEST_F(VmMemvar, PrivateHidesTheCallersVariableUntilItReturns) {
-    std::unique_ptr<UserFunction> f(private_shadowing_function());
-    Program main;
-    emit_assign(main, SYM_X, 1);
-    main.emit(new VmOpEspAlloc());
-    emit_call(main, f.get());
-    main.emit(new VmOpReadMemvarByName(SYM_X));
-    main.emit(new VmOpBinarySub());  // 2 - 1 only if the callee saw its own x and ours came back
-    main.emit(new VmOpReturnValue());
-    run(main);
-    EXPECT_EQ(result.integer, 1);
-    EXPECT_TRUE(stack_at_rest());
-    EXPECT_TRUE(stack.names.empty());
-}
-
-TEST_F(VmMemvar, UndeclaredAssignmentIsSeenByCalleesAndEndsWithTheFrame) {
-    auto* reader_body = new Program;
-    reader_body->emit(new VmOpReadMemvarByName(SYM_Y));
-    reader_body->emit(new VmOpReturnValue());
-    UserFunction reader(reader_body);
-
-    auto* writer_body = new Program;
-    emit_assign(*writer_body, SYM_Y, 5);
-    writer_body->emit(new VmOpEspAlloc());
-    emit_call(*writer_body, &reader);
-    writer_body->emit(new VmOpReturnValue());
-    UserFunction writer(writer_body);
-
-    Program main;
-    main.emit(new VmOpEspAlloc());
-    emit_call(main, &writer);
-    main.emit(new VmOpReturnValue());
-    run(main);
-    EXPECT_EQ(result.integer, 5);
-
-    Program after;
-    after.emit(new VmOpReadMemvarByName(SYM_Y));
-    after.emit(new VmOpReturnValue());
+// The slot form is declarations/scopes.prg; this is the by-name form of macros.
+TEST_F(VmMemvar, DynamicLocalOverAPrivateOfTheSameFrameIs1960) {
     std::string name;
-    EXPECT_EQ(error_of(after, &name), 12);
-    EXPECT_EQ(name, "Y");
-    EXPECT_TRUE(stack_at_rest());
-}
-
-TEST_F(VmMemvar, PublicOutlivesItsFrameAndRedeclaringKeepsTheValue) {
-    auto* declare_body = new Program;
-    declare_body->local_names = {{SYM_Z, 1}};
-    declare_body->emit(new VmOpDefPublicOffset(1, SYM_Z));
-    emit_assign(*declare_body, SYM_Z, 7);
-    declare_body->emit(new VmOpReturn());
-    UserFunction declare(declare_body);
-
-    auto* again_body = new Program;
-    again_body->local_names = {{SYM_Z, 1}};
-    again_body->emit(new VmOpDefPublicOffset(1, SYM_Z));
-    again_body->emit(new VmOpReadMemvarByName(SYM_Z));
-    again_body->emit(new VmOpReturnValue());
-    UserFunction again(again_body);
-
-    Program main;
-    main.emit(new VmOpEspAlloc());
-    emit_call(main, &declare);
-    main.emit(new VmOpEspFree());
-    main.emit(new VmOpEspAlloc());
-    emit_call(main, &again);
-    main.emit(new VmOpReturnValue());
-    run(main);
-    EXPECT_EQ(result.integer, 7);
-    ASSERT_EQ(stack.names.count(SYM_Z), 1u);
-    EXPECT_EQ(stack.names[SYM_Z]->kind, MEMVAR_PUBLIC);
-    EXPECT_TRUE(stack_at_rest());
-}
-
-TEST_F(VmMemvar, LocalOverAPrivateOfTheSameFrameIs1960) {
-    Program main;
-    main.local_names = {{SYM_X, 1}};
-    emit_assign(main, SYM_X, 1);
-    main.emit(new VmOpDefLocalOffset(1, SYM_X));
-    main.emit(new VmOpReturn());
-    std::string name;
-    EXPECT_EQ(error_of(main, &name), 1960);
-    EXPECT_EQ(name, "X");
-
     Program dynamic;
     emit_assign(dynamic, SYM_Y, 1);
     dynamic.emit(new VmOpDefLocal(SYM_Y));

@@ -127,31 +127,6 @@ TEST_F(VmRun, ProgramWithoutReturnValueReturnsTrue) {
     EXPECT_EQ(result.tag, TAG_TRUE);
 }
 
-TEST_F(VmRun, TooManyArgumentsIs94) {
-    emit(new VmOpReturn());
-    stack.push()->set_integer(1LL);
-    try {
-        execute_program(&stack, 1, false, &program, &result);
-        FAIL();
-    } catch (const RuntimeError& e) {
-        EXPECT_EQ(e.number, 94);
-    }
-    stack.pop();
-}
-
-TEST_F(VmRun, FrameDeeperThan128Is103) {
-    emit(new VmOpReturn());
-    VmFrame outer{};
-    outer.depth = 128;
-    stack.frame = &outer;
-    EXPECT_EQ(error_of_run(), 103);
-    stack.frame = nullptr;
-    outer.depth = 127;
-    stack.frame = &outer;
-    EXPECT_EQ(error_of_run(), 0);
-    stack.frame = nullptr;
-}
-
 TEST_F(VmRun, StackOverflowIs9010AndLeavesEspValid) {
     VmStack small(nullptr, 3, 4);
     for (int i = 0; i < 4; ++i) integer(i);
