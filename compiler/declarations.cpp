@@ -82,7 +82,12 @@ void compile_assign_with(const Operand* target, const value_emitter& emit_value,
         return;
     }
     case OPERAND_PATH: compile_write_property(static_cast<const Path*>(target), emit_value, code, path); return;
-    default: throw assert_failed_exception("assignment to an operand that is no target");
+    default:
+        // A constant or an expression cannot take a value; the value is still
+        // computed and dropped so that the code around stays balanced.
+        path.compiler->record_error(10, target->location);
+        emit_value();
+        code->push_back(target->location, new VmOpEspFree());
     }
 }
 

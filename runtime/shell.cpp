@@ -101,6 +101,15 @@ void print_banner(Screen* screen) {
     screen->outendl(String("Type QUIT or end the input to leave."));
 }
 
+// A state the runtime believes impossible was reached: the user gets the
+// failed condition instead of a crash, and the shell's status says so.
+constexpr int INTERNAL_ERROR_STATUS = 70;
+
+int report_internal_error(Screen* screen, const assert_failed_exception& failure) {
+    screen->errendl(String((std::string("(Internal error) ") + failure.what).c_str()));
+    return INTERNAL_ERROR_STATUS;
+}
+
 String prompt_text() {
     std::error_code ignored;
     std::string directory = std::filesystem::current_path(ignored).string();
@@ -148,8 +157,12 @@ int RunZosh(Runtime* runtime) {
         print_banner(screen);
         return RunInteractiveShell(runtime);
     }
-    return runtime->run_program(String(script_args[0]), static_cast<int>(script_args.size()),
-                                script_args.data());
+    try {
+        return runtime->run_program(String(script_args[0]), static_cast<int>(script_args.size()),
+                                    script_args.data());
+    } catch (const assert_failed_exception& failure) {
+        return report_internal_error(screen, failure);
+    }
 }
 
 int RunInteractiveShell(Runtime* runtime) {
@@ -165,6 +178,8 @@ int RunInteractiveShell(Runtime* runtime) {
             runtime->run_command(line);
         } catch (const RuntimeQuit&) {
             return 0;
+        } catch (const assert_failed_exception& failure) {
+            report_internal_error(screen, failure);
         }
     }
 }
