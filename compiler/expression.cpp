@@ -845,14 +845,17 @@ void compile_call_spec_do(const document_location_st& location, const library_fu
     code->push_back(location, new VmOpEspAlloc());
     std::vector<compiler_type_info_st> argument_types;
     std::vector<Variant> constant_values;
+    size_t errors_before = path.compiler->errors.size();
     compile_call_pass_parameters(location, function.parameters, operands, code, path, &argument_types,
                                  &constant_values);
+    // Hooks rely on arguments that match the signature.
+    bool arguments_fit = path.compiler->errors.size() == errors_before;
     *type = fresh_type();
     if (!function.result.formals.empty()) type->type = function.result.formals[0].type;
     compile_hook_fn hook = nullptr;
     for (const Library* library : path.compiler->libraries)
         if ((hook = library->find_compile_hook(function.name))) break;
-    if (hook) hook(argument_types.size(), argument_types.data(), constant_values.data(), type);
+    if (hook && arguments_fit) hook(argument_types.size(), argument_types.data(), constant_values.data(), type);
     for (Variant& value : constant_values) value.release(path.compiler->stack);
     code->push_back(location, new VmOpCallNative(function.handler, operands->size()));
 }
