@@ -7,6 +7,19 @@ namespace {
 
 uint8_t nullable_bit(const compiler_type_info_st& info) { return info.type & FORMAL_NULLABLE; }
 
+// A string that may be null when any argument may be, and constant when all are.
+void string_of_all_arguments(unsigned long long argc, const compiler_type_info_st* arguments,
+                             compiler_type_info_st* result) {
+    uint8_t nullable = 0;
+    bool constant = true;
+    for (unsigned long long i = 0; i < argc; ++i) {
+        nullable |= nullable_bit(arguments[i]);
+        constant = constant && arguments[i].is_constant;
+    }
+    result->type = FORMAL_STRING | nullable;
+    result->is_constant = constant;
+}
+
 // A constant count argument as a length; a non-number leaves the length unknown.
 bool constant_count(const Variant& value, uint64_t* count) {
     if (value.tag == TAG_INTEGER) {
@@ -46,14 +59,7 @@ void hook_left(unsigned long long, compiler_type_info_st* arguments, Variant* va
 // short of the remainder; it only feeds the result's static width.
 void hook_substr(unsigned long long argc, compiler_type_info_st* arguments, Variant* values,
                  compiler_type_info_st* result) {
-    uint8_t nullable = 0;
-    bool constant = true;
-    for (unsigned long long i = 0; i < argc; ++i) {
-        nullable |= nullable_bit(arguments[i]);
-        constant = constant && arguments[i].is_constant;
-    }
-    result->type = FORMAL_STRING | nullable;
-    result->is_constant = constant;
+    string_of_all_arguments(argc, arguments, result);
     uint64_t count;
     if (argc == 2) {
         uint64_t length = arguments[0].length;
@@ -70,14 +76,7 @@ void hook_substr(unsigned long long argc, compiler_type_info_st* arguments, Vari
 
 void hook_bintoc(unsigned long long argc, compiler_type_info_st* arguments, Variant*,
                  compiler_type_info_st* result) {
-    uint8_t nullable = 0;
-    bool constant = true;
-    for (unsigned long long i = 0; i < argc; ++i) {
-        nullable |= nullable_bit(arguments[i]);
-        constant = constant && arguments[i].is_constant;
-    }
-    result->type = FORMAL_STRING | nullable;
-    result->is_constant = constant;
+    string_of_all_arguments(argc, arguments, result);
 }
 
 }  // namespace

@@ -1,14 +1,7 @@
 #!/bin/sh
 # The prompt loop: a command, an empty line, an error that leaves the prompt
 # standing, and end of input ending the loop.
-zosh=$1
-work=$(mktemp -d)
-trap 'rm -rf "$work"' EXIT
-cd "$work" || exit 1
-failed=0
-check() { # description, command that must succeed
-  if ! eval "$2"; then echo "FAILED: $1"; failed=1; fi
-}
+. "$(dirname "$0")/common.inc"
 
 printf '? 1 + 2\n\n? no_such_variable\n? "after"\n' | "$zosh" >out.txt 2>err.txt
 status=$?

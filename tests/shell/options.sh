@@ -1,13 +1,6 @@
 #!/bin/sh
 # Every option's effect and the exit status it leaves.
-zosh=$1
-work=$(mktemp -d)
-trap 'rm -rf "$work"' EXIT
-cd "$work" || exit 1
-failed=0
-check() { # description, command that must succeed
-  if ! eval "$2"; then echo "FAILED: $1"; failed=1; fi
-}
+. "$(dirname "$0")/common.inc"
 
 "$zosh" --help >out.txt 2>&1
 status=$?

@@ -1,13 +1,6 @@
 #!/bin/sh
 # QUIT ends the prompt loop, and a program, quietly with status 0.
-zosh=$1
-work=$(mktemp -d)
-trap 'rm -rf "$work"' EXIT
-cd "$work" || exit 1
-failed=0
-check() { # description, command that must succeed
-  if ! eval "$2"; then echo "FAILED: $1"; failed=1; fi
-}
+. "$(dirname "$0")/common.inc"
 
 printf '? "before"\nQUIT\n? "not reached"\n' | "$zosh" >out.txt 2>err.txt
 status=$?
