@@ -85,8 +85,11 @@ String collect_text_lines(const statement_iterator& end, statement_iterator& it)
 }
 
 long long text_flags(const option_ptr_list& options) {
-    return (options.has("NOSHOW") ? TEXT_NOSHOW : 0) | (options.has("ADDITIVE") ? TEXT_ADDITIVE : 0) |
-           (options.has("TEXTMERGE") ? TEXT_MERGE : 0);
+    long long flags = 0;
+    if (options.has("NOSHOW")) flags |= TEXT_NOSHOW;
+    if (options.has("ADDITIVE")) flags |= TEXT_ADDITIVE;
+    if (options.has("TEXTMERGE")) flags |= TEXT_MERGE;
+    return flags;
 }
 
 int compile_stmt_text(const statement_iterator& end, statement_iterator& it, CompiledCodeCollection* code,
