@@ -53,7 +53,7 @@ const library_command_row_st core_command_rows[] = {
     {"scatter_to", "I.@*", command_not_available<"scatter_to">},
     {"seek", "I.?.?I?L?", command_not_available<"seek">},
     {"select", ".", command_not_available<"select">},
-    {"set", "I.", command_not_available<"set">},
+    {"set", "I.", void_stackcall_set},
     {"set_century_to", "L", command_not_available<"set_century_to">},
     {"set_datasession_to", "I?", command_not_available<"set_datasession_to">},
     {"set_date_to", "C", command_not_available<"set_date_to">},

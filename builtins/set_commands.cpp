@@ -1,0 +1,49 @@
+// SET EXACT, SET SPACE, SET ASSERTS and the other one-word settings: one
+// command whose first argument names the setting by a single bit.
+#include "builtins/arguments.h"
+#include "builtins/handlers.h"
+#include "runtime/runtime.h"
+#include "values/error.h"
+#include "vm/vm_stack.h"
+
+namespace zobase {
+
+namespace {
+
+enum SetFlag : long long {
+    SET_STEP = 1,
+    SET_EXACT = 2,
+    SET_EXCLUSIVE = 4,
+    SET_DELETED = 8,
+    SET_SPACE = 16,
+    SET_DECIMALS = 32,
+    SET_BLOCKSIZE = 64,
+    SET_ASSERTS = 128,
+    SET_NEAR = 256,
+};
+
+bool logical_value(VmStack* stack) {
+    const Variant& value = argument(stack, 2);
+    if (value.tag != TAG_TRUE && value.tag != TAG_FALSE) throw RuntimeError(11);
+    return value.tag == TAG_TRUE;
+}
+
+}  // namespace
+
+void void_stackcall_set(VmStack* stack, unsigned long long argc) {
+    switch (static_cast<integer_type_st>(argument(stack, 1))) {
+    case SET_STEP: throw RuntimeError(9001);  // no debugger is ever connected
+    case SET_EXACT: stack->exact = logical_value(stack); return;
+    case SET_SPACE: stack->space = logical_value(stack); return;
+    case SET_ASSERTS: SetRuntimeAsserts(stack->runtime, logical_value(stack)); return;
+    // These live in the data session, which the table engine brings.
+    case SET_EXCLUSIVE: raise_not_available("set exclusive");
+    case SET_DELETED: raise_not_available("set deleted");
+    case SET_DECIMALS: raise_not_available("set decimals");
+    case SET_BLOCKSIZE: raise_not_available("set blocksize");
+    case SET_NEAR: raise_not_available("set near");
+    default: throw RuntimeError(1001);
+    }
+}
+
+}  // namespace zobase
