@@ -94,6 +94,8 @@ void void_stackcall_textmerge(VmStack* stack, unsigned long long argc);
 void void_stackcall_private(VmStack* stack, unsigned long long argc);
 void void_stackcall_quit(VmStack* stack, unsigned long long argc);
 void void_stackcall_set(VmStack* stack, unsigned long long argc);
+void void_stackcall_set_path_to(VmStack* stack, unsigned long long argc);
+void void_stackcall_set_procedure_to(VmStack* stack, unsigned long long argc);
 
 // System variables: the platform flags read, every other access is 1001.
 void sysvar_windows(VmStack* stack, unsigned long long argc, Variant* result);

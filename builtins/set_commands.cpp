@@ -46,4 +46,31 @@ void void_stackcall_set(VmStack* stack, unsigned long long argc) {
     }
 }
 
+namespace {
+
+constexpr long long SET_LIST_ADDITIVE = 1;
+
+// SET PATH and SET PROCEDURE: flags, then names. Without ADDITIVE, or with
+// no names, the list is emptied first; each name is then added in turn.
+template <typename Clear, typename Add>
+void set_list(VmStack* stack, unsigned long long argc, Clear clear, Add add) {
+    bool additive = (static_cast<integer_type_st>(argument(stack, 1)) & SET_LIST_ADDITIVE) != 0;
+    if (!additive || argc < 2) clear();
+    for (unsigned long long i = 2; i <= argc; ++i) add(string_argument(stack, i));
+}
+
+}  // namespace
+
+void void_stackcall_set_path_to(VmStack* stack, unsigned long long argc) {
+    Runtime* runtime = stack->runtime;
+    set_list(stack, argc, [runtime] { runtime->set_path_to_null(); },
+             [runtime](const String& path) { runtime->set_path_to(path, true); });
+}
+
+void void_stackcall_set_procedure_to(VmStack* stack, unsigned long long argc) {
+    Runtime* runtime = stack->runtime;
+    set_list(stack, argc, [runtime] { runtime->set_procedure_to_null(); },
+             [runtime, stack](const String& file) { runtime->set_procedure_to(stack, file, true); });
+}
+
 }  // namespace zobase
