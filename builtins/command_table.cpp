@@ -1,4 +1,3 @@
-#include "builtins/error_functions.h"
 #include "builtins/handlers.h"
 #include "builtins/library.h"
 

@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "builtins/arguments.h"
-#include "builtins/error_functions.h"
+#include "builtins/handlers.h"
 #include "objects/exception_object.h"
 #include "runtime/runtime.h"
 #include "runtime/screen.h"

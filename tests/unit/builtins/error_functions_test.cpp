@@ -2,7 +2,7 @@
 // host's GetLastError and GetLastErrorMessage.
 #include <string>
 
-#include "builtins/error_functions.h"
+#include "builtins/handlers.h"
 #include "objects/exception_object.h"
 #include "runtime/runtime.h"
 #include "runtime/screen.h"

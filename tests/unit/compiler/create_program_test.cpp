@@ -54,34 +54,30 @@ TEST_F(CreateProgramTest, UnplacedLabelIsAnInternalError) {
     EXPECT_THROW(build(), assert_failed_exception);
 }
 
-TEST_F(CreateProgramTest, FalseOrNullChainJumpsStraightToItsEnd) {
+// false; jump-if-false-or-null to A; true; A: <second jump> to B; true; B: return
+template <class SecondJump>
+std::unique_ptr<Program> two_jump_chain(Compiler& compiler, std::function<std::unique_ptr<Program>()> build) {
     AddressLabelRecord* first = compiler.create_addresslabel(String("first"));
     AddressLabelRecord* second = compiler.create_addresslabel(String("second"));
     compiler.code.push_back(new VmOpReadConstFalse());
     compiler.code.push_back(jump_to<VmOpCondFalseOrNullJumpKeepEsp>(first));
     compiler.code.push_back(new VmOpReadConstTrue());
     compiler.code.push_back(first);
-    compiler.code.push_back(jump_to<VmOpCondFalseOrNullJumpKeepEsp>(second));
+    compiler.code.push_back(jump_to<SecondJump>(second));
     compiler.code.push_back(new VmOpReadConstTrue());
     compiler.code.push_back(second);
     compiler.code.push_back(new VmOpReturnValue());
-    auto program = build();
+    return build();
+}
+
+TEST_F(CreateProgramTest, FalseOrNullChainJumpsStraightToItsEnd) {
+    auto program = two_jump_chain<VmOpCondFalseOrNullJumpKeepEsp>(compiler, [this] { return build(); });
     EXPECT_EQ(target_of(*program, 1), program->code() + 5);
     EXPECT_EQ(target_of(*program, 3), program->code() + 5);
 }
 
 TEST_F(CreateProgramTest, FalseOrNullJumpSkipsATrueJump) {
-    AddressLabelRecord* first = compiler.create_addresslabel(String("first"));
-    AddressLabelRecord* second = compiler.create_addresslabel(String("second"));
-    compiler.code.push_back(new VmOpReadConstFalse());
-    compiler.code.push_back(jump_to<VmOpCondFalseOrNullJumpKeepEsp>(first));
-    compiler.code.push_back(new VmOpReadConstTrue());
-    compiler.code.push_back(first);
-    compiler.code.push_back(jump_to<VmOpCondTrueJumpKeepEsp>(second));
-    compiler.code.push_back(new VmOpReadConstTrue());
-    compiler.code.push_back(second);
-    compiler.code.push_back(new VmOpReturnValue());
-    auto program = build();
+    auto program = two_jump_chain<VmOpCondTrueJumpKeepEsp>(compiler, [this] { return build(); });
     EXPECT_EQ(target_of(*program, 1), program->code() + 4);
     EXPECT_EQ(target_of(*program, 3), program->code() + 5);
 }

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "builtins/error_functions.h"
+#include "builtins/handlers.h"
 #include "compiler/module.h"
 #include "objects/exception_object.h"
 #include "runtime/runtime.h"
