@@ -2,7 +2,7 @@
 BUILD ?= build
 JOBS ?= $(shell nproc)
 
-.PHONY: all deps build demo check bench clean
+.PHONY: all deps build demo check bench bench-compare clean
 
 all: build
 
@@ -22,8 +22,14 @@ demo: build
 check: build
 	cd $(BUILD) && ctest --output-on-failure -j $(JOBS)
 
+# Native benchmarks print their own figures; bench-compare times the
+# language benchmarks of bench/lang side by side with Python and Lua.
 bench: build
 	for b in $(BUILD)/bench_*; do echo "== $$b"; $$b; done
+	python3 bench/compare.py $(BUILD)/zosh
+
+bench-compare: build
+	python3 bench/compare.py $(BUILD)/zosh
 
 clean:
 	rm -rf $(BUILD)

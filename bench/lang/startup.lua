@@ -1,0 +1,1 @@
+print("result: 1")
