@@ -29,9 +29,8 @@ enum CollationEntryKind : uint32_t {
 constexpr uint32_t COLLATION_BEGINS_PAIR = 1;
 constexpr uint32_t COLLATION_BEGINS_TRIPLE = 2;
 
-// One row of a table: 16 bytes, laid out as index files of other writers
-// expect the tables to be. For a replacement the primary bytes are the two
-// replacement bytes.
+// One row of a table, 16 bytes in a fixed layout. For a replacement the
+// primary bytes are the two replacement bytes.
 struct collation_entry_st {
     uint32_t kind;
     uint8_t source[3];

@@ -14,40 +14,10 @@
 #include <vector>
 
 #include "text/mapped_collation.h"
+#include "text/national_orders.h"
 
 namespace zobase {
 namespace {
-
-struct national_order_st {
-    int group;
-    const char* locale;
-    std::vector<std::u16string> sequences;  // the letters of more than one character
-};
-
-const std::vector<national_order_st> orders = {
-    {COLLATION_GROUP_GENERAL, "root", {}},
-    {COLLATION_GROUP_GREEK, "el", {}},
-    {COLLATION_GROUP_GERMAN, "de@collation=phonebook", {}},
-    {COLLATION_GROUP_POLISH, "pl", {}},
-    {COLLATION_GROUP_TURKISH, "tr", {}},
-    {COLLATION_GROUP_ICELAND, "is", {}},
-    {COLLATION_GROUP_NORDAN, "da", {u"aa", u"Aa", u"AA", u"aA"}},
-    {COLLATION_GROUP_SWEFIN, "sv", {}},
-    {COLLATION_GROUP_RUSSIAN, "ru", {}},
-    {COLLATION_GROUP_CZECH, "cs", {u"ch", u"cH", u"Ch", u"CH"}},
-    {COLLATION_GROUP_SLOVAK, "sk", {u"ch", u"cH", u"Ch", u"CH"}},
-    {COLLATION_GROUP_HUNGARY,
-     "hu",
-     {u"cs",  u"Cs",  u"CS",  u"dz",  u"Dz",  u"DZ",  u"gy",  u"Gy",  u"GY",  u"ly",
-      u"Ly",  u"LY",  u"ny",  u"Ny",  u"NY",  u"sz",  u"Sz",  u"SZ",  u"ty",  u"Ty",
-      u"TY",  u"zs",  u"Zs",  u"ZS",  u"dzs", u"Dzs", u"DZS", u"ccs", u"Ccs", u"CCS",
-      u"ggy", u"Ggy", u"GGY", u"lly", u"Lly", u"LLY", u"nny", u"Nny", u"NNY", u"ssz",
-      u"Ssz", u"SSZ", u"tty", u"Tty", u"TTY", u"zzs", u"Zzs", u"ZZS"}},
-    {COLLATION_GROUP_SPANISH,
-     "es@collation=traditional",
-     {u"ch", u"Ch", u"CH", u"cH", u"ll", u"Ll", u"LL", u"lL"}},
-    {COLLATION_GROUP_DUTCH, "nl", {}},
-};
 
 // Where the key and ICU part ways, each with a text that shows it.
 struct known_difference_st {
@@ -114,8 +84,7 @@ protected:
         __init_collations();
         collation_ = dynamic_cast<Mapped_Collation*>(GetCollationByCOLID(GetParam()));
         ASSERT_NE(collation_, nullptr);
-        for (const national_order_st& o : orders)
-            if (o.group == collation_->group()) order_ = &o;
+        order_ = national_order(collation_->group());
         ASSERT_NE(order_, nullptr);
         UErrorCode status = U_ZERO_ERROR;
         icu_ = ucol_open(order_->locale, &status);

@@ -183,6 +183,30 @@ TEST(MappedCollationTable, ReplacementMapsItsBytesInTurn) {
     EXPECT_EQ(c.key_size_factor, 2u);
 }
 
+TEST(MappedCollationTable, EveryKindEmitsItsWeights) {
+    collation_entry_st rows[7] = {
+        {COLLATION_ENTRY_TWO_PRIMARIES, {'p'}, {20, 21}, 0, {1, 2}, 0},
+        {COLLATION_ENTRY_TWO_PRIMARIES_SECONDARY, {'q'}, {22, 23}, 0, {3, 4}, 0},
+        {COLLATION_ENTRY_TWO_PRIMARIES_SECONDARIES, {'r'}, {24, 25}, 0, {5, 6}, 0},
+        {COLLATION_ENTRY_PAIR_SECONDARY, {'s', 't'}, {26}, 0, {7}, 0},
+        {COLLATION_ENTRY_TRIPLE, {'s', 't', 'u'}, {27}, 0, {8}, 0},
+        {COLLATION_ENTRY_PRIMARY, {'s'}, {28}, 0, {9}, 0},
+        {COLLATION_ENTRY_PRIMARY, {'t'}, {29}, 0, {}, 0},
+    };
+    __init_collations();
+    Mapped_Collation c(&collation_table[0], Charset::ascii, rows, 7);
+    char k[16];
+    auto key_of = [&](const char* text) {
+        return std::string(k, c.create_char_key(text, strlen(text), true, k, 16));
+    };
+    EXPECT_EQ(key_of("pqr"), std::string("\x14\x15\x16\x17\x18\x19\x03\x05\x06\0\0\0\0\0\0\0", 16));
+    // Three bytes before two, and the primary alone of a three-byte letter.
+    EXPECT_EQ(key_of("stus"), std::string("\x1B\x1C\0\0\0\0\0\0\0\0\0\0\0\0\0\0", 16));
+    EXPECT_EQ(key_of("stst"), std::string("\x1A\x1A\x07\x07\0\0\0\0\0\0\0\0\0\0\0\0", 16));
+    // A sequence cut by the end of the source falls back to its bytes.
+    EXPECT_EQ(key_of("ts"), std::string("\x1D\x1C\0\0\0\0\0\0\0\0\0\0\0\0\0\0", 16));
+}
+
 TEST(MappedCollationTable, ReplacementMustNotChain) {
     collation_entry_st rows[2] = {
         {COLLATION_ENTRY_REPLACEMENT, {'x'}, {'y', 'y'}, 0, {}, 0},
