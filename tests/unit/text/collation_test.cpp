@@ -193,14 +193,6 @@ TEST(CollationLookup, ByCodepageAndGroup) {
     EXPECT_EQ(GetCollationFromGroup(12345, COLLATION_GROUP_MACHINE), nullptr);
 }
 
-TEST(CollationLookup, MappedRowsAreNotSupportedYet) {
-    EXPECT_THROW(GetCollationByCOLID(2020), dbf_error_collation_not_supported);
-    EXPECT_THROW(GetCollationFromGroup(1252, COLLATION_GROUP_GENERAL),
-                 dbf_error_collation_not_supported);
-    // A failed attempt leaves nothing behind that a second one would find.
-    EXPECT_THROW(GetCollationByCOLID(2020), dbf_error_collation_not_supported);
-}
-
 TEST(CollationForGroup, NamesMatchWithoutCase) {
     EXPECT_EQ(collation_for_group(cp1252(), utf8("MACHINE"))->colid(), 20);
     EXPECT_EQ(collation_for_group(cp1252(), utf8("machine"))->colid(), 20);
@@ -218,8 +210,6 @@ TEST(CollationForGroup, UnknownNameOrMissingGroupRaises) {
     EXPECT_THROW(collation_for_group(nullptr, utf8("MACHINE")), dbf_error_collation_not_supported);
     EXPECT_THROW(collation_for_group(binary_charset(), utf8("MACHINE")),
                  dbf_error_collation_not_supported);
-    // The row exists but its national table does not yet.
-    EXPECT_THROW(collation_for_group(cp1252(), utf8("general")), dbf_error_collation_not_supported);
 }
 
 std::string key_of(const Collation* c, const String& text, bool full_length, size_t length) {
