@@ -44,6 +44,16 @@ const variant_writer_fn variant_writers[VARIANT_TAG_COUNT] = {
     write_string,  write_refused,  write_refused, write_refused,
 };
 
+// A write of the shown record through one active setting slot, under the
+// recursion guard.
+template <auto Slot, typename Value>
+void set_through(DbfFile* table, uint64_t index, const Value& value) {
+    DbfRecursionGuard guard(table);
+    const DbfField* field = table->get_field(index);
+    if (!field) throw dbf_error_invalid_field_number();
+    (field->active.*Slot)(table, field, value, table->shown_record);
+}
+
 }  // namespace
 
 void DbfFile::write_field(const DbfField* field, const Variant* value, char* record) {
@@ -88,45 +98,31 @@ void DbfFile::set_variant(uint64_t index, const Variant* value) {
 }
 
 void DbfFile::set_logical(uint64_t index, bool value) {
-    DbfRecursionGuard guard(this);
-    const DbfField* field = visible(index);
-    field->active.set_logical(this, field, value, shown_record);
+    set_through<&field_setters_st::set_logical>(this, index, value);
 }
 
 void DbfFile::set_integer(uint64_t index, const integer_type_st& value) {
-    DbfRecursionGuard guard(this);
-    const DbfField* field = visible(index);
-    field->active.set_integer(this, field, value, shown_record);
+    set_through<&field_setters_st::set_integer>(this, index, value);
 }
 
 void DbfFile::set_numeric(uint64_t index, const numeric_type_st& value) {
-    DbfRecursionGuard guard(this);
-    const DbfField* field = visible(index);
-    field->active.set_numeric(this, field, value, shown_record);
+    set_through<&field_setters_st::set_numeric>(this, index, value);
 }
 
 void DbfFile::set_money(uint64_t index, const money_type_st& value) {
-    DbfRecursionGuard guard(this);
-    const DbfField* field = visible(index);
-    field->active.set_money(this, field, value, shown_record);
+    set_through<&field_setters_st::set_money>(this, index, value);
 }
 
 void DbfFile::set_string(uint64_t index, const String& value) {
-    DbfRecursionGuard guard(this);
-    const DbfField* field = visible(index);
-    field->active.set_string(this, field, value, shown_record);
+    set_through<&field_setters_st::set_string>(this, index, value);
 }
 
 void DbfFile::set_date(uint64_t index, const date_st& value) {
-    DbfRecursionGuard guard(this);
-    const DbfField* field = visible(index);
-    field->active.set_date(this, field, value, shown_record);
+    set_through<&field_setters_st::set_date>(this, index, value);
 }
 
 void DbfFile::set_datetime(uint64_t index, const datetime_st& value) {
-    DbfRecursionGuard guard(this);
-    const DbfField* field = visible(index);
-    field->active.set_datetime(this, field, value, shown_record);
+    set_through<&field_setters_st::set_datetime>(this, index, value);
 }
 
 void DbfFile::set_null(uint64_t index) {

@@ -267,40 +267,51 @@ void write_numeric_text(double value, char* field_bytes, uint64_t width, uint64_
     std::memcpy(field_bytes, shown, width);
 }
 
-void setup_integer_field(DbfFile*, DbfField* field) {
-    require_field_width(field->length == 4);
-    field->fill = fill_with_zero;
-    field->get_variant = get_variant_from_integer4_field;
-    field->writable.set_integer = set_integer4_from_integer;
-    field->writable.set_numeric = set_integer4_from_numeric_rnd;
-    field->writable.set_money = set_integer4_from_money_rnd;
+namespace {
+
+// The slots of a number type; a width of 0 takes any width.
+struct number_codec_st {
+    uint64_t width;
+    field_fill_fn fill;
+    field_get_variant_fn get_variant;
+    field_set_integer_fn set_integer;
+    field_set_numeric_fn set_numeric;
+    field_set_money_fn set_money;
+};
+
+const number_codec_st integer_codec = {4, fill_with_zero, get_variant_from_integer4_field,
+                                       set_integer4_from_integer, set_integer4_from_numeric_rnd,
+                                       set_integer4_from_money_rnd};
+const number_codec_st currency_codec = {8, fill_with_zero, get_variant_from_currency_field,
+                                        set_money_from_integer, set_money_from_numeric,
+                                        set_money_from_money};
+const number_codec_st double_codec = {8, fill_with_zero, get_variant_from_double_field,
+                                      set_double_from_integer, set_double_from_numeric,
+                                      set_double_from_money};
+const number_codec_st numeric_codec = {0, fill_with_space, get_variant_from_numeric_field,
+                                       set_numeric_from_integer, set_numeric_from_numeric,
+                                       set_numeric_from_money};
+
+void setup_number_field(DbfField* field, const number_codec_st& codec) {
+    require_field_width(codec.width == 0 || field->length == codec.width);
+    field->fill = codec.fill;
+    field->get_variant = codec.get_variant;
+    field->writable.set_integer = codec.set_integer;
+    field->writable.set_numeric = codec.set_numeric;
+    field->writable.set_money = codec.set_money;
 }
+
+}  // namespace
+
+void setup_integer_field(DbfFile*, DbfField* field) { setup_number_field(field, integer_codec); }
 
 void setup_currency_field(DbfFile*, DbfField* field) {
-    require_field_width(field->length == 8);
-    field->fill = fill_with_zero;
-    field->get_variant = get_variant_from_currency_field;
+    setup_number_field(field, currency_codec);
     field->get_chars = get_chars_from_currency_field;
-    field->writable.set_integer = set_money_from_integer;
-    field->writable.set_numeric = set_money_from_numeric;
-    field->writable.set_money = set_money_from_money;
 }
 
-void setup_double_field(DbfFile*, DbfField* field) {
-    require_field_width(field->length == 8);
-    field->fill = fill_with_zero;
-    field->get_variant = get_variant_from_double_field;
-    field->writable.set_integer = set_double_from_integer;
-    field->writable.set_numeric = set_double_from_numeric;
-    field->writable.set_money = set_double_from_money;
-}
+void setup_double_field(DbfFile*, DbfField* field) { setup_number_field(field, double_codec); }
 
-void setup_numeric_field(DbfFile*, DbfField* field) {
-    field->fill = fill_with_space;
-    field->get_variant = get_variant_from_numeric_field;
-    field->writable.set_integer = set_numeric_from_integer;
-    field->writable.set_numeric = set_numeric_from_numeric;
-    field->writable.set_money = set_numeric_from_money;
-}
+void setup_numeric_field(DbfFile*, DbfField* field) { setup_number_field(field, numeric_codec); }
 
 }  // namespace zobase
