@@ -270,6 +270,21 @@ TEST_F(DbfCreate, EveryFieldTypeRoundTrips) {
     EXPECT_EQ(text_of(table.get(), 11), "second memo");
 }
 
+// Tables are often stored in upper case; the memo file is found all the same.
+TEST_F(DbfCreate, MemoFilesAreFoundWithoutRegardToCase) {
+    {
+        auto table = create_table(folder.name("lower.dbf"), {field_def("M", FIELD_TYPE_MEMO)});
+        table->set_string(0, String("found"));
+        testing::append_shown_record(table.get());
+    }
+    std::filesystem::rename(folder.path / "lower.dbf", folder.path / "UPPER.DBF");
+    std::filesystem::rename(folder.path / "lower.fpt", folder.path / "UPPER.FPT");
+    auto table = open_table(folder.name("UPPER.DBF"));
+    ASSERT_TRUE(testing::read_into_shown(table.get(), 1));
+    EXPECT_EQ(text_of(table.get(), 0), "found");
+    EXPECT_EQ(table->fpt->file->name.u8str(), (folder.path / "UPPER.FPT").string());
+}
+
 TEST_F(DbfCreate, BlankRecordHoldsEmptyValuesNotNulls) {
     auto table = create_table(String("memory:///blank.dbf"),
                               {nullable(field_def("C", FIELD_TYPE_CHARACTER, 3)),
