@@ -3,37 +3,10 @@
 #include <system_error>
 
 #include "text/charset.h"
-#include "text/collation.h"
 
 namespace zobase {
 
 namespace fs = std::filesystem;
-
-namespace {
-
-bool same_name_ci(const fs::path& a, const fs::path& b) {
-    return Collation::unicode_machine_ci->compare(String(a), String(b)) == 0;
-}
-
-}  // namespace
-
-bool exists_ci(const fs::path& name, fs::path* found) {
-    std::error_code error;
-    if (fs::is_regular_file(name, error)) {
-        *found = name;
-        return true;
-    }
-    fs::path directory = name.has_parent_path() ? name.parent_path() : fs::path(".");
-    fs::directory_iterator it(directory, error);
-    if (error) return false;
-    for (const fs::directory_entry& entry : it) {
-        if (!same_name_ci(entry.path().filename(), name.filename())) continue;
-        if (!entry.is_regular_file(error)) continue;
-        *found = name.has_parent_path() ? entry.path() : entry.path().filename();
-        return true;
-    }
-    return false;
-}
 
 bool find_file(const String& name, const std::vector<String>& search_path, String* found) {
     fs::path wanted(name);

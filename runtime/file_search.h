@@ -5,13 +5,12 @@
 #include <filesystem>
 #include <vector>
 
+#include "tables/file.h"
 #include "values/string.h"
 
 namespace zobase {
 
-// The regular file of that name, or the one in its directory whose name
-// matches without regard to case.
-bool exists_ci(const std::filesystem::path& name, std::filesystem::path* found);
+// exists_ci, the case-insensitive look-up below, belongs to the file layer.
 
 // `name` as written or case-insensitively, then, for a relative name, in each
 // directory of `search_path` in order.
