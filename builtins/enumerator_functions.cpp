@@ -3,7 +3,7 @@
 #include "builtins/handlers.h"
 #include "objects/array_enumerator.h"
 #include "objects/object.h"
-#include "values/call_trace.h"
+#include "base/call_trace.h"
 #include "values/symtable.h"
 #include "vm/param_window.h"
 

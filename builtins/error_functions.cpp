@@ -7,9 +7,9 @@
 #include "builtins/arguments.h"
 #include "builtins/handlers.h"
 #include "objects/exception_object.h"
-#include "runtime/runtime.h"
-#include "runtime/screen.h"
 #include "values/money.h"
+#include "vm/runtime_services.h"
+#include "vm/screen.h"
 #include "vm/vm_stack.h"
 
 namespace zobase {
@@ -25,7 +25,7 @@ void write_element(VmStack* stack, Array* array, uint64_t row, uint64_t column,
     element->set_variant(&value);
 }
 
-bool asserts_on(VmStack* stack) { return stack->runtime && stack->runtime->flags.asserts; }
+bool asserts_on(VmStack* stack) { return stack->services && stack->services->asserts(); }
 
 // A number of any numeric type, which must fit 32 bits (39 otherwise).
 int32_t error_number(const Variant& value) {
@@ -100,7 +100,7 @@ void void_stackcall_error(VmStack* stack, unsigned long long argc) {
 // ASSERT expression; the compiler passes the expression's text as argument 2.
 void void_stackcall_assert(VmStack* stack, unsigned long long) {
     if (!asserts_on(stack) || argument(stack, 1).tag != TAG_FALSE) return;
-    Screen* screen = stack->runtime->screen;
+    Screen* screen = stack->services->screen();
     screen->err(String("ASSERT FAILED: "));
     screen->errendl(string_argument(stack, 2));
     throw RuntimeError(1098);

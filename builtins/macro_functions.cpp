@@ -9,7 +9,7 @@
 #include "builtins/arguments.h"
 #include "builtins/handlers.h"
 #include "objects/operand_object.h"
-#include "values/call_trace.h"
+#include "base/call_trace.h"
 #include "vm/call_resolver.h"
 #include "vm/param.h"
 #include "vm/vm_stack.h"

@@ -5,6 +5,7 @@
 
 #include "builtins/arguments.h"
 #include "builtins/handlers.h"
+#include "vm/variant_compare.h"
 #include "vm/vm_stack.h"
 
 namespace zobase {

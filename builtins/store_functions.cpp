@@ -3,7 +3,7 @@
 // compiled assignment then stores into the target.
 #include "builtins/arguments.h"
 #include "builtins/handlers.h"
-#include "values/call_trace.h"
+#include "base/call_trace.h"
 #include "vm/vm_stack.h"
 
 namespace zobase {

@@ -8,10 +8,10 @@
 
 #include "builtins/arguments.h"
 #include "builtins/handlers.h"
-#include "runtime/runtime.h"
 #include "text/charset.h"
 #include "text/collation.h"
-#include "values/call_trace.h"
+#include "base/call_trace.h"
+#include "vm/runtime_services.h"
 #include "vm/vm_stack.h"
 
 namespace zobase {
@@ -21,8 +21,8 @@ namespace {
 constexpr size_t TO_THE_END = std::numeric_limits<size_t>::max();
 
 const Charset* default_charset(VmStack* stack) {
-    if (stack->runtime && stack->runtime->default_charset) return stack->runtime->default_charset;
-    return Charset::utf8;
+    const Charset* machine = stack->services ? stack->services->default_charset() : nullptr;
+    return machine ? machine : Charset::utf8;
 }
 
 String empty_in(const Charset* charset) { return String(0, charset); }

@@ -5,14 +5,14 @@
 #include <cstdio>
 #include <memory>
 
+#include "base/call_trace.h"
 #include "compiler/expression.h"
+#include "compiler/module.h"
 #include "frontend/scanner.h"
-#include "runtime/runtime.h"
-#include "runtime/screen.h"
-#include "values/call_trace.h"
 #include "values/error.h"
 #include "values/symtable.h"
 #include "vm/program.h"
+#include "vm/screen.h"
 #include "vm/vm_stack.h"
 
 namespace zobase {
@@ -84,7 +84,7 @@ BuildInput::BuildInput(VmStack* s) : stack(s) {}
 void BuildInput::import_library(const Library* library) { libraries.push_back(library); }
 
 void BuildInput::set_module_context_from_frame(VmStack* running) {
-    if (running->frame && running->frame->program) module = running->frame->program->module;
+    if (running->frame && running->frame->program) module = module_of(running->frame->program);
 }
 
 void BuildInput::init_compiler(Compiler& compiler) const {

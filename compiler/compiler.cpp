@@ -4,8 +4,8 @@
 
 #include <cstdio>
 
-#include "runtime/runtime.h"
-#include "values/call_trace.h"
+#include "vm/runtime_services.h"
+#include "base/call_trace.h"
 #include "values/error.h"
 #include "values/symtable.h"
 #include "vm/try_scope.h"
@@ -61,9 +61,7 @@ VmOp* CompiledCodeCollection::last_instruction() const noexcept {
 
 Compiler::Compiler(VmStack* s) : code(this), stack(s) {}
 
-Runtime* Compiler::runtime() const noexcept { return stack->runtime; }
-
-Symtable& Compiler::symbols() const { return stack->runtime->symbols(); }
+Symtable& Compiler::symbols() const { return stack->services->symbols(); }
 
 void Compiler::reset(int new_flags, bool full) {
     labels.clear();

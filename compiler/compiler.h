@@ -14,7 +14,7 @@
 #include <unordered_set>
 #include <vector>
 
-#include "builtins/library.h"
+#include "compiler/library.h"
 #include "frontend/syntax_tree.h"
 #include "frontend/token.h"
 #include "values/string.h"
@@ -24,7 +24,6 @@
 namespace zobase {
 
 class Compiler;
-class Runtime;
 class Symtable;
 class VmStack;
 class Module;
@@ -142,7 +141,6 @@ public:
     const Module* module = nullptr;
     std::vector<compile_error_st> errors;
 
-    Runtime* runtime() const noexcept;
     Symtable& symbols() const;
 
     void reset(int new_flags, bool full);

@@ -6,7 +6,7 @@
 
 #include "compiler/expression.h"
 #include "compiler/statements.h"
-#include "values/call_trace.h"
+#include "base/call_trace.h"
 #include "values/error.h"
 
 namespace zobase {

@@ -5,8 +5,7 @@
 
 #include "compiler/build_input.h"
 #include "compiler/discard_screen.h"
-#include "runtime/runtime.h"
-#include "values/call_trace.h"
+#include "base/call_trace.h"
 #include "values/error.h"
 #include "values/symtable.h"
 #include "vm/vm_run.h"
@@ -547,11 +546,12 @@ bool ____compiletime_eval_constexpr(const document_location_st& location, Compil
                                                               {}, 0, location, nullptr));
     LinkerInfo info{&compiler->symbols()};
     link_anonymous_program(info, program.get());
-    Runtime* runtime = compiler->runtime();
+    VmStack* compiling = compiler->stack;
     DiscardScreen quiet;
-    ScreenSwap swap(runtime, &quiet);
-    VmStack stack(runtime, 1024, 64);
-    stack.resolver = compiler->stack->resolver;
+    ScreenSwap swap(compiling->services, &quiet);
+    VmStack stack(compiling->runtime, 1024, 64);
+    stack.resolver = compiling->resolver;
+    stack.services = compiling->services;
     try {
         execute_program(&stack, 0, false, program.get(), result);
     } catch (const RuntimeError& error) {

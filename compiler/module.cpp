@@ -8,13 +8,12 @@
 #include <memory>
 #include <unordered_map>
 
+#include "base/call_trace.h"
 #include "compiler/build_input.h"
-#include "runtime/module_cache.h"
-#include "runtime/runtime.h"
 #include "text/charset.h"
-#include "values/call_trace.h"
 #include "values/error.h"
 #include "values/symtable.h"
+#include "vm/runtime_services.h"
 #include "vm/vm_stack.h"
 
 namespace zobase {
@@ -55,7 +54,7 @@ void compile_module_stmt_function(module_build_st& build, statement_iterator& it
                                                             build.end, it, head->parameters.get(),
                                                             head->location));
     if (!function) return;
-    unsigned symbol = build.input->stack->runtime->symbols().symbolize(head->name);
+    unsigned symbol = build.input->stack->services->symbols().symbolize(head->name);
     if (build.module->functions.try_emplace(symbol, function.get()).second) function.release();
 }
 
@@ -124,6 +123,8 @@ constexpr bom_st BOMS[] = {
     {"\xFF\xFE", 2, "utf-16le"},         {"\xFE\xFF", 2, "utf-16be"},
 };
 
+}  // namespace
+
 String read_source_file(const String& path, const Charset* fallback) {
     std::ifstream in(std::filesystem::path(path), std::ios::binary);
     if (!in) throw RuntimeError(1104, path);
@@ -135,8 +136,6 @@ String read_source_file(const String& path, const Charset* fallback) {
     }
     return String::fromBytes(bytes.data(), bytes.size(), fallback ? fallback : Charset::utf8);
 }
-
-}  // namespace
 
 Module::~Module() {
     delete main;
@@ -164,21 +163,12 @@ Module* BuildInput::build_module(const String& name, const String& text) {
     module->main = compile_function(*this, COMPILER_FLAGS_FUNCTION, file_stem(name), build.end, it, nullptr, start);
     while (it != build.end) compile_module_statement(build, it);
     if (!diagnostics.empty()) {
-        report_diagnostics(stack->runtime->screen);
+        report_diagnostics(stack->services->screen());
         raise_diagnostics();
     }
-    LinkerInfo info{&stack->runtime->symbols(), find_module_function};
+    LinkerInfo info{&stack->services->symbols(), find_module_function};
     link_module(info, module.get());
     return module.release();
-}
-
-Module* compile_module_file(VmStack* stack, const String& path, module_map* modules) {
-    ZO_TRACE();
-    String text = read_source_file(path, stack->runtime->default_charset);
-    text.convert(Charset::utf8, 0, CSTRAN_SUBSTITUTE);
-    BuildInput input(stack);
-    input.import_library(stack->runtime->library());
-    return input.build_module(path, text);
 }
 
 }  // namespace zobase

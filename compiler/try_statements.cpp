@@ -6,7 +6,7 @@
 #include "compiler/build_input.h"
 #include "compiler/expression.h"
 #include "compiler/statements.h"
-#include "values/call_trace.h"
+#include "base/call_trace.h"
 #include "vm/try_scope.h"
 
 namespace zobase {

@@ -5,7 +5,7 @@
 
 #include "text/charset.h"
 #include "text/collation.h"
-#include "values/call_trace.h"
+#include "base/call_trace.h"
 #include "values/error.h"
 #include "values/string_detail.h"
 

@@ -10,7 +10,7 @@
 
 #include "frontend/scanner.h"
 #include "text/charset.h"
-#include "values/call_trace.h"
+#include "base/call_trace.h"
 #include "values/error.h"
 #include "values/money.h"
 

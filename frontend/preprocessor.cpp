@@ -8,7 +8,7 @@
 #include "frontend/scanner.h"
 #include "text/charset.h"
 #include "text/collation.h"
-#include "values/call_trace.h"
+#include "base/call_trace.h"
 #include "values/error.h"
 
 namespace zobase {

@@ -3,7 +3,7 @@
 #include <unicode/uchar.h>
 
 #include "text/charset.h"
-#include "values/call_trace.h"
+#include "base/call_trace.h"
 
 namespace zobase {
 

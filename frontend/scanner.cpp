@@ -7,7 +7,7 @@
 #include "frontend/keywords.h"
 #include "frontend/syntax_tree.h"
 #include "text/charset.h"
-#include "values/call_trace.h"
+#include "base/call_trace.h"
 #include "values/error.h"
 
 namespace zobase {

@@ -3,7 +3,7 @@
 #include <memory>
 
 #include "text/collation.h"
-#include "values/call_trace.h"
+#include "base/call_trace.h"
 #include "values/error.h"
 #include "values/symtable.h"
 #include "vm/vm_stack.h"

@@ -5,7 +5,7 @@
 #include <exception>
 
 #include "runtime/runtime.h"
-#include "values/call_trace.h"
+#include "base/call_trace.h"
 #include "values/error.h"
 
 namespace zobase {

@@ -4,11 +4,13 @@
 #include <memory>
 #include <system_error>
 
+#include "base/call_trace.h"
+#include "compiler/build_input.h"
 #include "compiler/module.h"
 #include "runtime/file_search.h"
 #include "runtime/runtime.h"
 #include "runtime/screen.h"
-#include "values/call_trace.h"
+#include "text/charset.h"
 #include "values/error.h"
 #include "vm/vm_stack.h"
 
@@ -72,6 +74,16 @@ const Module* ModuleCache::load_from_disk(VmStack* stack, const String& file, Ca
     } catch (const fs::filesystem_error& error) {
         throw RuntimeError(9901, String(error.what()));
     }
+}
+
+Module* compile_module_file(VmStack* stack, const String& path, module_map*) {
+    ZO_TRACE();
+    Runtime* runtime = stack->runtime;
+    String text = read_source_file(path, runtime->default_charset);
+    text.convert(Charset::utf8, 0, CSTRAN_SUBSTITUTE);
+    BuildInput input(stack);
+    input.import_library(runtime->library());
+    return input.build_module(path, text);
 }
 
 void ModuleCache::add_procedure(VmStack* stack, const String& file) {

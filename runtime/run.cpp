@@ -5,7 +5,7 @@
 #include "compiler/build_input.h"
 #include "runtime/runtime.h"
 #include "runtime/screen.h"
-#include "values/call_trace.h"
+#include "base/call_trace.h"
 #include "values/error.h"
 #include "vm/vm_run.h"
 #include "vm/vm_stack.h"

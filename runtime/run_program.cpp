@@ -7,7 +7,7 @@
 #include "runtime/runtime.h"
 #include "runtime/screen.h"
 #include "values/array.h"
-#include "values/call_trace.h"
+#include "base/call_trace.h"
 #include "values/error.h"
 #include "values/symtable.h"
 #include "values/variant.h"

@@ -12,7 +12,7 @@
 #include "runtime/screen.h"
 #include "runtime/screen_input.h"
 #include "text/charset.h"
-#include "values/call_trace.h"
+#include "base/call_trace.h"
 #include "values/error.h"
 
 namespace zobase {

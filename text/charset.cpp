@@ -3,7 +3,7 @@
 #include <algorithm>
 
 #include "text/charset_classes.h"
-#include "values/call_trace.h"
+#include "base/call_trace.h"
 #include "values/error.h"
 
 namespace zobase {

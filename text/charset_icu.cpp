@@ -4,7 +4,7 @@
 #include <map>
 
 #include "text/charset_classes.h"
-#include "values/call_trace.h"
+#include "base/call_trace.h"
 #include "values/error.h"
 
 namespace zobase {

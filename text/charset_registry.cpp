@@ -9,7 +9,7 @@
 #include <unordered_map>
 
 #include "text/charset_classes.h"
-#include "values/call_trace.h"
+#include "base/call_trace.h"
 #include "values/error.h"
 
 namespace zobase {

@@ -7,7 +7,7 @@
 #include <cstdint>
 
 #include "text/charset.h"
-#include "values/export.h"
+#include "base/export.h"
 #include "values/string.h"
 
 namespace zobase {

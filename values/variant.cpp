@@ -5,7 +5,7 @@
 #include <cstdio>
 
 #include "text/charset.h"
-#include "values/call_trace.h"
+#include "base/call_trace.h"
 #include "values/date.h"
 #include "values/error.h"
 #include "values/money.h"

@@ -3,7 +3,7 @@
 #include <cmath>
 #include <limits>
 
-#include "values/call_trace.h"
+#include "base/call_trace.h"
 #include "values/error.h"
 #include "values/money.h"
 #include "values/numeric.h"

@@ -2,7 +2,7 @@
 // exception leaves it only after the frame's variables are released.
 #include <exception>
 
-#include "values/call_trace.h"
+#include "base/call_trace.h"
 #include "vm/error_handling.h"
 #include "vm/try_scope.h"
 #include "vm/vm_run.h"

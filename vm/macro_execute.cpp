@@ -3,7 +3,7 @@
 #include <cstring>
 #include <memory>
 
-#include "values/call_trace.h"
+#include "base/call_trace.h"
 #include "values/error.h"
 #include "vm/call_resolver.h"
 #include "vm/program.h"

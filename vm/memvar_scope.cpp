@@ -1,5 +1,5 @@
 // Name lookup and the LOCAL, PRIVATE, PUBLIC and PARAMETERS rules.
-#include "values/call_trace.h"
+#include "base/call_trace.h"
 #include "vm/call_resolver.h"
 #include "vm/program.h"
 #include "vm/vm_instructions.h"

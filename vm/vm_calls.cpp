@@ -1,7 +1,7 @@
 // Calls, by-reference arguments and the library argument conversion.
 #include <cmath>
 
-#include "values/call_trace.h"
+#include "base/call_trace.h"
 #include "values/money.h"
 #include "vm/call_resolver.h"
 #include "vm/param_window.h"

@@ -1,8 +1,8 @@
-// Subscripts, object members and the names that tables can hide.
+// Subscripts, object members and the names that work areas can hide.
 #include <cstring>
 
-#include "objects/object.h"
-#include "values/call_trace.h"
+#include "vm/object.h"
+#include "base/call_trace.h"
 #include "values/symtable.h"
 #include "vm/param_window.h"
 #include "vm/vm_instructions.h"
@@ -73,20 +73,6 @@ void write_default_member(VmStack* stack, const Variant* object, uint64_t n) {
     stack->pop_to(mark);
 }
 
-// Filled by the table engine: pushes the field of that name of the
-// expression table, or else of the current table of the current session.
-bool push_table_field(VmStack* stack, uint32_t) {
-    if (!stack->expression_table && !stack->session) return false;
-    raise_not_available("field reads");
-}
-
-// Filled by the data sessions: pushes the object of the work area with
-// that alias in the current session.
-bool push_work_area_object(VmStack* stack, uint32_t) {
-    if (!stack->session) return false;
-    raise_not_available("work area aliases");
-}
-
 }  // namespace
 
 void read_array_item(VmStack* stack, Variant* array, uint64_t n, Variant* dest) {
@@ -108,15 +94,25 @@ void write_array_item(VmStack* stack, Variant* array, uint64_t n) {
 }
 
 void read_by_name(VmStack* stack, uint32_t symbol) {
-    if (push_table_field(stack, symbol)) return;
+    field_ref_st field;
+    if (stack->sessions->find_field(stack, symbol, &field)) {
+        stack->sessions->read_field(stack, field, stack->push());
+        return;
+    }
     const Memvar* var = find_memvar(stack, symbol);
     stack->push()->set_variant(var);
 }
 
 void read_file_object_or_memvar(VmStack* stack, uint32_t symbol) {
-    if (push_work_area_object(stack, symbol)) return;
+    Memvar* slot = stack->push();
+    if (stack->sessions->find_work_area(stack, symbol, slot)) return;
+    stack->pop();
     const Memvar* var = find_memvar(stack, symbol);
     stack->push()->set_variant(var);
+}
+
+void read_expression_field(VmStack* stack, uint16_t index) {
+    stack->sessions->read_expression_field(stack, index, stack->push());
 }
 
 namespace {

@@ -4,6 +4,7 @@
 #include "values/numeric.h"
 #include "vm/macro_execute.h"
 #include "vm/try_scope.h"
+#include "vm/variant_compare.h"
 #include "vm/vm_instructions.h"
 
 namespace zobase {
@@ -458,6 +459,9 @@ void vm_run(VmStack* stack, VmOp*** ip, Variant* ret) {
             break;
         }
         case OP_TEST_TEXTMERGE_ON: stack->push()->set_bool(stack->textmerge); break;
+        case OP_READ_FIELD_BY_INDEX:
+            read_expression_field(stack, op_as<VmOpReadFieldByIndex>(op).value);
+            break;
         case OP_TRY_ENTER:
             // At rest there is no frame to hold the scope, and no frame to catch in.
             if (stack->frame) enter_try_scope(stack->frame, &op_as<VmOpTryEnter>(op));

@@ -10,7 +10,7 @@
 
 #include "runtime/runtime.h"
 #include "runtime/screen.h"
-#include "values/call_trace.h"
+#include "base/call_trace.h"
 #include "values/error.h"
 #include "vm/vm_stack.h"
 

@@ -6,6 +6,7 @@
 #include "values/error.h"
 #include "tests/unit/support/error_number.h"
 #include "values/variant.h"
+#include "vm/variant_compare.h"
 
 using namespace zobase;
 using zobase::testing::error_number_of;
