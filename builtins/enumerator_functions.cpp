@@ -35,7 +35,7 @@ void stackcall_get_enumerator(VmStack* stack, unsigned long long, Variant* resul
     if (source.tag == TAG_ARRAY) return create_array_enumerator(source.array, result);
     if (source.tag == TAG_OBJECT && source.object.control)
         return object_enumerator(stack, source, result);
-    throw RuntimeError(11);
+    throw RuntimeError(ERR_ARGUMENT_INVALID);
 }
 
 }  // namespace zobase

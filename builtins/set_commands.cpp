@@ -24,7 +24,7 @@ enum SetFlag : long long {
 
 bool logical_value(VmStack* stack) {
     const Variant& value = argument(stack, 2);
-    if (value.tag != TAG_TRUE && value.tag != TAG_FALSE) throw RuntimeError(11);
+    if (value.tag != TAG_TRUE && value.tag != TAG_FALSE) throw RuntimeError(ERR_ARGUMENT_INVALID);
     return value.tag == TAG_TRUE;
 }
 
@@ -32,7 +32,7 @@ bool logical_value(VmStack* stack) {
 
 void void_stackcall_set(VmStack* stack, unsigned long long argc) {
     switch (static_cast<integer_type_st>(argument(stack, 1))) {
-    case SET_STEP: throw RuntimeError(9001);  // no debugger is ever connected
+    case SET_STEP: throw RuntimeError(ERR_DEBUGGER_NOT_AVAILABLE);  // no debugger is ever connected
     case SET_EXACT: stack->sessions->settings().exact = logical_value(stack); return;
     case SET_SPACE: stack->space = logical_value(stack); return;
     case SET_ASSERTS: stack->services->set_asserts(logical_value(stack)); return;
@@ -42,7 +42,7 @@ void void_stackcall_set(VmStack* stack, unsigned long long argc) {
     case SET_DECIMALS: raise_not_available("set decimals");
     case SET_BLOCKSIZE: raise_not_available("set blocksize");
     case SET_NEAR: raise_not_available("set near");
-    default: throw RuntimeError(1001);
+    default: throw RuntimeError(ERR_NOT_AVAILABLE);
     }
 }
 

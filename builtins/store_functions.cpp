@@ -31,7 +31,7 @@ void stackcall_dimension(VmStack* stack, unsigned long long, Variant* result) {
     long long rows = argument(stack, 1).integer;
     const Variant& columns = argument(stack, 2);
     long long column_count = columns.tag == TAG_INTEGER ? columns.integer : 0;
-    if (rows < 1 || column_count < 0) throw RuntimeError(230);
+    if (rows < 1 || column_count < 0) throw RuntimeError(ERR_ARRAY_DIMENSIONS_INVALID);
     const Variant& target = argument(stack, 3);
     if (target.tag == TAG_ARRAY) target.copy(result);
     result->dimension(stack, static_cast<uint64_t>(rows), static_cast<uint64_t>(column_count));

@@ -151,7 +151,7 @@ Program* BuildInput::build_command(const String& text) {
     compile_statement_list(statements.cend(), it, &compiler.code, path);
     while (it != statements.cend()) {
         if (!is_block_keyword((*it)->type)) raise_not_available("statement");
-        compiler.record_error(10, (*it)->location);
+        compiler.record_error(ERR_SYNTAX, (*it)->location);
         ++it;
         compile_statement_list(statements.cend(), it, &compiler.code, path);
     }
@@ -207,7 +207,7 @@ void BuildInput::build_operand(const token_st* begin, const token_st* end, const
     for (const parse_error_st& error : errors)
         add_diagnostic(DIAGNOSTIC_CATEGORY_PARSER, error.number, error.location);
     raise_diagnostics();
-    if (!operand) throw RuntimeError(10);
+    if (!operand) throw RuntimeError(ERR_SYNTAX);
     compile_operand(operand.get(), out);
 }
 

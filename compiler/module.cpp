@@ -87,7 +87,7 @@ bool is_block_closer(int32_t type) {
 void compile_module_stray_statement(module_build_st& build, statement_iterator& it) {
     if (!is_block_closer((*it)->type)) raise_not_available("statement");
     document_location_st location = (*it)->location;
-    build.input->add_diagnostic(DIAGNOSTIC_CATEGORY_COMPILER, 10, location);
+    build.input->add_diagnostic(DIAGNOSTIC_CATEGORY_COMPILER, ERR_SYNTAX, location);
     ++it;
     delete compile_function(*build.input, COMPILER_FLAGS_FUNCTION, String(), build.end, it, nullptr, location);
 }
@@ -127,7 +127,7 @@ constexpr bom_st BOMS[] = {
 
 String read_source_file(const String& path, const Charset* fallback) {
     std::ifstream in(std::filesystem::path(path), std::ios::binary);
-    if (!in) throw RuntimeError(1104, path);
+    if (!in) throw RuntimeError(ERR_FILE_READ, path);
     std::string bytes((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
     for (const bom_st& bom : BOMS) {
         if (bytes.size() < bom.size || std::memcmp(bytes.data(), bom.bytes, bom.size) != 0) continue;

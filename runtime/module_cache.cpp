@@ -47,7 +47,7 @@ void ModuleCache::retire(std::map<String, ModuleDomain*, StringLessThan_Unicode_
 const Module* ModuleCache::load_from_disk(VmStack* stack, const String& file, CachePolicy policy) {
     ZO_TRACE();
     String found;
-    if (!stack->runtime->find_file(file, &found, true, true)) throw RuntimeError(1, file);
+    if (!stack->runtime->find_file(file, &found, true, true)) throw RuntimeError(ERR_FILE_NOT_FOUND, file);
     try {
         String path = canonical_path(found);
         stack->runtime->screen->on_load_module(stack, path);
@@ -72,7 +72,7 @@ const Module* ModuleCache::load_from_disk(VmStack* stack, const String& file, Ca
         if (procedure != procedures_.end()) procedure->second = domain->entry;
         return domain.release()->entry;
     } catch (const fs::filesystem_error& error) {
-        throw RuntimeError(9901, String(error.what()));
+        throw RuntimeError(ERR_FILESYSTEM_GENERIC, String(error.what()));
     }
 }
 

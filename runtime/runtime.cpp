@@ -243,7 +243,7 @@ Class* GetClass(VmStack* stack, const String* name) {
     uint32_t id = runtime->symbols().symbolize(*name);
     const auto& classes = runtime->library()->classes;
     auto found = classes.find(id);
-    if (found == classes.end()) throw RuntimeError(1733, *name);
+    if (found == classes.end()) throw RuntimeError(ERR_CLASS_NOT_FOUND, *name);
     return found->second;
 }
 

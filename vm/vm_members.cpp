@@ -16,20 +16,20 @@ namespace {
 // element arithmetic could wrap; row 0 is left to the array, which raises 11.
 uint64_t subscript(const Array& array, const Memvar* first, uint64_t k) {
     integer_type_st value = static_cast<integer_type_st>(*(first - (k - 1))->follow());
-    if (value < 0 || static_cast<uint64_t>(value) > array.count) throw RuntimeError(1234);
+    if (value < 0 || static_cast<uint64_t>(value) > array.count) throw RuntimeError(ERR_SUBSCRIPT_OUT_OF_RANGE);
     return static_cast<uint64_t>(value);
 }
 
 const Variant* element_to_read(const Array& array, const Memvar* first, uint64_t n) {
     if (n == 1) return array.read(subscript(array, first, 1));
     if (n == 2) return array.read(subscript(array, first, 1), subscript(array, first, 2));
-    throw RuntimeError(11);
+    throw RuntimeError(ERR_ARGUMENT_INVALID);
 }
 
 Variant* element_to_write(VmStack* stack, Array& array, const Memvar* first, uint64_t n) {
     if (n == 1) return array.write(stack, subscript(array, first, 1));
     if (n == 2) return array.write(stack, subscript(array, first, 1), subscript(array, first, 2));
-    throw RuntimeError(11);
+    throw RuntimeError(ERR_ARGUMENT_INVALID);
 }
 
 Object* object_in(const Memvar* slot) { return static_cast<Object*>(*slot->follow()); }
@@ -78,7 +78,7 @@ void write_default_member(VmStack* stack, const Variant* object, uint64_t n) {
 void read_array_item(VmStack* stack, Variant* array, uint64_t n, Variant* dest) {
     const Variant* target = array->follow();
     if (target->tag == TAG_OBJECT) return read_default_member(stack, target, n, dest);
-    if (target->tag != TAG_ARRAY) throw RuntimeError(232);
+    if (target->tag != TAG_ARRAY) throw RuntimeError(ERR_NOT_AN_ARRAY);
     const Variant* element = element_to_read(target->array, stack->esp + n - 1, n);
     Variant copy(*element);
     move_into(stack, dest, &copy);
@@ -87,7 +87,7 @@ void read_array_item(VmStack* stack, Variant* array, uint64_t n, Variant* dest) 
 void write_array_item(VmStack* stack, Variant* array, uint64_t n) {
     Variant* target = array->follow();
     if (target->tag == TAG_OBJECT) return write_default_member(stack, target, n);
-    if (target->tag != TAG_ARRAY) throw RuntimeError(232);
+    if (target->tag != TAG_ARRAY) throw RuntimeError(ERR_NOT_AN_ARRAY);
     Variant* element = element_to_write(stack, target->array, stack->esp + n, n);
     element->release(stack);
     stack->esp->deliver(element);
@@ -154,7 +154,7 @@ void object_call(VmStack* stack, uint32_t symbol, uint64_t n) {
 
 void object_call_pointer(VmStack* stack, uint32_t symbol, uint64_t n) {
     ZO_TRACE();
-    member_by_reference(stack, symbol, n, &Object::virtual_call, 9004);
+    member_by_reference(stack, symbol, n, &Object::virtual_call, ERR_RVALUE_BY_REFERENCE);
 }
 
 void object_read(VmStack* stack, uint32_t symbol, uint64_t n) {
@@ -164,7 +164,7 @@ void object_read(VmStack* stack, uint32_t symbol, uint64_t n) {
 
 void object_read_pointer(VmStack* stack, uint32_t symbol, uint64_t n) {
     ZO_TRACE();
-    member_by_reference(stack, symbol, n, &Object::virtual_access_ref, 9014);
+    member_by_reference(stack, symbol, n, &Object::virtual_access_ref, ERR_UNSAFE_POINTER);
 }
 
 void object_write(VmStack* stack, uint32_t symbol, uint64_t n) {

@@ -82,7 +82,7 @@ void cast_top(VmStack* stack, const VmOp* op, uint8_t wanted) {
     if (top->tag == wanted) return;
     if (top->tag == TAG_NULL) {
         if (op_as<VmOpCastBase>(op).allow_null) return;
-        throw RuntimeError(11);
+        throw RuntimeError(ERR_ARGUMENT_INVALID);
     }
     Variant converted;
     switch (wanted) {
@@ -107,7 +107,7 @@ void cast_top(VmStack* stack, const VmOp* op, uint8_t wanted) {
         converted.set_string(s);
         break;
     }
-    default: throw RuntimeError(11);
+    default: throw RuntimeError(ERR_ARGUMENT_INVALID);
     }
     top->release(stack);
     std::memcpy(static_cast<void*>(top), &converted, sizeof(Variant));
@@ -118,7 +118,7 @@ void cast_logical_or_object(VmStack* stack, const VmOp* op, bool object) {
     bool passes_as_is = object ? tag == TAG_OBJECT : (tag == TAG_FALSE || tag == TAG_TRUE);
     if (passes_as_is) return;
     if (tag == TAG_NULL && op_as<VmOpCastBase>(op).allow_null) return;
-    throw RuntimeError(11);
+    throw RuntimeError(ERR_ARGUMENT_INVALID);
 }
 
 void write_slot(VmStack* stack, Memvar* slot) {
@@ -237,12 +237,12 @@ void vm_run(VmStack* stack, VmOp*** ip, Variant* ret) {
         case OP_CAST_TO_STRING: cast_top(stack, op, TAG_STRING); break;
         case OP_CAST_TO_OBJECT: cast_logical_or_object(stack, op, true); break;
         case OP_CHECK_NOT_NULL:
-            if (stack->esp->tag == TAG_NULL) throw RuntimeError(11);
+            if (stack->esp->tag == TAG_NULL) throw RuntimeError(ERR_ARGUMENT_INVALID);
             break;
         case OP_CHECK_ARGUMENT: check_argument(stack, op_as<VmOpCheckArgument>(op)); break;
         case OP_COND_TRUE_JUMP: {
             uint8_t tag = stack->esp->tag;
-            if (tag > TAG_TRUE) throw RuntimeError(11);
+            if (tag > TAG_TRUE) throw RuntimeError(ERR_ARGUMENT_INVALID);
             stack->pop();
             if (tag == TAG_TRUE) {
                 *ip = op_as<VmOpCondTrueJump>(op).target;
@@ -252,7 +252,7 @@ void vm_run(VmStack* stack, VmOp*** ip, Variant* ret) {
         }
         case OP_COND_TRUE_JUMP_KEEP_ESP: {
             uint8_t tag = stack->esp->tag;
-            if (tag > TAG_TRUE) throw RuntimeError(11);
+            if (tag > TAG_TRUE) throw RuntimeError(ERR_ARGUMENT_INVALID);
             if (tag == TAG_TRUE) {
                 *ip = op_as<VmOpCondTrueJumpKeepEsp>(op).target;
                 continue;
@@ -261,7 +261,7 @@ void vm_run(VmStack* stack, VmOp*** ip, Variant* ret) {
         }
         case OP_COND_FALSE_OR_NULL_JUMP: {
             uint8_t tag = stack->esp->tag;
-            if (tag > TAG_TRUE) throw RuntimeError(11);
+            if (tag > TAG_TRUE) throw RuntimeError(ERR_ARGUMENT_INVALID);
             stack->pop();
             if (tag <= TAG_NULL) {
                 *ip = op_as<VmOpCondFalseOrNullJump>(op).target;
@@ -271,7 +271,7 @@ void vm_run(VmStack* stack, VmOp*** ip, Variant* ret) {
         }
         case OP_COND_FALSE_OR_NULL_JUMP_KEEP_ESP: {
             uint8_t tag = stack->esp->tag;
-            if (tag > TAG_TRUE) throw RuntimeError(11);
+            if (tag > TAG_TRUE) throw RuntimeError(ERR_ARGUMENT_INVALID);
             if (tag <= TAG_NULL) {
                 *ip = op_as<VmOpCondFalseOrNullJumpKeepEsp>(op).target;
                 continue;
@@ -446,7 +446,7 @@ void vm_run(VmStack* stack, VmOp*** ip, Variant* ret) {
             Memvar* top = stack->esp;
             if (top->tag == TAG_FALSE) top->tag = TAG_TRUE;
             else if (top->tag == TAG_TRUE) top->tag = TAG_FALSE;
-            else if (top->tag != TAG_NULL) throw RuntimeError(11);
+            else if (top->tag != TAG_NULL) throw RuntimeError(ERR_ARGUMENT_INVALID);
             break;
         }
         case OP_UNARY_NEG: {

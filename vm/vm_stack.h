@@ -112,7 +112,7 @@ public:
 
     // Pushes a clean slot, or raises 9010 without changing anything.
     Memvar* push() {
-        if (esp - 1 < base) throw RuntimeError(9010);
+        if (esp - 1 < base) throw RuntimeError(ERR_STACK_OVERFLOW);
         return --esp;
     }
     void pop() {
