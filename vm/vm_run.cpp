@@ -1,6 +1,8 @@
 // The dispatch loop: one switch over the opcode byte.
 #include "vm/vm_run.h"
 
+#include <string>
+
 #include "values/numeric.h"
 #include "vm/macro_execute.h"
 #include "vm/try_scope.h"
@@ -166,15 +168,51 @@ void read_memvar_or_false(VmStack* stack, uint32_t symbol) {
 
 [[noreturn]] void not_built(const VmOp* op) { raise_not_available(opcode_class_name(op->opcode)); }
 
-}  // namespace
+long long resolve_count(StackCount count, const VmOp* op, bool taken) {
+    switch (count) {
+    case STACK_N: return static_cast<long long>(count_operand(op));
+    case STACK_N1: return static_cast<long long>(count_operand(op)) + 1;
+    case STACK_TAKEN: return taken ? 1 : 0;
+    default: return count;
+    }
+}
 
-void vm_run(VmStack* stack, VmOp*** ip, Variant* ret) {
+[[noreturn]] void stack_effect_failed(const VmOp* op, uint64_t before, uint64_t after, const char* expected) {
+    thread_local std::string text;
+    text = std::string("stack effect of ") + opcode_class_name(op->opcode) + ": depth " + std::to_string(before) +
+           " became " + std::to_string(after) + ", the instruction table says " + expected;
+    throw assert_failed_exception(text.c_str());
+}
+
+// The checked mode's test after an instruction that completed.
+void verify_stack_effect(const VmStack* stack, const VmOp* op, uint64_t before, bool taken) {
+    const instruction_info_st& row = instruction_info(op->opcode);
+    if (row.pops == STACK_FRAME) {
+        if (stack->esp != stack->frame_esp)
+            stack_effect_failed(op, before, stack->depth(), "the frame's own slots");
+        return;
+    }
+    long long expected =
+        static_cast<long long>(before) - resolve_count(row.pops, op, taken) + resolve_count(row.pushes, op, taken);
+    if (static_cast<long long>(stack->depth()) != expected)
+        stack_effect_failed(op, before, stack->depth(), std::to_string(expected).c_str());
+}
+
+// The dispatch loop, compiled twice: Checked verifies every instruction's
+// stack effect against the instruction table.
+template <bool Checked>
+void run_loop(VmStack* stack, VmOp*** ip, Variant* ret) {
     for (;;) {
         const VmOp* op = **ip;
+        const uint64_t depth_before = Checked ? stack->depth() : 0;
+        auto completed = [&](bool taken) {
+            if constexpr (Checked) verify_stack_effect(stack, op, depth_before, taken);
+        };
         switch (op->opcode) {
         case OP_UNWIND_FRAME:
             *ip = stack->frame->saved_ip;
             stack->pop_to(stack->frame_esp);
+            completed(false);
             return;
         case OP_RESET_ESP:
             stack->pop_to(stack->frame_esp);
@@ -246,6 +284,7 @@ void vm_run(VmStack* stack, VmOp*** ip, Variant* ret) {
             stack->pop();
             if (tag == TAG_TRUE) {
                 *ip = op_as<VmOpCondTrueJump>(op).target;
+                completed(true);
                 continue;
             }
             break;
@@ -255,6 +294,7 @@ void vm_run(VmStack* stack, VmOp*** ip, Variant* ret) {
             if (tag > TAG_TRUE) throw RuntimeError(ERR_ARGUMENT_INVALID);
             if (tag == TAG_TRUE) {
                 *ip = op_as<VmOpCondTrueJumpKeepEsp>(op).target;
+                completed(true);
                 continue;
             }
             break;
@@ -265,6 +305,7 @@ void vm_run(VmStack* stack, VmOp*** ip, Variant* ret) {
             stack->pop();
             if (tag <= TAG_NULL) {
                 *ip = op_as<VmOpCondFalseOrNullJump>(op).target;
+                completed(true);
                 continue;
             }
             break;
@@ -274,6 +315,7 @@ void vm_run(VmStack* stack, VmOp*** ip, Variant* ret) {
             if (tag > TAG_TRUE) throw RuntimeError(ERR_ARGUMENT_INVALID);
             if (tag <= TAG_NULL) {
                 *ip = op_as<VmOpCondFalseOrNullJumpKeepEsp>(op).target;
+                completed(true);
                 continue;
             }
             stack->pop();
@@ -311,6 +353,7 @@ void vm_run(VmStack* stack, VmOp*** ip, Variant* ret) {
         case OP_FOR_COND_FALSE_JUMP:
             if (for_loop_ends(stack)) {
                 *ip = op_as<VmOpForCondFalseJump>(op).target;
+                completed(true);
                 continue;
             }
             break;
@@ -347,6 +390,7 @@ void vm_run(VmStack* stack, VmOp*** ip, Variant* ret) {
         }
         case OP_JUMP:
             *ip = op_as<VmOpJump>(op).target;
+            completed(true);
             continue;
         case OP_RETURN_VALUE:
             ret->release(stack);
@@ -354,17 +398,23 @@ void vm_run(VmStack* stack, VmOp*** ip, Variant* ret) {
                         sizeof(Variant));
             stack->esp->tag = TAG_FALSE;
             stack->pop();
+            completed(false);
             return;
         case OP_RETURN_POINTER:
             stack->esp->ref(stack, ret, nullptr);
             stack->pop();
+            completed(false);
             return;
         case OP_RETURN:
             ret->release(stack);
             ret->set_true();
+            completed(false);
             return;
         case OP_MACRO_EXECUTE:
-            if (macro_execute(stack, ip, ret)) return;
+            if (macro_execute(stack, ip, ret)) {
+                completed(false);
+                return;
+            }
             break;
         case OP_READ_BY_NAME: read_by_name(stack, op_as<VmOpReadByName>(op).symbol); break;
         case OP_READ_MEMVAR_BY_NAME:
@@ -469,8 +519,18 @@ void vm_run(VmStack* stack, VmOp*** ip, Variant* ret) {
         default:
             not_built(op);
         }
+        completed(false);
         ++*ip;
     }
+}
+
+}  // namespace
+
+bool vm_check_stack_effects = false;
+
+void vm_run(VmStack* stack, VmOp*** ip, Variant* ret) {
+    if (vm_check_stack_effects) run_loop<true>(stack, ip, ret);
+    else run_loop<false>(stack, ip, ret);
 }
 
 }  // namespace zobase
