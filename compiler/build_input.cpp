@@ -96,18 +96,22 @@ void BuildInput::init_compiler(Compiler& compiler) const {
     }
 }
 
-void BuildInput::add_diagnostic(int32_t category, int32_t number, const document_location_st& location) {
-    diagnostics.push_back({category, number, location, source});
+void BuildInput::add_diagnostic(int32_t category, int32_t number, const document_location_st& location,
+                                const String& detail) {
+    diagnostics.push_back({category, number, location, source, detail});
 }
 
 void BuildInput::log_compiler_errors(Compiler& compiler) {
     for (const compile_error_st& error : compiler.errors)
-        add_diagnostic(DIAGNOSTIC_CATEGORY_COMPILER, error.number, error.location);
+        add_diagnostic(DIAGNOSTIC_CATEGORY_COMPILER, error.number, error.location, error.detail);
     compiler.errors.clear();
 }
 
 void BuildInput::raise_diagnostics() const {
-    if (!diagnostics.empty()) throw RuntimeError(diagnostics.front().number);
+    if (diagnostics.empty()) return;
+    const diagnostic_st& first = diagnostics.front();
+    if (first.detail.size()) throw RuntimeError(first.number, first.detail);
+    throw RuntimeError(first.number);
 }
 
 void BuildInput::parse_statements(const String& text, statement_list& statements) {
@@ -149,9 +153,11 @@ Program* BuildInput::build_command(const String& text) {
     CodePath path(&compiler);
     statement_iterator it = statements.cbegin();
     compile_statement_list(statements.cend(), it, &compiler.code, path);
+    // What ends a list and reaches the top: a closer without its opener is a
+    // syntax error, a statement of a module's outline has no place here.
     while (it != statements.cend()) {
-        if (!is_block_keyword((*it)->type)) raise_not_available("statement");
-        compiler.record_error(ERR_SYNTAX, (*it)->location);
+        if (is_block_keyword((*it)->type)) compiler.record_error(ERR_SYNTAX, (*it)->location);
+        else compiler.record_error(ERR_NOT_AVAILABLE, (*it)->location, String("statement"));
         ++it;
         compile_statement_list(statements.cend(), it, &compiler.code, path);
     }
@@ -266,7 +272,7 @@ size_t line_start(const String& source, size_t offset) {
 
 std::string BuildInput::format_diagnostic(const diagnostic_st& diagnostic) const {
     char head[1024];
-    std::string message = format_error_message(diagnostic.number, String()).u8str();
+    std::string message = format_error_message(diagnostic.number, diagnostic.detail).u8str();
     std::snprintf(head, sizeof head, "%s %d - %s", category_name(diagnostic.category), diagnostic.number,
                   message.c_str());
     const document_location_st& location = diagnostic.location;

@@ -61,38 +61,35 @@ void compile_module_stmt_function(module_build_st& build, statement_iterator& it
 // ENDFUNC closes the body before it, which ended there already.
 void compile_module_stmt_endfunc(module_build_st&, statement_iterator& it) { ++it; }
 
-void compile_module_stmt_define(module_build_st&, statement_iterator&) { raise_not_available("define class"); }
-
-bool is_block_closer(int32_t type) {
-    switch (type) {
-    case STMT_CASE:
-    case STMT_CATCH:
-    case STMT_ELSE:
-    case STMT_ENDCASE:
-    case STMT_ENDDEFINE:
-    case STMT_ENDDO:
-    case STMT_ENDFOR:
-    case STMT_ENDIF:
-    case STMT_ENDSCAN:
-    case STMT_ENDTRY:
-    case STMT_ENDWITH:
-    case STMT_FINALLY:
-    case STMT_OTHERWISE: return true;
-    default: return false;
-    }
+// A statement of the outline that isn't built yet: a diagnostic at its place.
+void not_available_at(module_build_st& build, const Statement* statement, const char* feature) {
+    build.input->add_diagnostic(DIAGNOSTIC_CATEGORY_COMPILER, ERR_NOT_AVAILABLE, statement->location,
+                                String(feature));
 }
 
-// A closer without its opener is a syntax error; the lines after it are still
-// compiled, so that their errors are reported too.
+// The lines of the class, up to its ENDDEFINE, are passed over.
+void compile_module_stmt_define(module_build_st& build, statement_iterator& it) {
+    not_available_at(build, it->get(), "define class");
+    while (++it != build.end && (*it)->type != STMT_ENDDEFINE) {
+    }
+    if (it != build.end) ++it;
+}
+
+void compile_module_stmt_import(module_build_st& build, statement_iterator& it) {
+    not_available_at(build, (it++)->get(), "import");
+}
+
+// What the outline can't place: a closer without its opener, a syntax
+// error, or the lines after a class that was passed over. The lines are
+// still compiled, so that their errors are reported too.
 void compile_module_stray_statement(module_build_st& build, statement_iterator& it) {
-    if (!is_block_closer((*it)->type)) raise_not_available("statement");
     document_location_st location = (*it)->location;
-    build.input->add_diagnostic(DIAGNOSTIC_CATEGORY_COMPILER, ERR_SYNTAX, location);
-    ++it;
+    if (ends_statement_list((*it)->type)) {
+        build.input->add_diagnostic(DIAGNOSTIC_CATEGORY_COMPILER, ERR_SYNTAX, location);
+        ++it;
+    }
     delete compile_function(*build.input, COMPILER_FLAGS_FUNCTION, String(), build.end, it, nullptr, location);
 }
-
-void compile_module_stmt_import(module_build_st&, statement_iterator&) { raise_not_available("import"); }
 
 const std::unordered_map<int32_t, compile_module_stmt_fn>& module_statement_table() {
     static const std::unordered_map<int32_t, compile_module_stmt_fn> table = {
