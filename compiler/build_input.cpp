@@ -183,7 +183,12 @@ void BuildInput::compile_operand(const Operand* operand, const Program** out) {
     compiler.reset(COMPILER_FLAGS_COMMAND, true);
     CodePath path(&compiler);
     compiler_type_info_st type{};
-    __compiletime_compact_constexpr(operand, &compiler.code, path, &type);
+    try {
+        __compiletime_compact_constexpr(operand, &compiler.code, path, &type);
+    } catch (const RuntimeError& error) {
+        compiler.code.truncate(0);
+        compiler.record_error(error.number, operand->location, error.parameter);
+    }
     compiler.code.push_back(new VmOpReturnValue());
     log_compiler_errors(compiler);
     std::unique_ptr<Program> program(compiler.create_program(String(), &compiler.code, compiler.locals, 0,
