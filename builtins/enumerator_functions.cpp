@@ -1,9 +1,9 @@
 // get_enumerator and get_kesobject_enumerator: what FOR EACH walks.
+#include "base/call_trace.h"
 #include "builtins/arguments.h"
 #include "builtins/handlers.h"
 #include "objects/array_enumerator.h"
 #include "objects/object.h"
-#include "base/call_trace.h"
 #include "values/symtable.h"
 #include "vm/param_window.h"
 

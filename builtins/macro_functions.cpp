@@ -6,10 +6,10 @@
 
 #include <string>
 
+#include "base/call_trace.h"
 #include "builtins/arguments.h"
 #include "builtins/handlers.h"
 #include "objects/operand_object.h"
-#include "base/call_trace.h"
 #include "vm/call_resolver.h"
 #include "vm/param.h"
 #include "vm/vm_stack.h"

@@ -1,9 +1,9 @@
 // The ? and ?? statements.
 #include <vector>
 
+#include "base/call_trace.h"
 #include "builtins/arguments.h"
 #include "builtins/handlers.h"
-#include "base/call_trace.h"
 #include "vm/runtime_services.h"
 #include "vm/screen.h"
 #include "vm/vm_stack.h"

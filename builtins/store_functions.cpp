@@ -1,9 +1,9 @@
 // The built-ins behind STORE and DIMENSION. Each gets the target's current
 // value (false for a variable that doesn't exist yet) and returns what the
 // compiled assignment then stores into the target.
+#include "base/call_trace.h"
 #include "builtins/arguments.h"
 #include "builtins/handlers.h"
-#include "base/call_trace.h"
 #include "vm/vm_stack.h"
 
 namespace zobase {

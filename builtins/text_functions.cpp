@@ -6,11 +6,11 @@
 #include <limits>
 #include <vector>
 
+#include "base/call_trace.h"
 #include "builtins/arguments.h"
 #include "builtins/handlers.h"
 #include "text/charset.h"
 #include "text/collation.h"
-#include "base/call_trace.h"
 #include "vm/runtime_services.h"
 #include "vm/vm_stack.h"
 

@@ -3,9 +3,9 @@
 // which is turned into text here.
 #include <string>
 
+#include "base/call_trace.h"
 #include "builtins/arguments.h"
 #include "builtins/handlers.h"
-#include "base/call_trace.h"
 #include "values/symtable.h"
 #include "vm/runtime_services.h"
 #include "vm/screen.h"

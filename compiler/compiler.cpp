@@ -4,10 +4,10 @@
 
 #include <cstdio>
 
-#include "vm/runtime_services.h"
 #include "base/call_trace.h"
 #include "values/error.h"
 #include "values/symtable.h"
+#include "vm/runtime_services.h"
 #include "vm/try_scope.h"
 #include "vm/vm_stack.h"
 

@@ -3,9 +3,9 @@
 // with no row of its own ends that inner loop and is read by its opener.
 #include <memory>
 
+#include "base/call_trace.h"
 #include "compiler/expression.h"
 #include "compiler/statements.h"
-#include "base/call_trace.h"
 #include "values/error.h"
 
 namespace zobase {

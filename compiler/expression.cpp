@@ -3,9 +3,9 @@
 
 #include <unordered_map>
 
+#include "base/call_trace.h"
 #include "compiler/build_input.h"
 #include "compiler/discard_screen.h"
-#include "base/call_trace.h"
 #include "values/error.h"
 #include "values/symtable.h"
 #include "vm/vm_run.h"

@@ -2,9 +2,9 @@
 
 #include <cstring>
 
+#include "base/call_trace.h"
 #include "text/charset.h"
 #include "text/collation.h"
-#include "base/call_trace.h"
 
 namespace zobase {
 

@@ -3,10 +3,10 @@
 #include <string>
 #include <vector>
 
+#include "base/call_trace.h"
 #include "compiler/expression.h"
 #include "compiler/statements.h"
 #include "frontend/parser.h"
-#include "base/call_trace.h"
 #include "values/error.h"
 
 namespace zobase {

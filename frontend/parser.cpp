@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <cstring>
 
+#include "base/call_trace.h"
 #include "frontend/literals.h"
 #include "text/charset.h"
-#include "base/call_trace.h"
 #include "values/date.h"
 #include "values/error.h"
 

@@ -4,11 +4,11 @@
 #include <iterator>
 #include <string>
 
+#include "base/call_trace.h"
 #include "frontend/preprocessor_expression.h"
 #include "frontend/scanner.h"
 #include "text/charset.h"
 #include "text/collation.h"
-#include "base/call_trace.h"
 #include "values/error.h"
 
 namespace zobase {

@@ -2,8 +2,8 @@
 
 #include <unicode/uchar.h>
 
-#include "text/charset.h"
 #include "base/call_trace.h"
+#include "text/charset.h"
 
 namespace zobase {
 

@@ -2,8 +2,8 @@
 
 #include <memory>
 
-#include "text/collation.h"
 #include "base/call_trace.h"
+#include "text/collation.h"
 #include "values/error.h"
 #include "values/symtable.h"
 #include "vm/vm_stack.h"

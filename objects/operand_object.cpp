@@ -2,8 +2,8 @@
 
 #include <cstring>
 
-#include "text/collation.h"
 #include "base/call_trace.h"
+#include "text/collation.h"
 #include "values/error.h"
 #include "vm/vm_run.h"
 #include "vm/vm_stack.h"

@@ -4,8 +4,8 @@
 #include <cstdlib>
 #include <exception>
 
-#include "runtime/runtime.h"
 #include "base/call_trace.h"
+#include "runtime/runtime.h"
 #include "values/error.h"
 
 namespace zobase {

@@ -12,15 +12,15 @@
 #include <string>
 #include <vector>
 
-#include "runtime/module_cache.h"
-#include "runtime/runtime_resolver.h"
+#include "base/call_trace.h"
 #include "builtins/library.h"
 #include "objects/object.h"
 #include "runtime/file_search.h"
+#include "runtime/module_cache.h"
+#include "runtime/runtime_resolver.h"
 #include "runtime/screen.h"
 #include "text/charset.h"
 #include "text/collation.h"
-#include "base/call_trace.h"
 #include "values/symtable.h"
 #include "vm/vm_stack.h"
 

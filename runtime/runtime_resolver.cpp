@@ -1,12 +1,12 @@
 #include "runtime/runtime_resolver.h"
 
+#include "base/call_trace.h"
 #include "builtins/library.h"
 #include "compiler/build_input.h"
 #include "compiler/module.h"
 #include "runtime/module_cache.h"
 #include "runtime/runtime.h"
 #include "runtime/screen.h"
-#include "base/call_trace.h"
 #include "values/error.h"
 #include "values/symtable.h"
 

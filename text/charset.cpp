@@ -2,8 +2,8 @@
 
 #include <algorithm>
 
-#include "text/charset_classes.h"
 #include "base/call_trace.h"
+#include "text/charset_classes.h"
 #include "values/error.h"
 
 namespace zobase {

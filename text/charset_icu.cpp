@@ -3,8 +3,8 @@
 #include <cstring>
 #include <map>
 
-#include "text/charset_classes.h"
 #include "base/call_trace.h"
+#include "text/charset_classes.h"
 #include "values/error.h"
 
 namespace zobase {

@@ -8,8 +8,8 @@
 #include <string>
 #include <unordered_map>
 
-#include "text/charset_classes.h"
 #include "base/call_trace.h"
+#include "text/charset_classes.h"
 #include "values/error.h"
 
 namespace zobase {

@@ -1,6 +1,6 @@
 // The fixed table of collations and the factories that make them.
-#include "text/collation.h"
 #include "base/call_trace.h"
+#include "text/collation.h"
 #include "values/error.h"
 
 namespace zobase {

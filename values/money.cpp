@@ -4,8 +4,8 @@
 #include <cstdio>
 #include <limits>
 
-#include "text/charset.h"
 #include "base/call_trace.h"
+#include "text/charset.h"
 #include "values/error.h"
 #include "values/numeric.h"
 

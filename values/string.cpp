@@ -8,8 +8,8 @@
 #include <new>
 #include <stdexcept>
 
-#include "text/charset.h"
 #include "base/call_trace.h"
+#include "text/charset.h"
 #include "values/error.h"
 #include "values/string_detail.h"
 

@@ -4,8 +4,8 @@
 #include <cmath>
 #include <cstdio>
 
-#include "text/charset.h"
 #include "base/call_trace.h"
+#include "text/charset.h"
 #include "values/date.h"
 #include "values/error.h"
 #include "values/money.h"

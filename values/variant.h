@@ -7,8 +7,8 @@
 #include <cstring>
 #include <new>
 
-#include "values/array.h"
 #include "base/export.h"
+#include "values/array.h"
 #include "values/number_types.h"
 #include "values/object_ref.h"
 #include "values/string.h"

@@ -1,9 +1,9 @@
 // Subscripts, object members and the names that work areas can hide.
 #include <cstring>
 
-#include "vm/object.h"
 #include "base/call_trace.h"
 #include "values/symtable.h"
+#include "vm/object.h"
 #include "vm/param_window.h"
 #include "vm/vm_instructions.h"
 

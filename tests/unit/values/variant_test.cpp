@@ -2,9 +2,9 @@
 
 #include <limits>
 
+#include "tests/unit/support/error_number.h"
 #include "text/charset.h"
 #include "values/error.h"
-#include "tests/unit/support/error_number.h"
 #include "values/variant.h"
 #include "vm/variant_compare.h"
 
