@@ -3,9 +3,12 @@
 
 Usage: include_check_test.py SOURCE_ROOT. Runs scripts/check_includes.py on a
 small tree of its own and on a copy of the source tree with one include
-turned upward, and exits 1 with the reason when the check answers wrongly.
+turned upward, checks that docs/ARCHITECTURE.md lists the layers as the check
+orders them, and exits 1 with the reason when anything answers wrongly.
 """
+import importlib.util
 import os
+import re
 import shutil
 import subprocess
 import sys
@@ -74,10 +77,24 @@ def copy_of_the_tree_fails_on_one_upward_include(scratch):
            "the check missed the VM reaching into the runtime", output)
 
 
+def architecture_lists_the_layers_of_the_check():
+    spec = importlib.util.spec_from_file_location("check_includes", CHECK)
+    check = importlib.util.module_from_spec(spec)
+    spec.loader.exec_module(check)
+    with open(os.path.join(ROOT, "docs", "ARCHITECTURE.md"), encoding="utf-8") as text:
+        page = text.read()
+    table = page[page.index("## The layers"):page.index("## The doors")]
+    listed = [name for row in table.splitlines() if row.startswith("| `")
+              for name in re.findall(r"`(\w+)/`", row.split("|")[1])]
+    expect(listed == check.LAYERS + check.TOP, "docs/ARCHITECTURE.md orders the layers otherwise than the check",
+           listed)
+
+
 def main():
     with tempfile.TemporaryDirectory() as scratch:
         small_tree_names_exactly_the_wrong_includes(scratch)
         copy_of_the_tree_fails_on_one_upward_include(scratch)
+    architecture_lists_the_layers_of_the_check()
     print("the include check fails on upward includes and passes on the tree")
     return 0
 
