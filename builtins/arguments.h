@@ -28,7 +28,7 @@ inline bool any_null_argument(VmStack* stack, unsigned long long argc) {
 
 // A count or position must fit a signed 32-bit integer: error 39 otherwise.
 inline int32_t checked_count(long long value) {
-    if (value < INT32_MIN || value > INT32_MAX) throw RuntimeError(39);
+    if (value < INT32_MIN || value > INT32_MAX) throw RuntimeError(ERR_NUMERIC_OVERFLOW);
     return static_cast<int32_t>(value);
 }
 

@@ -21,7 +21,7 @@ std::unique_ptr<icu::RegexPattern> compile_name_pattern(const String& pattern) {
     icu::UnicodeString text = icu::UnicodeString::fromUTF8(pattern.u8str());
     std::unique_ptr<icu::RegexPattern> compiled(
         icu::RegexPattern::compile(text, UREGEX_CASE_INSENSITIVE, status));
-    if (U_FAILURE(status)) throw RuntimeError(9007);
+    if (U_FAILURE(status)) throw RuntimeError(ERR_PATTERN_SYNTAX);
     return compiled;
 }
 

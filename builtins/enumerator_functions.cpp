@@ -1,9 +1,9 @@
 // get_enumerator and get_kesobject_enumerator: what FOR EACH walks.
+#include "base/call_trace.h"
 #include "builtins/arguments.h"
 #include "builtins/handlers.h"
 #include "objects/array_enumerator.h"
 #include "objects/object.h"
-#include "values/call_trace.h"
 #include "values/symtable.h"
 #include "vm/param_window.h"
 
@@ -35,7 +35,7 @@ void stackcall_get_enumerator(VmStack* stack, unsigned long long, Variant* resul
     if (source.tag == TAG_ARRAY) return create_array_enumerator(source.array, result);
     if (source.tag == TAG_OBJECT && source.object.control)
         return object_enumerator(stack, source, result);
-    throw RuntimeError(11);
+    throw RuntimeError(ERR_ARGUMENT_INVALID);
 }
 
 }  // namespace zobase

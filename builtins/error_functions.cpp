@@ -7,9 +7,9 @@
 #include "builtins/arguments.h"
 #include "builtins/handlers.h"
 #include "objects/exception_object.h"
-#include "runtime/runtime.h"
-#include "runtime/screen.h"
 #include "values/money.h"
+#include "vm/runtime_services.h"
+#include "vm/screen.h"
 #include "vm/vm_stack.h"
 
 namespace zobase {
@@ -25,7 +25,7 @@ void write_element(VmStack* stack, Array* array, uint64_t row, uint64_t column,
     element->set_variant(&value);
 }
 
-bool asserts_on(VmStack* stack) { return stack->runtime && stack->runtime->flags.asserts; }
+bool asserts_on(VmStack* stack) { return stack->services && stack->services->asserts(); }
 
 // A number of any numeric type, which must fit 32 bits (39 otherwise).
 int32_t error_number(const Variant& value) {
@@ -34,9 +34,9 @@ int32_t error_number(const Variant& value) {
     case TAG_INTEGER: number = static_cast<double>(value.integer); break;
     case TAG_NUMERIC: number = value.numeric.value; break;
     case TAG_MONEY: number = money_to_double(value.money); break;
-    default: throw RuntimeError(11);
+    default: throw RuntimeError(ERR_ARGUMENT_INVALID);
     }
-    if (!(number >= INT32_MIN && number <= INT32_MAX)) throw RuntimeError(39);
+    if (!(number >= INT32_MIN && number <= INT32_MAX)) throw RuntimeError(ERR_NUMERIC_OVERFLOW);
     return static_cast<int32_t>(number);
 }
 
@@ -91,7 +91,7 @@ void stackcall_test_asserts_on(VmStack* stack, unsigned long long, Variant* resu
 // ERROR text, or ERROR number [, message].
 void void_stackcall_error(VmStack* stack, unsigned long long argc) {
     const Variant& code = argument(stack, 1);
-    if (code.tag == TAG_STRING) throw RuntimeError(1098, code.str());
+    if (code.tag == TAG_STRING) throw RuntimeError(ERR_USER_DEFINED, code.str());
     int32_t number = error_number(code);
     if (argc < 2 || is_null_argument(argument(stack, 2))) throw RuntimeError(number);
     throw RuntimeError(number, argument(stack, 2).to_string());
@@ -100,10 +100,10 @@ void void_stackcall_error(VmStack* stack, unsigned long long argc) {
 // ASSERT expression; the compiler passes the expression's text as argument 2.
 void void_stackcall_assert(VmStack* stack, unsigned long long) {
     if (!asserts_on(stack) || argument(stack, 1).tag != TAG_FALSE) return;
-    Screen* screen = stack->runtime->screen;
+    Screen* screen = stack->services->screen();
     screen->err(String("ASSERT FAILED: "));
     screen->errendl(string_argument(stack, 2));
-    throw RuntimeError(1098);
+    throw RuntimeError(ERR_USER_DEFINED);
 }
 
 void void_stackcall_throw(VmStack* stack, unsigned long long) {
@@ -111,7 +111,7 @@ void void_stackcall_throw(VmStack* stack, unsigned long long) {
     ExceptionObject* object = create_exception_object(&thrown.value);
     object->user_value.set_variant(&argument(stack, 1));
     if (!stack->find_handler(&thrown.value, &thrown.target, &thrown.position, &thrown.symbol))
-        throw RuntimeError(2059);
+        throw RuntimeError(ERR_UNHANDLED_STRUCTURED_EXCEPTION);
     throw thrown;
 }
 

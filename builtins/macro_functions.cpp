@@ -6,10 +6,10 @@
 
 #include <string>
 
+#include "base/call_trace.h"
 #include "builtins/arguments.h"
 #include "builtins/handlers.h"
 #include "objects/operand_object.h"
-#include "values/call_trace.h"
 #include "vm/call_resolver.h"
 #include "vm/param.h"
 #include "vm/vm_stack.h"
@@ -22,7 +22,7 @@ namespace {
 String condition_after_keyword(const String& text, const char* keyword) {
     std::string whole = text.u8str();
     size_t length = std::strlen(keyword);
-    if (whole.size() < length || strncasecmp(whole.c_str(), keyword, length) != 0) throw RuntimeError(10);
+    if (whole.size() < length || strncasecmp(whole.c_str(), keyword, length) != 0) throw RuntimeError(ERR_SYNTAX);
     return String(whole.c_str() + length);
 }
 

@@ -5,6 +5,7 @@
 
 #include "builtins/arguments.h"
 #include "builtins/handlers.h"
+#include "vm/variant_compare.h"
 #include "vm/vm_stack.h"
 
 namespace zobase {
@@ -22,7 +23,7 @@ bool copy_first_unless_null(VmStack* stack, unsigned long long argc, Variant* re
 }
 
 void require_number(const Variant& value) {
-    if (!value.is_number()) throw RuntimeError(11);
+    if (!value.is_number()) throw RuntimeError(ERR_ARGUMENT_INVALID);
 }
 
 template <double (*Function)(double)>
@@ -32,12 +33,12 @@ void numeric_function(VmStack* stack, unsigned long long argc, Variant* result) 
 }
 
 double checked_log(double x) {
-    if (x <= 0) throw RuntimeError(11);
+    if (x <= 0) throw RuntimeError(ERR_ARGUMENT_INVALID);
     return std::log(x);
 }
 
 double checked_log10(double x) {
-    if (x <= 0) throw RuntimeError(11);
+    if (x <= 0) throw RuntimeError(ERR_ARGUMENT_INVALID);
     return std::log10(x);
 }
 
@@ -56,7 +57,7 @@ long long bit_argument(VmStack* stack, unsigned long long i) { return argument(s
 // A bit position must lie in the 64 bits of an integer.
 unsigned bit_position(VmStack* stack, unsigned long long i) {
     long long position = bit_argument(stack, i);
-    if (position < 0 || position > 63) throw RuntimeError(11);
+    if (position < 0 || position > 63) throw RuntimeError(ERR_ARGUMENT_INVALID);
     return static_cast<unsigned>(position);
 }
 

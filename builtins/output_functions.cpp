@@ -1,11 +1,11 @@
 // The ? and ?? statements.
 #include <vector>
 
+#include "base/call_trace.h"
 #include "builtins/arguments.h"
 #include "builtins/handlers.h"
-#include "runtime/runtime.h"
-#include "runtime/screen.h"
-#include "values/call_trace.h"
+#include "vm/runtime_services.h"
+#include "vm/screen.h"
 #include "vm/vm_stack.h"
 
 namespace zobase {
@@ -19,7 +19,7 @@ void echo_values(VmStack* stack, unsigned long long argc, bool linefeed) {
     texts.reserve(argc);
     for (unsigned long long i = 1; i <= argc; ++i)
         texts.push_back(argument(stack, i).to_string_regional(stack, false));
-    Screen* screen = stack->runtime->screen;
+    Screen* screen = stack->services->screen();
     String blank(" ");
     screen->lock_for_output();
     for (size_t i = 0; i < texts.size(); ++i) {

@@ -25,13 +25,13 @@ const UserFunction* find_do_target(VmStack* stack, const String& name, const Var
     if (!is_null_argument(in_file)) {
         const UserFunction* target =
             resolver.load_from_file(stack, static_cast<String>(in_file), symbol);
-        if (!target) throw RuntimeError(1, name);
+        if (!target) throw RuntimeError(ERR_FILE_NOT_FOUND, name);
         return target;
     }
     const Program* running = stack->frame ? stack->frame->program : nullptr;
     if (const UserFunction* target = resolver.find_in_module_of(running, symbol)) return target;
     const UserFunction* target = resolver.load_from_file(stack, name, 0);
-    if (!target) throw RuntimeError(1, name);
+    if (!target) throw RuntimeError(ERR_FILE_NOT_FOUND, name);
     return target;
 }
 

@@ -2,8 +2,8 @@
 // command whose first argument names the setting by a single bit.
 #include "builtins/arguments.h"
 #include "builtins/handlers.h"
-#include "runtime/runtime.h"
 #include "values/error.h"
+#include "vm/runtime_services.h"
 #include "vm/vm_stack.h"
 
 namespace zobase {
@@ -24,7 +24,7 @@ enum SetFlag : long long {
 
 bool logical_value(VmStack* stack) {
     const Variant& value = argument(stack, 2);
-    if (value.tag != TAG_TRUE && value.tag != TAG_FALSE) throw RuntimeError(11);
+    if (value.tag != TAG_TRUE && value.tag != TAG_FALSE) throw RuntimeError(ERR_ARGUMENT_INVALID);
     return value.tag == TAG_TRUE;
 }
 
@@ -32,17 +32,17 @@ bool logical_value(VmStack* stack) {
 
 void void_stackcall_set(VmStack* stack, unsigned long long argc) {
     switch (static_cast<integer_type_st>(argument(stack, 1))) {
-    case SET_STEP: throw RuntimeError(9001);  // no debugger is ever connected
-    case SET_EXACT: stack->exact = logical_value(stack); return;
+    case SET_STEP: throw RuntimeError(ERR_DEBUGGER_NOT_AVAILABLE);  // no debugger is ever connected
+    case SET_EXACT: stack->sessions->settings().exact = logical_value(stack); return;
     case SET_SPACE: stack->space = logical_value(stack); return;
-    case SET_ASSERTS: SetRuntimeAsserts(stack->runtime, logical_value(stack)); return;
-    // These live in the data session, which the table engine brings.
+    case SET_ASSERTS: stack->services->set_asserts(logical_value(stack)); return;
+    // Session settings whose readers are not built yet: 1001 until they are.
     case SET_EXCLUSIVE: raise_not_available("set exclusive");
     case SET_DELETED: raise_not_available("set deleted");
     case SET_DECIMALS: raise_not_available("set decimals");
     case SET_BLOCKSIZE: raise_not_available("set blocksize");
     case SET_NEAR: raise_not_available("set near");
-    default: throw RuntimeError(1001);
+    default: throw RuntimeError(ERR_NOT_AVAILABLE);
     }
 }
 
@@ -62,15 +62,15 @@ void set_list(VmStack* stack, unsigned long long argc, Clear clear, Add add) {
 }  // namespace
 
 void void_stackcall_set_path_to(VmStack* stack, unsigned long long argc) {
-    Runtime* runtime = stack->runtime;
-    set_list(stack, argc, [runtime] { runtime->set_path_to_null(); },
-             [runtime](const String& path) { runtime->set_path_to(path, true); });
+    RuntimeServices* services = stack->services;
+    set_list(stack, argc, [services] { services->clear_search_path(); },
+             [services](const String& paths) { services->add_search_path(paths); });
 }
 
 void void_stackcall_set_procedure_to(VmStack* stack, unsigned long long argc) {
-    Runtime* runtime = stack->runtime;
-    set_list(stack, argc, [runtime] { runtime->set_procedure_to_null(); },
-             [runtime, stack](const String& file) { runtime->set_procedure_to(stack, file, true); });
+    RuntimeServices* services = stack->services;
+    set_list(stack, argc, [services] { services->clear_procedures(); },
+             [services, stack](const String& file) { services->add_procedure(stack, file); });
 }
 
 }  // namespace zobase

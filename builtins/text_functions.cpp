@@ -6,12 +6,12 @@
 #include <limits>
 #include <vector>
 
+#include "base/call_trace.h"
 #include "builtins/arguments.h"
 #include "builtins/handlers.h"
-#include "runtime/runtime.h"
 #include "text/charset.h"
 #include "text/collation.h"
-#include "values/call_trace.h"
+#include "vm/runtime_services.h"
 #include "vm/vm_stack.h"
 
 namespace zobase {
@@ -21,8 +21,8 @@ namespace {
 constexpr size_t TO_THE_END = std::numeric_limits<size_t>::max();
 
 const Charset* default_charset(VmStack* stack) {
-    if (stack->runtime && stack->runtime->default_charset) return stack->runtime->default_charset;
-    return Charset::utf8;
+    const Charset* machine = stack->services ? stack->services->default_charset() : nullptr;
+    return machine ? machine : Charset::utf8;
 }
 
 String empty_in(const Charset* charset) { return String(0, charset); }
@@ -41,7 +41,7 @@ const String* next_trim_string(void* context) {
     auto* list = static_cast<trim_list_st*>(context);
     if (list->next > list->argc) return nullptr;
     const Variant& value = argument(list->stack, list->next++);
-    if (value.tag != TAG_STRING) throw RuntimeError(11);
+    if (value.tag != TAG_STRING) throw RuntimeError(ERR_ARGUMENT_INVALID);
     return &value.str();
 }
 
@@ -182,7 +182,7 @@ void stackcall_substr(VmStack* stack, unsigned long long argc, Variant* result) 
     const String& text = string_argument(stack, 1);
     int32_t start = integer_argument(stack, 2);
     int32_t count = argc >= 3 ? integer_argument(stack, 3) : 0;
-    if (start < 0 || count < 0) throw RuntimeError(39);
+    if (start < 0 || count < 0) throw RuntimeError(ERR_NUMERIC_OVERFLOW);
     if (start == 0) return result->set_string(empty_in(text.get_charset()));
     size_t chars = argc >= 3 ? static_cast<size_t>(count) : TO_THE_END;
     result->set_string(text.substr(static_cast<size_t>(start) - 1, chars));
@@ -206,7 +206,7 @@ void stackcall_right(VmStack* stack, unsigned long long argc, Variant* result) {
 void stackcall_at(VmStack* stack, unsigned long long argc, Variant* result) {
     if (any_null_argument(stack, argc)) return result->set_null();
     int32_t occurrence = argc >= 3 ? integer_argument(stack, 3) : 1;
-    if (occurrence == 0) throw RuntimeError(11);
+    if (occurrence == 0) throw RuntimeError(ERR_ARGUMENT_INVALID);
     const String& needle = string_argument(stack, 1);
     size_t index = 0, first = 0, last = 0;
     bool found = occurrence > 0 && needle.size() &&
@@ -243,13 +243,13 @@ void stackcall_space(VmStack* stack, unsigned long long argc, Variant* result) {
     const Charset* charset = default_charset(stack);
     if (argc >= 2) {
         charset = get_charset_by_name(string_argument(stack, 2));
-        if (!charset) throw RuntimeError(9003);
+        if (!charset) throw RuntimeError(ERR_CHARSET_NOT_SUPPORTED);
     }
     String blank(" ");
     try {
         blank.convert(charset, 0, CSTRAN_STRICT);
     } catch (const cstran_chars_lost&) {
-        throw RuntimeError(9011);
+        throw RuntimeError(ERR_CHARSET_TRANSLATION);
     }
     result->set_string(repeat_bytes(blank, static_cast<size_t>(count)));
 }
@@ -263,7 +263,7 @@ void stackcall_replicate(VmStack* stack, unsigned long long argc, Variant* resul
 void stackcall_chr(VmStack* stack, unsigned long long argc, Variant* result) {
     if (any_null_argument(stack, argc)) return result->set_null();
     long long code = argument(stack, 1).integer;
-    if (code < 0 || code > 255) throw RuntimeError(39);
+    if (code < 0 || code > 255) throw RuntimeError(ERR_NUMERIC_OVERFLOW);
     char byte = static_cast<char>(code);
     result->set_string(String::fromBytes(&byte, 1, windows_1252()));
 }
@@ -359,7 +359,7 @@ void stackcall_isgraph(VmStack* stack, unsigned long long argc, Variant* result)
 
 // Only mode 15, bytes to hexadecimal digits, exists.
 void stackcall_strconv(VmStack* stack, unsigned long long, Variant* result) {
-    if (argument(stack, 2).integer != 15) throw RuntimeError(1001);
+    if (argument(stack, 2).integer != 15) throw RuntimeError(ERR_NOT_AVAILABLE);
     const String& text = string_argument(stack, 1);
     String hex = stringToEncodedHexBinary(text);
     hex.convert(text.get_charset(), 0, CSTRAN_SUBSTITUTE);

@@ -3,12 +3,12 @@
 // which is turned into text here.
 #include <string>
 
+#include "base/call_trace.h"
 #include "builtins/arguments.h"
 #include "builtins/handlers.h"
-#include "runtime/runtime.h"
-#include "runtime/screen.h"
-#include "values/call_trace.h"
 #include "values/symtable.h"
+#include "vm/runtime_services.h"
+#include "vm/screen.h"
 #include "vm/vm_stack.h"
 
 namespace zobase {
@@ -49,7 +49,7 @@ std::string with_pretext(const std::string& text, const std::string& pretext) {
 }
 
 void show_text(VmStack* stack, const String& text, bool linefeed) {
-    Screen* screen = stack->runtime->screen;
+    Screen* screen = stack->services->screen();
     screen->lock_for_output();
     screen->out(text);
     if (linefeed) screen->outendl();
@@ -110,7 +110,7 @@ void void_stackcall_set_textmerge_to(VmStack* stack, unsigned long long argc) {
     if (flags & SET_TEXTMERGE_NOSHOW) stack->textmerge_show = false;
     if (flags & SET_TEXTMERGE_TO) stack->textmerge_memvar = 0;
     if (argc >= 2 && argument(stack, 2).tag == TAG_STRING) {
-        stack->textmerge_memvar = stack->runtime->symbols().symbolize(argument(stack, 2).str());
+        stack->textmerge_memvar = stack->services->symbols().symbolize(argument(stack, 2).str());
         if (!(flags & SET_TEXTMERGE_ADDITIVE)) reset_target(stack);
     }
 }

@@ -1,6 +1,7 @@
 // Functions on values of any type.
 #include "builtins/arguments.h"
 #include "builtins/handlers.h"
+#include "vm/variant_compare.h"
 #include "vm/vm_stack.h"
 
 namespace zobase {

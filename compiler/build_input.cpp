@@ -5,14 +5,14 @@
 #include <cstdio>
 #include <memory>
 
+#include "base/call_trace.h"
 #include "compiler/expression.h"
+#include "compiler/module.h"
 #include "frontend/scanner.h"
-#include "runtime/runtime.h"
-#include "runtime/screen.h"
-#include "values/call_trace.h"
 #include "values/error.h"
 #include "values/symtable.h"
 #include "vm/program.h"
+#include "vm/screen.h"
 #include "vm/vm_stack.h"
 
 namespace zobase {
@@ -84,7 +84,7 @@ BuildInput::BuildInput(VmStack* s) : stack(s) {}
 void BuildInput::import_library(const Library* library) { libraries.push_back(library); }
 
 void BuildInput::set_module_context_from_frame(VmStack* running) {
-    if (running->frame && running->frame->program) module = running->frame->program->module;
+    if (running->frame && running->frame->program) module = module_of(running->frame->program);
 }
 
 void BuildInput::init_compiler(Compiler& compiler) const {
@@ -96,18 +96,22 @@ void BuildInput::init_compiler(Compiler& compiler) const {
     }
 }
 
-void BuildInput::add_diagnostic(int32_t category, int32_t number, const document_location_st& location) {
-    diagnostics.push_back({category, number, location, source});
+void BuildInput::add_diagnostic(int32_t category, int32_t number, const document_location_st& location,
+                                const String& detail) {
+    diagnostics.push_back({category, number, location, source, detail});
 }
 
 void BuildInput::log_compiler_errors(Compiler& compiler) {
     for (const compile_error_st& error : compiler.errors)
-        add_diagnostic(DIAGNOSTIC_CATEGORY_COMPILER, error.number, error.location);
+        add_diagnostic(DIAGNOSTIC_CATEGORY_COMPILER, error.number, error.location, error.detail);
     compiler.errors.clear();
 }
 
 void BuildInput::raise_diagnostics() const {
-    if (!diagnostics.empty()) throw RuntimeError(diagnostics.front().number);
+    if (diagnostics.empty()) return;
+    const diagnostic_st& first = diagnostics.front();
+    if (first.detail.size()) throw RuntimeError(first.number, first.detail);
+    throw RuntimeError(first.number);
 }
 
 void BuildInput::parse_statements(const String& text, statement_list& statements) {
@@ -149,9 +153,11 @@ Program* BuildInput::build_command(const String& text) {
     CodePath path(&compiler);
     statement_iterator it = statements.cbegin();
     compile_statement_list(statements.cend(), it, &compiler.code, path);
+    // What ends a list and reaches the top: a closer without its opener is a
+    // syntax error, a statement of a module's outline has no place here.
     while (it != statements.cend()) {
-        if (!is_block_keyword((*it)->type)) raise_not_available("statement");
-        compiler.record_error(10, (*it)->location);
+        if (is_block_keyword((*it)->type)) compiler.record_error(ERR_SYNTAX, (*it)->location);
+        else compiler.record_error(ERR_NOT_AVAILABLE, (*it)->location, String("statement"));
         ++it;
         compile_statement_list(statements.cend(), it, &compiler.code, path);
     }
@@ -177,7 +183,12 @@ void BuildInput::compile_operand(const Operand* operand, const Program** out) {
     compiler.reset(COMPILER_FLAGS_COMMAND, true);
     CodePath path(&compiler);
     compiler_type_info_st type{};
-    __compiletime_compact_constexpr(operand, &compiler.code, path, &type);
+    try {
+        __compiletime_compact_constexpr(operand, &compiler.code, path, &type);
+    } catch (const RuntimeError& error) {
+        compiler.code.truncate(0);
+        compiler.record_error(error.number, operand->location, error.parameter);
+    }
     compiler.code.push_back(new VmOpReturnValue());
     log_compiler_errors(compiler);
     std::unique_ptr<Program> program(compiler.create_program(String(), &compiler.code, compiler.locals, 0,
@@ -207,7 +218,7 @@ void BuildInput::build_operand(const token_st* begin, const token_st* end, const
     for (const parse_error_st& error : errors)
         add_diagnostic(DIAGNOSTIC_CATEGORY_PARSER, error.number, error.location);
     raise_diagnostics();
-    if (!operand) throw RuntimeError(10);
+    if (!operand) throw RuntimeError(ERR_SYNTAX);
     compile_operand(operand.get(), out);
 }
 
@@ -266,7 +277,7 @@ size_t line_start(const String& source, size_t offset) {
 
 std::string BuildInput::format_diagnostic(const diagnostic_st& diagnostic) const {
     char head[1024];
-    std::string message = format_error_message(diagnostic.number, String()).u8str();
+    std::string message = format_error_message(diagnostic.number, diagnostic.detail).u8str();
     std::snprintf(head, sizeof head, "%s %d - %s", category_name(diagnostic.category), diagnostic.number,
                   message.c_str());
     const document_location_st& location = diagnostic.location;

@@ -32,6 +32,7 @@ struct diagnostic_st {
     int32_t number;
     document_location_st location;
     String source;  // the text the location points into
+    String detail{};  // what the message's format takes, or empty
 };
 
 // What a link needs: the symbols, and how a module's functions are found
@@ -66,7 +67,8 @@ public:
     void set_module_context_from_frame(VmStack* running);
     void init_compiler(Compiler& compiler) const;
     void log_compiler_errors(Compiler& compiler);
-    void add_diagnostic(int32_t category, int32_t number, const document_location_st& location);
+    void add_diagnostic(int32_t category, int32_t number, const document_location_st& location,
+                        const String& detail = String());
     // Raises the first diagnostic's number when any was recorded.
     void raise_diagnostics() const;
 

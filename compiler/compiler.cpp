@@ -4,10 +4,10 @@
 
 #include <cstdio>
 
-#include "runtime/runtime.h"
-#include "values/call_trace.h"
+#include "base/call_trace.h"
 #include "values/error.h"
 #include "values/symtable.h"
+#include "vm/runtime_services.h"
 #include "vm/try_scope.h"
 #include "vm/vm_stack.h"
 
@@ -50,6 +50,13 @@ void CompiledCodeCollection::push_front(VmOp* op) {
     items.push_front({CODE_ITEM_INSTRUCTION, op, nullptr, {}, false});
 }
 
+void CompiledCodeCollection::truncate(size_t count) {
+    while (items.size() > count) {
+        if (items.back().kind == CODE_ITEM_INSTRUCTION) delete items.back().op;
+        items.pop_back();
+    }
+}
+
 void CompiledCodeCollection::splice_back(CompiledCodeCollection& other) { items.splice(items.end(), other.items); }
 
 VmOp* CompiledCodeCollection::last_instruction() const noexcept {
@@ -61,9 +68,7 @@ VmOp* CompiledCodeCollection::last_instruction() const noexcept {
 
 Compiler::Compiler(VmStack* s) : code(this), stack(s) {}
 
-Runtime* Compiler::runtime() const noexcept { return stack->runtime; }
-
-Symtable& Compiler::symbols() const { return stack->runtime->symbols(); }
+Symtable& Compiler::symbols() const { return stack->services->symbols(); }
 
 void Compiler::reset(int new_flags, bool full) {
     labels.clear();
@@ -90,8 +95,8 @@ bool Compiler::compile_time_define_memvar(const unsigned& symbol, unsigned long 
     return true;
 }
 
-void Compiler::record_error(int32_t number, const document_location_st& location) {
-    errors.push_back({number, location});
+void Compiler::record_error(int32_t number, const document_location_st& location, const String& detail) {
+    errors.push_back({number, location, detail});
 }
 
 const library_func_def_st* Compiler::find_function(const String& spelling, const Library** owner) const {
@@ -288,16 +293,66 @@ const StatementTable& statement_table() {
     return table;
 }
 
+bool ends_statement_list(int32_t type) noexcept {
+    switch (type) {
+    case STMT_CASE:
+    case STMT_CATCH:
+    case STMT_ELSE:
+    case STMT_ENDCASE:
+    case STMT_ENDDEFINE:
+    case STMT_ENDDO:
+    case STMT_ENDFOR:
+    case STMT_ENDIF:
+    case STMT_ENDSCAN:
+    case STMT_ENDTRY:
+    case STMT_ENDWITH:
+    case STMT_FINALLY:
+    case STMT_OTHERWISE:
+    case STMT_DEFINE_CLASS:
+    case STMT_ENDFUNC:
+    case STMT_FUNCTION:
+    case STMT_IMPORT: return true;
+    default: return false;
+    }
+}
+
+namespace {
+
+// The code of a statement whose routine raised is dropped, so that no jump
+// is left pointing at a label it never placed.
+int compile_one_statement(compile_statement_fn routine, const statement_iterator& end, statement_iterator& it,
+                          CompiledCodeCollection* code, CodePath& path) {
+    const statement_iterator start = it;
+    const Statement* statement = start->get();
+    const size_t mark = code->size();
+    try {
+        return routine(end, it, code, path);
+    } catch (const RuntimeError& error) {
+        code->truncate(mark);
+        path.compiler->record_error(error.number, statement->location, error.parameter);
+        if (it == start) ++it;
+        return 0;
+    }
+}
+
+}  // namespace
+
 int compile_statement_list(const statement_iterator& end, statement_iterator& it, CompiledCodeCollection* code,
                            CodePath& path) {
     ZO_TRACE();
     const StatementTable& table = statement_table();
     int result = 0;
     while (it != end && result == 0) {
-        compile_statement_fn routine = table.find((*it)->type);
-        if (!routine) return 0;
+        const Statement* statement = it->get();
+        compile_statement_fn routine = table.find(statement->type);
+        if (!routine) {
+            if (ends_statement_list(statement->type)) return 0;
+            path.compiler->record_error(ERR_NOT_AVAILABLE, statement->location, String("statement"));
+            ++it;
+            continue;
+        }
         ++path.compiler->statement_number;
-        result = routine(end, it, code, path);
+        result = compile_one_statement(routine, end, it, code, path);
     }
     return 0;
 }

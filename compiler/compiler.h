@@ -14,7 +14,7 @@
 #include <unordered_set>
 #include <vector>
 
-#include "builtins/library.h"
+#include "compiler/library.h"
 #include "frontend/syntax_tree.h"
 #include "frontend/token.h"
 #include "values/string.h"
@@ -24,7 +24,6 @@
 namespace zobase {
 
 class Compiler;
-class Runtime;
 class Symtable;
 class VmStack;
 class Module;
@@ -74,6 +73,8 @@ public:
     void push_back(AddressLabelRecord* label);
     // An instruction ahead of everything emitted so far.
     void push_front(VmOp* op);
+    // Deletes what was appended after the first `count` items.
+    void truncate(size_t count);
     // Moves every item of `other` to the end of this list.
     void splice_back(CompiledCodeCollection& other);
     void clear();
@@ -88,6 +89,7 @@ public:
 struct compile_error_st {
     int32_t number;
     document_location_st location;
+    String detail{};  // what the message's format takes, or empty
 };
 
 // A field the compiler can read when an expression is compiled for a table.
@@ -142,13 +144,12 @@ public:
     const Module* module = nullptr;
     std::vector<compile_error_st> errors;
 
-    Runtime* runtime() const noexcept;
     Symtable& symbols() const;
 
     void reset(int new_flags, bool full);
     AddressLabelRecord* create_addresslabel(const String& name);
     bool compile_time_define_memvar(const unsigned& symbol, unsigned long long* offset);
-    void record_error(int32_t number, const document_location_st& location);
+    void record_error(int32_t number, const document_location_st& location, const String& detail = String());
 
     // Flattens `list` into a Program; the program owns the instructions.
     Program* create_program(const String& name, CompiledCodeCollection* list, const compiler_locals_map& frame_locals,
@@ -237,8 +238,15 @@ void register_statement_families(StatementTable& table);
 // The family built here: `?`, `??`, assignment and expression statements.
 void register_expression_statements(StatementTable& table);
 
+// Compiles statements until one that ends the list (see ends_statement_list)
+// or the end. A statement the compiler can't handle, or whose routine
+// raises, becomes a diagnostic at its location and leaves no code.
 int compile_statement_list(const statement_iterator& end, statement_iterator& it, CompiledCodeCollection* code,
                            CodePath& path);
+// Closers and branches, which hand the list back to the statement that
+// opened it, and the statements of a module's outline (FUNCTION, ENDFUNC,
+// DEFINE CLASS, IMPORT), which end a function's body.
+bool ends_statement_list(int32_t type) noexcept;
 // Parameter code, the body, and the closing return the flags ask for.
 void compile_program(const statement_iterator& end, statement_iterator& it, const Stmt_Declaration* parameters,
                      CodePath& path);

@@ -3,9 +3,9 @@
 // with no row of its own ends that inner loop and is read by its opener.
 #include <memory>
 
+#include "base/call_trace.h"
 #include "compiler/expression.h"
 #include "compiler/statements.h"
-#include "values/call_trace.h"
 #include "values/error.h"
 
 namespace zobase {
@@ -102,7 +102,7 @@ int compile_stmt_if(const statement_iterator& end, statement_iterator& it, Compi
     }
     code->push_back(pending);
     if (at_type(end, it, STMT_ENDIF)) ++it;
-    else path.compiler->record_error(1211, statement->location);
+    else path.compiler->record_error(ERR_IF_ELSE_ENDIF_MISSING, statement->location);
     return 0;
 }
 
@@ -111,7 +111,7 @@ int compile_stmt_if(const statement_iterator& end, statement_iterator& it, Compi
 int compile_stmt_else_or_endif(const statement_iterator&, statement_iterator& it, CompiledCodeCollection*,
                                CodePath& path) {
     if (path.in_if) return -1;
-    path.compiler->record_error(1211, (*it)->location);
+    path.compiler->record_error(ERR_IF_ELSE_ENDIF_MISSING, (*it)->location);
     ++it;
     return 0;
 }
@@ -142,7 +142,7 @@ int compile_stmt_docase(const statement_iterator& end, statement_iterator& it, C
     }
     code->push_back(endcase);
     if (at_type(end, it, STMT_ENDCASE)) ++it;
-    else path.compiler->record_error(10, statement->location);
+    else path.compiler->record_error(ERR_SYNTAX, statement->location);
     return 0;
 }
 
@@ -169,7 +169,7 @@ int compile_stmt_dowhile(const statement_iterator& end, statement_iterator& it, 
     compile_statement_list(end, it, code, loop);
     if (loop.loop_kind != LOOP_NONE) {
         code->push_back(loop.dowhile.end);
-        path.compiler->record_error(96, statement->location);
+        path.compiler->record_error(ERR_NESTING, statement->location);
     }
     return 0;
 }
@@ -180,7 +180,7 @@ int compile_stmt_enddo(const statement_iterator&, statement_iterator& it, Compil
     const Statement* statement = (it++)->get();
     CodePath* loop = find_loop(path, dowhile_loop);
     if (!loop) {
-        path.compiler->record_error(96, statement->location);
+        path.compiler->record_error(ERR_NESTING, statement->location);
         return 0;
     }
     code->push_back(jump_to<VmOpJump>(loop->dowhile.condition));
@@ -244,7 +244,7 @@ int compile_stmt_for(const statement_iterator& end, statement_iterator& it, Comp
     compile_statement_list(end, it, code, loop);
     if (loop.loop_kind != LOOP_NONE) {
         code->push_back(loop.for_loop.end);
-        path.compiler->record_error(96, statement->location);
+        path.compiler->record_error(ERR_NESTING, statement->location);
     }
     return 0;
 }
@@ -303,7 +303,7 @@ int compile_stmt_for_each(const statement_iterator& end, statement_iterator& it,
     compile_statement_list(end, it, code, loop);
     if (loop.loop_kind != LOOP_NONE) {
         code->push_back(loop.for_each.end);
-        path.compiler->record_error(96, location);
+        path.compiler->record_error(ERR_NESTING, location);
     }
     return 0;
 }
@@ -313,7 +313,7 @@ int compile_stmt_endfor(const statement_iterator&, statement_iterator& it, Compi
     const Statement* statement = (it++)->get();
     CodePath* loop = find_loop(path, for_loop);
     if (!loop) {
-        path.compiler->record_error(96, statement->location);
+        path.compiler->record_error(ERR_NESTING, statement->location);
         return 0;
     }
     if (loop->loop_kind == LOOP_FOR) return compile_for_loop(statement->location, code, path, *loop, true);
@@ -407,7 +407,7 @@ int compile_stmt_scan(const statement_iterator& end, statement_iterator& it, Com
     if (loop.loop_kind != LOOP_NONE) {
         code->push_back(loop.scan.end_of_body);
         code->push_back(loop.scan.end);
-        path.compiler->record_error(96, location);
+        path.compiler->record_error(ERR_NESTING, location);
     }
     return 0;
 }
@@ -417,7 +417,7 @@ int compile_stmt_endscan(const statement_iterator&, statement_iterator& it, Comp
     const Statement* statement = (it++)->get();
     CodePath* loop = find_loop(path, scan_loop);
     if (!loop) {
-        path.compiler->record_error(96, statement->location);
+        path.compiler->record_error(ERR_NESTING, statement->location);
         return 0;
     }
     return compile_scan_loop(statement->location, code, path, *loop, true);
@@ -430,7 +430,7 @@ int compile_stmt_exit(const statement_iterator&, statement_iterator& it, Compile
                       CodePath& path) {
     const Statement* statement = (it++)->get();
     CodePath* loop = find_loop(path, any_loop);
-    if (!loop) path.compiler->record_error(96, statement->location);
+    if (!loop) path.compiler->record_error(ERR_NESTING, statement->location);
     else code->push_back(statement->location, jump_to<VmOpJump>(loop_end(*loop)));
     return 0;
 }
@@ -440,7 +440,7 @@ int compile_stmt_loop(const statement_iterator&, statement_iterator& it, Compile
     const Statement* statement = (it++)->get();
     CodePath* loop = find_loop(path, any_loop);
     if (!loop) {
-        path.compiler->record_error(96, statement->location);
+        path.compiler->record_error(ERR_NESTING, statement->location);
         return 0;
     }
     switch (loop->loop_kind) {
@@ -484,7 +484,7 @@ int compile_stmt_endwith(const statement_iterator&, statement_iterator& it, Comp
                          CodePath& path) {
     const Statement* statement = (it++)->get();
     if (path.with_stack.empty()) {
-        path.compiler->record_error(1940, statement->location);
+        path.compiler->record_error(ERR_OUTSIDE_WITH, statement->location);
         return 0;
     }
     unsigned symbol = path.with_stack.back();

@@ -4,9 +4,9 @@
 #include <memory>
 #include <string>
 
+#include "base/call_trace.h"
 #include "compiler/expression.h"
 #include "compiler/statements.h"
-#include "values/call_trace.h"
 #include "values/error.h"
 
 namespace zobase {
@@ -85,7 +85,7 @@ void compile_assign_with(const Operand* target, const value_emitter& emit_value,
     default:
         // A constant or an expression cannot take a value; the value is still
         // computed and dropped so that the code around stays balanced.
-        path.compiler->record_error(10, target->location);
+        path.compiler->record_error(ERR_SYNTAX, target->location);
         emit_value();
         code->push_back(target->location, new VmOpEspFree());
     }
@@ -288,7 +288,7 @@ void compile_dimension(const document_location_st& location, const Operand* targ
     const library_func_def_st& dimension = require_function(path, "dimension");
     size_t count = subscripts ? subscripts->size() : 0;
     if (count < 1 || count > 2) {
-        path.compiler->record_error(11, location);
+        path.compiler->record_error(ERR_ARGUMENT_INVALID, location);
         return;
     }
     const Operand* array = target->kind == OPERAND_VARIABLE_INDEX ? indexed_variable(target) : target;

@@ -1,8 +1,8 @@
 #pragma once
 // Output of code that the compiler runs for itself (constant folding, class
 // defaults) must not reach the user.
-#include "runtime/runtime.h"
-#include "runtime/screen.h"
+#include "vm/runtime_services.h"
+#include "vm/screen.h"
 
 namespace zobase {
 
@@ -16,17 +16,16 @@ public:
 // write through the runtime, and the compiler runs on the driving thread.
 class ScreenSwap {
 public:
-    ScreenSwap(Runtime* runtime, Screen* screen) : runtime_(runtime), saved_(runtime ? runtime->screen : nullptr) {
-        if (runtime_) runtime_->screen = screen;
-    }
+    ScreenSwap(RuntimeServices* services, Screen* screen)
+        : services_(services), saved_(services ? services->replace_screen(screen) : nullptr) {}
     ~ScreenSwap() {
-        if (runtime_) runtime_->screen = saved_;
+        if (services_) services_->replace_screen(saved_);
     }
     ScreenSwap(const ScreenSwap&) = delete;
     ScreenSwap& operator=(const ScreenSwap&) = delete;
 
 private:
-    Runtime* runtime_;
+    RuntimeServices* services_;
     Screen* saved_;
 };
 

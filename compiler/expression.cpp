@@ -3,10 +3,9 @@
 
 #include <unordered_map>
 
+#include "base/call_trace.h"
 #include "compiler/build_input.h"
 #include "compiler/discard_screen.h"
-#include "runtime/runtime.h"
-#include "values/call_trace.h"
 #include "values/error.h"
 #include "values/symtable.h"
 #include "vm/vm_run.h"
@@ -349,7 +348,7 @@ void compile_path_root_function(const Path*, const PathItem* item, CompiledCodeC
 void compile_path_root_with(const Path*, const PathItem* item, CompiledCodeCollection* code, CodePath& path,
                             compiler_type_info_st* type) {
     if (path.with_stack.empty()) {
-        path.compiler->record_error(1940, item->location);
+        path.compiler->record_error(ERR_OUTSIDE_WITH, item->location);
         code->push_back(item->location, new VmOpReadConstNull());
         return;
     }
@@ -444,7 +443,7 @@ void compile_intrinsic_iif(const document_location_st& location, const OperandLi
                            CompiledCodeCollection* code, CodePath& path, compiler_type_info_st* type) {
     if (arguments->size() != 3) {
         code->push_back(location, new VmOpReadConstNull());
-        path.compiler->record_error(11, location);
+        path.compiler->record_error(ERR_ARGUMENT_INVALID, location);
         *type = fresh_type();
         type->type = STATIC_TYPE_NULL | FORMAL_NULLABLE;
         return;
@@ -547,11 +546,12 @@ bool ____compiletime_eval_constexpr(const document_location_st& location, Compil
                                                               {}, 0, location, nullptr));
     LinkerInfo info{&compiler->symbols()};
     link_anonymous_program(info, program.get());
-    Runtime* runtime = compiler->runtime();
+    VmStack* compiling = compiler->stack;
     DiscardScreen quiet;
-    ScreenSwap swap(runtime, &quiet);
-    VmStack stack(runtime, 1024, 64);
-    stack.resolver = compiler->stack->resolver;
+    ScreenSwap swap(compiling->services, &quiet);
+    VmStack stack(compiling->runtime, 1024, 64);
+    stack.resolver = compiling->resolver;
+    stack.services = compiling->services;
     try {
         execute_program(&stack, 0, false, program.get(), result);
     } catch (const RuntimeError& error) {
@@ -585,7 +585,7 @@ void compile_operand_ref(const Operand* operand, CompiledCodeCollection* code, C
     case OPERAND_PATH: compile_evaluate_path_ref(static_cast<const Path*>(operand), code, path, type); return;
     default:
         // A value has no address; the slot it would fill stays, so the code around it balances.
-        path.compiler->record_error(9004, operand->location);
+        path.compiler->record_error(ERR_RVALUE_BY_REFERENCE, operand->location);
         code->push_back(operand->location, new VmOpReadConstNull());
     }
 }
@@ -747,7 +747,7 @@ void compile_evaluate_path_ref(const Path* path_operand, CompiledCodeCollection*
         unsigned symbol = root->kind == PATH_ITEM_WITH ? (path.with_stack.empty() ? 0 : path.with_stack.back())
                                                        : path.symbolize(item_name(root));
         if (!symbol) {
-            path.compiler->record_error(1940, root->location);
+            path.compiler->record_error(ERR_OUTSIDE_WITH, root->location);
             code->push_back(root->location, new VmOpReadConstNull());
             return;
         }
@@ -757,7 +757,7 @@ void compile_evaluate_path_ref(const Path* path_operand, CompiledCodeCollection*
     const PathItem* last = path_operand->items.back().get();
     auto ref_row = item_ref_table.find(last->kind);
     if (ref_row == item_ref_table.end()) {
-        path.compiler->record_error(9004, last->location);
+        path.compiler->record_error(ERR_RVALUE_BY_REFERENCE, last->location);
         code->push_back(path_operand->location, new VmOpReadConstNull());
         return;
     }
@@ -810,7 +810,7 @@ void compile_call_pass_parameters(const document_location_st& location, const fu
                                   std::vector<Variant>* constant_values) {
     size_t count = operands->size();
     if (count < signature.required || (count > signature.formals.size() && !signature.variadic))
-        path.compiler->record_error(11, location);
+        path.compiler->record_error(ERR_ARGUMENT_INVALID, location);
     // Sized once: copying a Variant takes a reference that nothing would give back.
     if (argument_types) argument_types->assign(count, fresh_type());
     if (constant_values) constant_values->resize(count);
@@ -829,7 +829,7 @@ void compile_call_pass_parameters(const document_location_st& location, const fu
         } else {
             __compiletime_compact_constexpr(operand, code, path, &actual);
             if (actual.is_constant) {
-                if (!constant_fits(formal, actual)) path.compiler->record_error(11, operand->location);
+                if (!constant_fits(formal, actual)) path.compiler->record_error(ERR_ARGUMENT_INVALID, operand->location);
                 constant_of(code->last_instruction(), &constant);
             }
             compile_cast_to_formal(operand->location, formal, actual, code);

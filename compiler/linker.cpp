@@ -1,7 +1,7 @@
 // Module linking: direct calls where the target is known, and the entry.
+#include "base/call_trace.h"
 #include "compiler/build_input.h"
 #include "compiler/module.h"
-#include "values/call_trace.h"
 #include "values/symtable.h"
 
 namespace zobase {

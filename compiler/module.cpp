@@ -8,13 +8,12 @@
 #include <memory>
 #include <unordered_map>
 
+#include "base/call_trace.h"
 #include "compiler/build_input.h"
-#include "runtime/module_cache.h"
-#include "runtime/runtime.h"
 #include "text/charset.h"
-#include "values/call_trace.h"
 #include "values/error.h"
 #include "values/symtable.h"
+#include "vm/runtime_services.h"
 #include "vm/vm_stack.h"
 
 namespace zobase {
@@ -55,45 +54,42 @@ void compile_module_stmt_function(module_build_st& build, statement_iterator& it
                                                             build.end, it, head->parameters.get(),
                                                             head->location));
     if (!function) return;
-    unsigned symbol = build.input->stack->runtime->symbols().symbolize(head->name);
+    unsigned symbol = build.input->stack->services->symbols().symbolize(head->name);
     if (build.module->functions.try_emplace(symbol, function.get()).second) function.release();
 }
 
 // ENDFUNC closes the body before it, which ended there already.
 void compile_module_stmt_endfunc(module_build_st&, statement_iterator& it) { ++it; }
 
-void compile_module_stmt_define(module_build_st&, statement_iterator&) { raise_not_available("define class"); }
-
-bool is_block_closer(int32_t type) {
-    switch (type) {
-    case STMT_CASE:
-    case STMT_CATCH:
-    case STMT_ELSE:
-    case STMT_ENDCASE:
-    case STMT_ENDDEFINE:
-    case STMT_ENDDO:
-    case STMT_ENDFOR:
-    case STMT_ENDIF:
-    case STMT_ENDSCAN:
-    case STMT_ENDTRY:
-    case STMT_ENDWITH:
-    case STMT_FINALLY:
-    case STMT_OTHERWISE: return true;
-    default: return false;
-    }
+// A statement of the outline that isn't built yet: a diagnostic at its place.
+void not_available_at(module_build_st& build, const Statement* statement, const char* feature) {
+    build.input->add_diagnostic(DIAGNOSTIC_CATEGORY_COMPILER, ERR_NOT_AVAILABLE, statement->location,
+                                String(feature));
 }
 
-// A closer without its opener is a syntax error; the lines after it are still
-// compiled, so that their errors are reported too.
+// The lines of the class, up to its ENDDEFINE, are passed over.
+void compile_module_stmt_define(module_build_st& build, statement_iterator& it) {
+    not_available_at(build, it->get(), "define class");
+    while (++it != build.end && (*it)->type != STMT_ENDDEFINE) {
+    }
+    if (it != build.end) ++it;
+}
+
+void compile_module_stmt_import(module_build_st& build, statement_iterator& it) {
+    not_available_at(build, (it++)->get(), "import");
+}
+
+// What the outline can't place: a closer without its opener, a syntax
+// error, or the lines after a class that was passed over. The lines are
+// still compiled, so that their errors are reported too.
 void compile_module_stray_statement(module_build_st& build, statement_iterator& it) {
-    if (!is_block_closer((*it)->type)) raise_not_available("statement");
     document_location_st location = (*it)->location;
-    build.input->add_diagnostic(DIAGNOSTIC_CATEGORY_COMPILER, 10, location);
-    ++it;
+    if (ends_statement_list((*it)->type)) {
+        build.input->add_diagnostic(DIAGNOSTIC_CATEGORY_COMPILER, ERR_SYNTAX, location);
+        ++it;
+    }
     delete compile_function(*build.input, COMPILER_FLAGS_FUNCTION, String(), build.end, it, nullptr, location);
 }
-
-void compile_module_stmt_import(module_build_st&, statement_iterator&) { raise_not_available("import"); }
 
 const std::unordered_map<int32_t, compile_module_stmt_fn>& module_statement_table() {
     static const std::unordered_map<int32_t, compile_module_stmt_fn> table = {
@@ -124,9 +120,11 @@ constexpr bom_st BOMS[] = {
     {"\xFF\xFE", 2, "utf-16le"},         {"\xFE\xFF", 2, "utf-16be"},
 };
 
+}  // namespace
+
 String read_source_file(const String& path, const Charset* fallback) {
     std::ifstream in(std::filesystem::path(path), std::ios::binary);
-    if (!in) throw RuntimeError(1104, path);
+    if (!in) throw RuntimeError(ERR_FILE_READ, path);
     std::string bytes((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
     for (const bom_st& bom : BOMS) {
         if (bytes.size() < bom.size || std::memcmp(bytes.data(), bom.bytes, bom.size) != 0) continue;
@@ -135,8 +133,6 @@ String read_source_file(const String& path, const Charset* fallback) {
     }
     return String::fromBytes(bytes.data(), bytes.size(), fallback ? fallback : Charset::utf8);
 }
-
-}  // namespace
 
 Module::~Module() {
     delete main;
@@ -164,21 +160,12 @@ Module* BuildInput::build_module(const String& name, const String& text) {
     module->main = compile_function(*this, COMPILER_FLAGS_FUNCTION, file_stem(name), build.end, it, nullptr, start);
     while (it != build.end) compile_module_statement(build, it);
     if (!diagnostics.empty()) {
-        report_diagnostics(stack->runtime->screen);
+        report_diagnostics(stack->services->screen());
         raise_diagnostics();
     }
-    LinkerInfo info{&stack->runtime->symbols(), find_module_function};
+    LinkerInfo info{&stack->services->symbols(), find_module_function};
     link_module(info, module.get());
     return module.release();
-}
-
-Module* compile_module_file(VmStack* stack, const String& path, module_map* modules) {
-    ZO_TRACE();
-    String text = read_source_file(path, stack->runtime->default_charset);
-    text.convert(Charset::utf8, 0, CSTRAN_SUBSTITUTE);
-    BuildInput input(stack);
-    input.import_library(stack->runtime->library());
-    return input.build_module(path, text);
 }
 
 }  // namespace zobase

@@ -7,23 +7,28 @@
 #include <vector>
 
 #include "compiler/build_input.h"
+#include "text/collation.h"
 #include "values/string.h"
 #include "vm/user_function.h"
 
 namespace zobase {
 
+class Charset;
 class Library;
+class Module;
 class Symtable;
 struct ModuleDomain;
 
-class Module {
+// Modules by file name, as the module cache and a compile of a file keep them.
+typedef std::map<String, Module*, StringLessThan_Unicode_Machine> module_map;
+
+class Module : public SourceModule {
 public:
-    explicit Module(const String& file) : file_name(file) {}
+    explicit Module(const String& file) : SourceModule(file) {}
     ~Module();
     Module(const Module&) = delete;
     Module& operator=(const Module&) = delete;
 
-    String file_name;
     UserFunction* main = nullptr;  // the statements before the first FUNCTION; owned
     std::unordered_map<uint32_t, UserFunction*> functions;  // owned
     std::vector<const Module*> imported_modules;             // in import order
@@ -43,7 +48,15 @@ void link_module(LinkerInfo& info, Module* module);
 const UserFunction* find_module_function(const Module* module, unsigned symbol);
 // The function named like the file, without directory and extension.
 const UserFunction* select_entry_by_stem(Symtable& symbols, const Module& module);
+// A source file's text in the charset its BOM names, else in `fallback`
+// (UTF-8 when null). A file that can't be read is error 1104.
+String read_source_file(const String& path, const Charset* fallback);
 // The stem of a file name: no directory, no extension.
 String file_stem(const String& file_name);
+// The module of a program; every SourceModule that the compiler links a
+// program to is one of its Modules.
+inline const Module* module_of(const Program* program) {
+    return static_cast<const Module*>(program->module);
+}
 
 }  // namespace zobase

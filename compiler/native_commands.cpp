@@ -4,9 +4,9 @@
 
 #include <string>
 
+#include "base/call_trace.h"
 #include "compiler/expression.h"
 #include "compiler/statements.h"
-#include "values/call_trace.h"
 #include "values/error.h"
 
 namespace zobase {

@@ -3,10 +3,10 @@
 #include <string>
 #include <vector>
 
+#include "base/call_trace.h"
 #include "compiler/expression.h"
 #include "compiler/statements.h"
 #include "frontend/parser.h"
-#include "values/call_trace.h"
 #include "values/error.h"
 
 namespace zobase {
@@ -32,7 +32,7 @@ void add_field(const std::string& source, const document_location_st& location, 
     Operand* field = parse_expression_text(source.c_str(), errors);
     if (!field || !errors.empty()) {
         delete field;
-        path.compiler->record_error(10, location);
+        path.compiler->record_error(ERR_SYNTAX, location);
         list.own(new Const_String(String("")));
         return;
     }

@@ -3,10 +3,10 @@
 // a program of its own, run by the error machinery with the caught value.
 #include <memory>
 
+#include "base/call_trace.h"
 #include "compiler/build_input.h"
 #include "compiler/expression.h"
 #include "compiler/statements.h"
-#include "values/call_trace.h"
 #include "vm/try_scope.h"
 
 namespace zobase {

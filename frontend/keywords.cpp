@@ -3,9 +3,9 @@
 #include <mutex>
 #include <unordered_map>
 
+#include "base/call_trace.h"
 #include "text/charset.h"
 #include "text/collation.h"
-#include "values/call_trace.h"
 #include "values/error.h"
 #include "values/string_detail.h"
 

@@ -8,9 +8,9 @@
 
 #include <unicode/uchar.h>
 
+#include "base/call_trace.h"
 #include "frontend/scanner.h"
 #include "text/charset.h"
-#include "values/call_trace.h"
 #include "values/error.h"
 #include "values/money.h"
 

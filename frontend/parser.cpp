@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <cstring>
 
+#include "base/call_trace.h"
 #include "frontend/literals.h"
 #include "text/charset.h"
-#include "values/call_trace.h"
 #include "values/date.h"
 #include "values/error.h"
 
@@ -15,21 +15,18 @@ namespace zobase {
 
 namespace {
 
-constexpr int ERROR_SYNTAX = 10;
-constexpr int ERROR_AMBIGUOUS = 9012;
-constexpr int ERROR_STACK_EXHAUSTED = 9013;
 
 void record_error(ParseContext* ctx, int number, const document_location_st& location) {
     ctx->errors->push_back({number, location});
 }
 
 void bad_literal(ParseContext* ctx, const document_location_st& location) {
-    record_error(ctx, ERROR_SYNTAX, location);
+    record_error(ctx, ERR_SYNTAX, location);
     if (ctx->callback) ctx->callback(PARSE_BAD_LITERAL, nullptr, location, ctx->callback_context);
 }
 
 void report_duplicate_option(const Option* option, void* context) {
-    record_error(static_cast<ParseContext*>(context), ERROR_SYNTAX, option->location);
+    record_error(static_cast<ParseContext*>(context), ERR_SYNTAX, option->location);
 }
 
 String join_pieces(const scan_string_st* pieces, size_t count, const Charset* charset) {
@@ -82,9 +79,9 @@ int grammar_next_token(ParseContext* ctx, scan_string_st& value, document_locati
 }
 
 void grammar_report_error(ParseContext* ctx, const document_location_st& location, const char* message) {
-    int number = ERROR_SYNTAX;
-    if (std::strcmp(message, "syntax is ambiguous") == 0) number = ERROR_AMBIGUOUS;
-    else if (std::strcmp(message, "memory exhausted") == 0) number = ERROR_STACK_EXHAUSTED;
+    int number = ERR_SYNTAX;
+    if (std::strcmp(message, "syntax is ambiguous") == 0) number = ERR_SYNTAX_AMBIGUOUS;
+    else if (std::strcmp(message, "memory exhausted") == 0) number = ERR_PARSER_STACK_EXHAUSTED;
     record_error(ctx, number, location);
 }
 
@@ -183,7 +180,7 @@ Statement* grammar_macro_statement(ParseContext* ctx, StatementTypes type, Macro
         i = run;
     }
     if (!has_variable) {
-        record_error(ctx, ERROR_SYNTAX, location);
+        record_error(ctx, ERR_SYNTAX, location);
         return new Statement(STMT_INVALID);
     }
     if (type == STMT_INCOMPLETE) {
@@ -418,7 +415,7 @@ int parse_tokens(const token_st* begin, const token_st* end, int start_token, co
     int result = kestroparse(&ctx);
     if (result != 0 && errors.size() == first_error) {
         document_location_st where = scanner.position() != begin ? scanner.position()[-1].location : start.location;
-        record_error(&ctx, result == 2 ? ERROR_STACK_EXHAUSTED : ERROR_SYNTAX, where);
+        record_error(&ctx, result == 2 ? ERR_PARSER_STACK_EXHAUSTED : ERR_SYNTAX, where);
     }
     if (result == 0 && options.callback) {
         if (options.classify) report_classification(ctx);
@@ -462,7 +459,7 @@ Operand* parse_operand(const token_st* begin, const token_st* end, bool retry, c
             return result.operand;
         }
         delete result.operand;
-        if (!retry || stop == begin || stop - 1 == begin) throw RuntimeError(number ? number : ERROR_SYNTAX);
+        if (!retry || stop == begin || stop - 1 == begin) throw RuntimeError(number ? number : ERR_SYNTAX);
     }
 }
 

@@ -4,11 +4,11 @@
 #include <iterator>
 #include <string>
 
+#include "base/call_trace.h"
 #include "frontend/preprocessor_expression.h"
 #include "frontend/scanner.h"
 #include "text/charset.h"
 #include "text/collation.h"
-#include "values/call_trace.h"
 #include "values/error.h"
 
 namespace zobase {
@@ -110,8 +110,8 @@ int Preprocessor::walk(frame_st& frame) {
         if (result < 0) return result;
     }
     if (!frame.conditions.empty()) {
-        record(DIAGNOSTIC_PREPROCESSOR, 1211, frame.conditions.back().location, frame);
-        return -1211;
+        record(DIAGNOSTIC_PREPROCESSOR, ERR_IF_ELSE_ENDIF_MISSING, frame.conditions.back().location, frame);
+        return -ERR_IF_ELSE_ENDIF_MISSING;
     }
     return 0;
 }
@@ -389,7 +389,7 @@ int Preprocessor::directive_shebang(Preprocessor& self, frame_st& frame) {
 
 int Preprocessor::directive_define(Preprocessor& self, frame_st& frame) {
     if (frame.at_end() || frame.current().type != TOKEN_WORD)
-        throw DirectiveFailure(10, frame.at_end() ? self.directive_location_ : frame.current().location);
+        throw DirectiveFailure(ERR_SYNTAX, frame.at_end() ? self.directive_location_ : frame.current().location);
     const token_st name = frame.tokens[frame.pos++];
     token_vector body;
     self.read_logical_line(frame, body, true, false);
@@ -403,7 +403,7 @@ int Preprocessor::directive_undef(Preprocessor& self, frame_st& frame) {
     token_vector rest;
     self.read_logical_line(frame, rest, false, false);
     rest = trimmed(std::move(rest));
-    if (rest.size() != 1 || rest[0].type != TOKEN_WORD) fail_at(10, rest, self.directive_location_);
+    if (rest.size() != 1 || rest[0].type != TOKEN_WORD) fail_at(ERR_SYNTAX, rest, self.directive_location_);
     self.defines_.erase(key_of(rest[0]));
     return 0;
 }
@@ -411,7 +411,7 @@ int Preprocessor::directive_undef(Preprocessor& self, frame_st& frame) {
 int Preprocessor::directive_error(Preprocessor& self, frame_st& frame) {
     token_vector rest;
     self.read_logical_line(frame, rest, true, false);
-    throw DirectiveFailure(1098, self.directive_location_);
+    throw DirectiveFailure(ERR_USER_DEFINED, self.directive_location_);
 }
 
 int Preprocessor::push_condition(frame_st& frame, bool taking) {
@@ -475,7 +475,7 @@ namespace {
 // The one word after #ifdef or #ifndef.
 token_st defined_name(const token_vector& rest, const document_location_st& directive) {
     token_vector words = trimmed(rest);
-    if (words.size() != 1 || words[0].type != TOKEN_WORD) fail_at(10, words, directive);
+    if (words.size() != 1 || words[0].type != TOKEN_WORD) fail_at(ERR_SYNTAX, words, directive);
     return words[0];
 }
 
@@ -500,7 +500,7 @@ int Preprocessor::directive_ifndef(Preprocessor& self, frame_st& frame) {
 int Preprocessor::directive_else(Preprocessor& self, frame_st& frame) {
     self.skip_inactive_line(frame);
     if (frame.conditions.empty() || frame.conditions.back().seen_else)
-        throw DirectiveFailure(1211, self.directive_location_);
+        throw DirectiveFailure(ERR_IF_ELSE_ENDIF_MISSING, self.directive_location_);
     condition_st& c = frame.conditions.back();
     c.taking = c.parent_active && !c.branch_taken;
     c.branch_taken = true;
@@ -510,7 +510,7 @@ int Preprocessor::directive_else(Preprocessor& self, frame_st& frame) {
 
 int Preprocessor::directive_endif(Preprocessor& self, frame_st& frame) {
     self.skip_inactive_line(frame);
-    if (frame.conditions.empty()) throw DirectiveFailure(1211, self.directive_location_);
+    if (frame.conditions.empty()) throw DirectiveFailure(ERR_IF_ELSE_ENDIF_MISSING, self.directive_location_);
     frame.conditions.pop_back();
     return 0;
 }
@@ -560,10 +560,10 @@ int Preprocessor::directive_include(Preprocessor& self, frame_st& frame) {
     self.read_logical_line(frame, rest, false, false);
     rest = trimmed(std::move(rest));
     String name = include_name(rest);
-    if (name.size() == 0) throw DirectiveFailure(202, directive);
+    if (name.size() == 0) throw DirectiveFailure(ERR_INVALID_PATH, directive);
     std::filesystem::path path = self.find_include(frame, std::filesystem::path(name.u8str()));
-    if (path.empty()) throw DirectiveFailure(1, directive);
-    if (self.include_depth_ >= MAX_INCLUDE_DEPTH) throw DirectiveFailure(103, directive);
+    if (path.empty()) throw DirectiveFailure(ERR_FILE_NOT_FOUND, directive);
+    if (self.include_depth_ >= MAX_INCLUDE_DEPTH) throw DirectiveFailure(ERR_NESTING_TOO_DEEP, directive);
     return self.include_file(frame, path, directive);
 }
 
@@ -572,7 +572,7 @@ int Preprocessor::include_file(frame_st& frame, const std::filesystem::path& pat
     ZO_TRACE();
     std::ifstream in(path, std::ios::binary);
     std::string bytes((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
-    if (!in.good() && !in.eof()) throw DirectiveFailure(1104, location);
+    if (!in.good() && !in.eof()) throw DirectiveFailure(ERR_FILE_READ, location);
     const Charset* charset = frame.tokens[0].value.charset;
     owned_texts_.push_back(String::fromBytes(bytes.data(), bytes.size(), charset));
     frame_st included;

@@ -2,8 +2,8 @@
 
 #include <unicode/uchar.h>
 
+#include "base/call_trace.h"
 #include "text/charset.h"
-#include "values/call_trace.h"
 
 namespace zobase {
 
@@ -26,7 +26,7 @@ public:
     pp_value_st parse_all() {
         pp_value_st v = parse_or();
         skip_blanks();
-        if (p_ != end_) fail(10);
+        if (p_ != end_) fail(ERR_SYNTAX);
         return v;
     }
 
@@ -130,8 +130,8 @@ private:
         int code = accept_relation();
         if (!code) return left;
         pp_value_st right = parse_additive();
-        if (left.logical != right.logical) fail(107);
-        if (left.logical && code != '=' && code != '#') fail(107);
+        if (left.logical != right.logical) fail(ERR_OPERAND_TYPE_MISMATCH);
+        if (left.logical && code != '=' && code != '#') fail(ERR_OPERAND_TYPE_MISMATCH);
         long long a = left.number, b = right.number;
         switch (code) {
             case '=': return logical(a == b);
@@ -144,7 +144,7 @@ private:
     }
 
     long long arithmetic(uint32_t op, const pp_value_st& left, const pp_value_st& right) {
-        if (left.logical || right.logical) fail(107);
+        if (left.logical || right.logical) fail(ERR_OPERAND_TYPE_MISMATCH);
         long long a = left.number, b = right.number, r = 0;
         bool overflow = false;
         switch (op) {
@@ -155,7 +155,7 @@ private:
                 overflow = b == 0 || (a == INT64_MIN && b == -1);
                 if (!overflow) r = op == '/' ? a / b : a % b;
         }
-        if (overflow) fail(39);
+        if (overflow) fail(ERR_NUMERIC_OVERFLOW);
         return r;
     }
 
@@ -194,7 +194,7 @@ private:
         if (base == 16) {
             t.value.charset->next(p, end);
             t.value.charset->next(p, end);
-            if (p == end) fail(10);
+            if (p == end) fail(ERR_SYNTAX);
         }
         unsigned long long n = 0;
         while (p < end) {
@@ -203,15 +203,15 @@ private:
                                    : u_charDigitValue(static_cast<UChar32>(c));
             if (__builtin_mul_overflow(n, static_cast<unsigned long long>(base), &n) ||
                 __builtin_add_overflow(n, static_cast<unsigned long long>(digit), &n))
-                fail(39);
+                fail(ERR_NUMERIC_OVERFLOW);
         }
-        if (base == 10 && n > static_cast<unsigned long long>(INT64_MAX)) fail(39);
+        if (base == 10 && n > static_cast<unsigned long long>(INT64_MAX)) fail(ERR_NUMERIC_OVERFLOW);
         return static_cast<long long>(n);
     }
 
     void expect(uint32_t type) {
         const token_st* t = peek();
-        if (!t || t->type != type) fail(10);
+        if (!t || t->type != type) fail(ERR_SYNTAX);
         ++p_;
     }
 
@@ -219,7 +219,7 @@ private:
         bool parenthesised = peek() && p_->type == '(';
         if (parenthesised) ++p_;
         const token_st* name = peek();
-        if (!name || name->type != TOKEN_WORD) fail(10);
+        if (!name || name->type != TOKEN_WORD) fail(ERR_SYNTAX);
         ++p_;
         if (parenthesised) expect(')');
         return logical(defined_(context_, *name));
@@ -227,7 +227,7 @@ private:
 
     pp_value_st parse_primary() {
         const token_st* t = peek();
-        if (!t) fail(10);
+        if (!t) fail(ERR_SYNTAX);
         if (dotted_word_ahead("T") || dotted_word_ahead("F")) {
             bool value = token_is_word(p_[1], "T");
             p_ += 3;
@@ -248,8 +248,8 @@ private:
                 if (token_is_word(*t, "FALSE")) return logical(false);
                 if (token_is_word(*t, "DEFINED")) return parse_defined();
                 --p_;
-                fail(12);
-            default: fail(10);
+                fail(ERR_VARIABLE_NOT_FOUND);
+            default: fail(ERR_SYNTAX);
         }
     }
 };

@@ -4,10 +4,10 @@
 
 #include <unicode/uchar.h>
 
+#include "base/call_trace.h"
 #include "frontend/keywords.h"
 #include "frontend/syntax_tree.h"
 #include "text/charset.h"
-#include "values/call_trace.h"
 #include "values/error.h"
 
 namespace zobase {

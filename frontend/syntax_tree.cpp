@@ -2,7 +2,7 @@
 
 #include <cstring>
 
-#include "values/call_trace.h"
+#include "base/call_trace.h"
 #include "values/error.h"
 
 namespace zobase {

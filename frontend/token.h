@@ -3,23 +3,10 @@
 #include <cstdint>
 #include <vector>
 
+#include "base/document_location.h"
 #include "values/string.h"
 
 namespace zobase {
-
-// One end of a span; line and column count from 1, the column in characters.
-struct document_position_st {
-    uint32_t offset_chars;
-    uint32_t offset_bytes;
-    uint32_t line;
-    uint32_t column;
-};
-
-// `end` is the position just after the span.
-struct document_location_st {
-    document_position_st start;
-    document_position_st end;
-};
 
 // Kinds that tokenize produces. Punctuation tokens carry their character's code.
 enum TokenKind : uint32_t {

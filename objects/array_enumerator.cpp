@@ -2,8 +2,8 @@
 
 #include <memory>
 
+#include "base/call_trace.h"
 #include "text/collation.h"
-#include "values/call_trace.h"
 #include "values/error.h"
 #include "values/symtable.h"
 #include "vm/vm_stack.h"
@@ -33,18 +33,18 @@ bool ArrayEnumerator::move_next() {
 }
 
 void ArrayEnumerator::require_current() const {
-    if (position_ == 0 || position_ > array_.array.count) throw RuntimeError(1234);
+    if (position_ == 0 || position_ > array_.array.count) throw RuntimeError(ERR_SUBSCRIPT_OUT_OF_RANGE);
 }
 
 void ArrayEnumerator::virtual_call(VmStack* stack, unsigned symbol, size_t argc, Variant* ret) {
-    if (!is_move_next(stack, symbol)) throw RuntimeError(1734, stack->symbol_text(symbol));
-    if (argc) throw RuntimeError(11);
+    if (!is_move_next(stack, symbol)) throw RuntimeError(ERR_PROPERTY_NOT_FOUND, stack->symbol_text(symbol));
+    if (argc) throw RuntimeError(ERR_ARGUMENT_INVALID);
     ret->set_bool(move_next());
 }
 
 void ArrayEnumerator::virtual_access(VmStack* stack, unsigned symbol, size_t argc, Variant* ret) {
-    if (!is_item_symbol(symbol)) throw RuntimeError(1734, stack->symbol_text(symbol));
-    if (argc) throw RuntimeError(232, stack->symbol_text(symbol));
+    if (!is_item_symbol(symbol)) throw RuntimeError(ERR_PROPERTY_NOT_FOUND, stack->symbol_text(symbol));
+    if (argc) throw RuntimeError(ERR_NOT_AN_ARRAY, stack->symbol_text(symbol));
     require_current();
     if (symbol == SYMBOL_KEY)
         ret->set_integer(static_cast<int64_t>(position_));
@@ -54,13 +54,13 @@ void ArrayEnumerator::virtual_access(VmStack* stack, unsigned symbol, size_t arg
 
 // KEY and VALUE are computed, so there is no slot to lend or to overwrite.
 void ArrayEnumerator::virtual_access_ref(VmStack* stack, unsigned symbol, size_t, Variant*) {
-    if (!is_item_symbol(symbol)) throw RuntimeError(1734, stack->symbol_text(symbol));
-    throw RuntimeError(1743, stack->symbol_text(symbol));
+    if (!is_item_symbol(symbol)) throw RuntimeError(ERR_PROPERTY_NOT_FOUND, stack->symbol_text(symbol));
+    throw RuntimeError(ERR_PROPERTY_READ_ONLY, stack->symbol_text(symbol));
 }
 
 void ArrayEnumerator::virtual_assign(VmStack* stack, unsigned symbol, size_t) {
-    if (!is_item_symbol(symbol)) throw RuntimeError(1734, stack->symbol_text(symbol));
-    throw RuntimeError(1743, stack->symbol_text(symbol));
+    if (!is_item_symbol(symbol)) throw RuntimeError(ERR_PROPERTY_NOT_FOUND, stack->symbol_text(symbol));
+    throw RuntimeError(ERR_PROPERTY_READ_ONLY, stack->symbol_text(symbol));
 }
 
 void create_array_enumerator(const Array& array, Variant* dest) {

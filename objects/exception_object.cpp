@@ -41,26 +41,26 @@ Variant* ExceptionObject::property(VmStack* stack, unsigned symbol) {
     String name = stack->symbol_text(symbol);
     if (names_equal(name, "detail")) return &detail;
     if (names_equal(name, "uservalue")) return &user_value;
-    throw RuntimeError(1734, name);
+    throw RuntimeError(ERR_PROPERTY_NOT_FOUND, name);
 }
 
 void ExceptionObject::virtual_call(VmStack* stack, unsigned symbol, size_t, Variant*) {
-    throw RuntimeError(1734, stack->symbol_text(symbol));
+    throw RuntimeError(ERR_PROPERTY_NOT_FOUND, stack->symbol_text(symbol));
 }
 
 void ExceptionObject::virtual_access(VmStack* stack, unsigned symbol, size_t argc, Variant* ret) {
-    if (argc) throw RuntimeError(232, stack->symbol_text(symbol));
+    if (argc) throw RuntimeError(ERR_NOT_AN_ARRAY, stack->symbol_text(symbol));
     property(stack, symbol)->copy(ret);
 }
 
 void ExceptionObject::virtual_access_ref(VmStack* stack, unsigned symbol, size_t argc,
                                          Variant* ret) {
-    if (argc) throw RuntimeError(232, stack->symbol_text(symbol));
+    if (argc) throw RuntimeError(ERR_NOT_AN_ARRAY, stack->symbol_text(symbol));
     property(stack, symbol)->ref(stack, ret, this);
 }
 
 void ExceptionObject::virtual_assign(VmStack* stack, unsigned symbol, size_t argc) {
-    if (argc != 1) throw RuntimeError(232, stack->symbol_text(symbol));
+    if (argc != 1) throw RuntimeError(ERR_NOT_AN_ARRAY, stack->symbol_text(symbol));
     replace_value(stack, property(stack, symbol), Param(stack, argc));
 }
 

@@ -2,8 +2,8 @@
 
 #include <cstring>
 
+#include "base/call_trace.h"
 #include "text/collation.h"
-#include "values/call_trace.h"
 #include "values/error.h"
 #include "vm/vm_run.h"
 #include "vm/vm_stack.h"
@@ -23,21 +23,21 @@ bool is_evaluate(VmStack* stack, unsigned symbol) {
 Operand_Object::Operand_Object(std::unique_ptr<Program> program) : program_(std::move(program)) {}
 
 void Operand_Object::virtual_call(VmStack* stack, unsigned symbol, size_t argc, Variant* ret) {
-    if (!is_evaluate(stack, symbol)) throw RuntimeError(1734, stack->symbol_text(symbol));
-    if (argc) throw RuntimeError(11);
+    if (!is_evaluate(stack, symbol)) throw RuntimeError(ERR_PROPERTY_NOT_FOUND, stack->symbol_text(symbol));
+    if (argc) throw RuntimeError(ERR_ARGUMENT_INVALID);
     evaluate_program(stack, program_.get(), ret);
 }
 
 void Operand_Object::virtual_access(VmStack* stack, unsigned symbol, size_t, Variant*) {
-    throw RuntimeError(1734, stack->symbol_text(symbol));
+    throw RuntimeError(ERR_PROPERTY_NOT_FOUND, stack->symbol_text(symbol));
 }
 
 void Operand_Object::virtual_access_ref(VmStack* stack, unsigned symbol, size_t, Variant*) {
-    throw RuntimeError(1734, stack->symbol_text(symbol));
+    throw RuntimeError(ERR_PROPERTY_NOT_FOUND, stack->symbol_text(symbol));
 }
 
 void Operand_Object::virtual_assign(VmStack* stack, unsigned symbol, size_t) {
-    throw RuntimeError(1734, stack->symbol_text(symbol));
+    throw RuntimeError(ERR_PROPERTY_NOT_FOUND, stack->symbol_text(symbol));
 }
 
 void evaluate_program(VmStack* stack, const Program* program, Variant* ret) {

@@ -8,8 +8,8 @@
 
 #include "runtime/screen.h"
 #include "runtime/screen_input.h"
-#include "text/collation.h"
 #include "text/charset.h"
+#include "text/collation.h"
 
 namespace zobase {
 

@@ -4,8 +4,8 @@
 #include <cstdlib>
 #include <exception>
 
+#include "base/call_trace.h"
 #include "runtime/runtime.h"
-#include "values/call_trace.h"
 #include "values/error.h"
 
 namespace zobase {

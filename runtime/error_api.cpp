@@ -1,4 +1,6 @@
 // The host's view of a stack's last error.
+#include "runtime/error_api.h"
+
 #include <algorithm>
 #include <cstring>
 #include <string>

@@ -4,11 +4,13 @@
 #include <memory>
 #include <system_error>
 
+#include "base/call_trace.h"
+#include "compiler/build_input.h"
 #include "compiler/module.h"
 #include "runtime/file_search.h"
 #include "runtime/runtime.h"
 #include "runtime/screen.h"
-#include "values/call_trace.h"
+#include "text/charset.h"
 #include "values/error.h"
 #include "vm/vm_stack.h"
 
@@ -45,7 +47,7 @@ void ModuleCache::retire(std::map<String, ModuleDomain*, StringLessThan_Unicode_
 const Module* ModuleCache::load_from_disk(VmStack* stack, const String& file, CachePolicy policy) {
     ZO_TRACE();
     String found;
-    if (!stack->runtime->find_file(file, &found, true, true)) throw RuntimeError(1, file);
+    if (!stack->runtime->find_file(file, &found, true, true)) throw RuntimeError(ERR_FILE_NOT_FOUND, file);
     try {
         String path = canonical_path(found);
         stack->runtime->screen->on_load_module(stack, path);
@@ -70,8 +72,18 @@ const Module* ModuleCache::load_from_disk(VmStack* stack, const String& file, Ca
         if (procedure != procedures_.end()) procedure->second = domain->entry;
         return domain.release()->entry;
     } catch (const fs::filesystem_error& error) {
-        throw RuntimeError(9901, String(error.what()));
+        throw RuntimeError(ERR_FILESYSTEM_GENERIC, String(error.what()));
     }
+}
+
+Module* compile_module_file(VmStack* stack, const String& path, module_map*) {
+    ZO_TRACE();
+    Runtime* runtime = stack->runtime;
+    String text = read_source_file(path, runtime->default_charset);
+    text.convert(Charset::utf8, 0, CSTRAN_SUBSTITUTE);
+    BuildInput input(stack);
+    input.import_library(runtime->library());
+    return input.build_module(path, text);
 }
 
 void ModuleCache::add_procedure(VmStack* stack, const String& file) {

@@ -5,12 +5,12 @@
 #include <list>
 #include <map>
 
+#include "compiler/module.h"
 #include "text/collation.h"
 #include "values/string.h"
 
 namespace zobase {
 
-class Module;
 class VmStack;
 
 enum CachePolicy : int {
@@ -18,8 +18,6 @@ enum CachePolicy : int {
     CACHE_AS_IS = 1,       // take a cached copy as it stands
     CACHE_RELOAD = 2,      // any other value: always compile
 };
-
-typedef std::map<String, Module*, StringLessThan_Unicode_Machine> module_map;
 
 // One loaded source file and every module compiled along with it.
 struct ModuleDomain {

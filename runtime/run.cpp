@@ -1,11 +1,11 @@
 // The roads of a file and of a command line from the host into the VM.
 #include <memory>
 
+#include "base/call_trace.h"
 #include "builtins/library.h"
 #include "compiler/build_input.h"
 #include "runtime/runtime.h"
 #include "runtime/screen.h"
-#include "values/call_trace.h"
 #include "values/error.h"
 #include "vm/vm_run.h"
 #include "vm/vm_stack.h"

@@ -1,13 +1,13 @@
 // The road of a file: load its module, bind the host's arguments, run the entry.
 #include <algorithm>
 
+#include "base/call_trace.h"
 #include "compiler/module.h"
 #include "runtime/debug_hook.h"
 #include "runtime/module_cache.h"
 #include "runtime/runtime.h"
 #include "runtime/screen.h"
 #include "values/array.h"
-#include "values/call_trace.h"
 #include "values/error.h"
 #include "values/symtable.h"
 #include "values/variant.h"

@@ -12,15 +12,15 @@
 #include <string>
 #include <vector>
 
-#include "runtime/module_cache.h"
-#include "runtime/runtime_resolver.h"
+#include "base/call_trace.h"
 #include "builtins/library.h"
 #include "objects/object.h"
 #include "runtime/file_search.h"
+#include "runtime/module_cache.h"
+#include "runtime/runtime_resolver.h"
 #include "runtime/screen.h"
 #include "text/charset.h"
 #include "text/collation.h"
-#include "values/call_trace.h"
 #include "values/symtable.h"
 #include "vm/vm_stack.h"
 
@@ -35,6 +35,7 @@ struct RuntimeRecord {
     std::vector<const char*> argument_pointers;
     ModuleCache module_cache;
     std::unique_ptr<CallResolver> resolver;
+    std::unique_ptr<RuntimeServices> services;
     std::unique_ptr<Library> library;
     VmStack* main_stack = nullptr;
     uint64_t next_stack_id = 1;
@@ -95,6 +96,7 @@ void read_separators(Runtime* rt, const char* locale) {
 
 Runtime::Runtime(Screen* s) : screen(s), impl(new RuntimeRecord) {
     impl->resolver = create_runtime_resolver(this);
+    impl->services = create_runtime_services(this);
 }
 
 Runtime::~Runtime() { delete impl; }
@@ -127,13 +129,20 @@ void Runtime::init() {
 VmStack* Runtime::get_main_stack() {
     if (!impl->main_stack) {
         impl->main_stack = new VmStack(this, MAIN_STACK_SLOTS, MAIN_STACK_UNDO_SLOTS);
-        impl->main_stack->id = create_stack_id();
-        impl->main_stack->resolver = call_resolver();
+        attach_stack(impl->main_stack);
     }
     return impl->main_stack;
 }
 
 uint64_t Runtime::create_stack_id() { return impl->next_stack_id++; }
+
+// The stack keeps the PlainDataSessions it was made with until the table
+// engine's sessions are installed here.
+void Runtime::attach_stack(VmStack* stack) {
+    stack->id = create_stack_id();
+    stack->resolver = call_resolver();
+    stack->services = services();
+}
 
 void Runtime::pass_arguments(int argc, const char* const* argv) {
     impl->arguments.assign(argv, argv + argc);
@@ -234,13 +243,14 @@ Class* GetClass(VmStack* stack, const String* name) {
     uint32_t id = runtime->symbols().symbolize(*name);
     const auto& classes = runtime->library()->classes;
     auto found = classes.find(id);
-    if (found == classes.end()) throw RuntimeError(1733, *name);
+    if (found == classes.end()) throw RuntimeError(ERR_CLASS_NOT_FOUND, *name);
     return found->second;
 }
 
 Library* Runtime::library() { return impl->library.get(); }
 ModuleCache& Runtime::module_cache() { return impl->module_cache; }
 const CallResolver* Runtime::call_resolver() const { return impl->resolver.get(); }
+RuntimeServices* Runtime::services() { return impl->services.get(); }
 
 // For hosts that exit right after: the main-stack pointer is deliberately kept.
 void Runtime::shutdown() {
@@ -260,8 +270,7 @@ void ReleaseRuntime(Runtime* runtime) {
 
 int CreateStack(Runtime* runtime, uint64_t size, VmStack** out) {
     *out = new VmStack(runtime, size, size);
-    (*out)->id = runtime->create_stack_id();
-    (*out)->resolver = runtime->call_resolver();
+    runtime->attach_stack(*out);
     return 0;
 }
 

@@ -3,7 +3,7 @@
 // settings read on hot paths; the rest lives in a private record.
 #include <cstdint>
 
-#include "values/export.h"
+#include "base/export.h"
 #include "values/string.h"
 
 namespace zobase {
@@ -17,6 +17,7 @@ class Library;
 class Module;
 class ModuleCache;
 class CallResolver;
+class RuntimeServices;
 struct RuntimeRecord;
 
 class ZO_API Runtime {
@@ -55,6 +56,11 @@ public:
     ModuleCache& module_cache();
     // What the VM's late-bound calls resolve through; installed on every stack.
     const CallResolver* call_resolver() const;
+    // What code on a stack asks of the runtime; installed on every stack.
+    RuntimeServices* services();
+    // Installs the runtime's doors on a stack it made: the resolver, the
+    // services and the stack's id.
+    void attach_stack(VmStack* stack);
     void set_procedure_to(VmStack* stack, const String& file, bool additive);
     void set_procedure_to_null();
     void pass_arguments(int argc, const char* const* argv);

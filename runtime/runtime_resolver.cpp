@@ -1,12 +1,12 @@
 #include "runtime/runtime_resolver.h"
 
+#include "base/call_trace.h"
 #include "builtins/library.h"
 #include "compiler/build_input.h"
 #include "compiler/module.h"
 #include "runtime/module_cache.h"
 #include "runtime/runtime.h"
 #include "runtime/screen.h"
-#include "values/call_trace.h"
 #include "values/error.h"
 #include "values/symtable.h"
 
@@ -52,7 +52,7 @@ public:
 
     const UserFunction* find_in_module_of(const Program* program, uint32_t symbol) const override {
         if (!program || !program->module) return nullptr;
-        return program->module->find_function(symbol);
+        return module_of(program)->find_function(symbol);
     }
 
     const UserFunction* load_from_file(VmStack* stack, const String& file,

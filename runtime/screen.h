@@ -1,60 +1,12 @@
 #pragma once
-// The one door through which the runtime talks to the user. Hosts supply a
-// subclass or take the console screen from CreateScreen.
-#include <cstddef>
-#include <memory>
-
-#include "values/export.h"
-#include "values/string.h"
+// The console screen and the host's calls on screens. The Screen class
+// itself, which every layer from the VM up writes through, is in vm/screen.h.
+#include "base/export.h"
+#include "vm/screen.h"
 
 namespace zobase {
 
 class Charset;
-class VmStack;
-struct ScreenRecord;
-
-enum ScrHeaderTypes : int { SCR_HEADER_NONE = 0 };
-
-class ZO_API Screen {
-public:
-    Screen();
-    virtual ~Screen();
-    Screen(const Screen&) = delete;
-    Screen& operator=(const Screen&) = delete;
-
-    virtual size_t read(char* buffer, size_t size, size_t count, const Charset** charset);
-    virtual void errendl();
-    virtual void set_output_charset(const Charset* charset);
-    virtual void set_input_charset(const Charset* charset);
-    virtual int msgbox(const String& text, const String& title, int buttons, int icon,
-                       int timeout);
-    virtual void clear();
-    virtual void header(ScrHeaderTypes type, const String& text, bool flag);
-    virtual void on_load_module(VmStack* stack, const String& file);
-    virtual void modify_command(VmStack* stack, const String& file);
-    virtual void browse(VmStack* stack);
-    virtual void wait(VmStack* stack);
-    virtual void flush();
-    virtual void internal_out(const String& text) = 0;
-    virtual void internal_err(const String& text) = 0;
-
-    void out(const String& text);
-    void outendl(const String& text);
-    void outendl();
-    void err(const String& text);
-    void errendl(const String& text);
-    void ob_start();
-    void ob_end_clean();
-    void ob_end_flush();
-    void ob_get(String* out) const;
-    void lock_for_output();
-    void unlock_output();
-    void set_interactive(bool interactive);
-    bool is_interactive() const;
-
-private:
-    std::unique_ptr<ScreenRecord> record_;
-};
 
 // The process's console: standard output, error and input.
 class ZO_API ConsoleScreen : public Screen {
@@ -80,18 +32,5 @@ ZO_API int SetOutputCharset(Screen* screen, const char* name);
 ZO_API int SetInputCharset(Screen* screen, const char* name);
 
 constexpr int SCREEN_FLAG_INTERACTIVE = 256;
-
-// The buttons of msgbox, one bit each: `buttons` is a mask of them and the
-// answer is the bit of the chosen one. Abort, Retry and Ignore are the bits
-// the error dialog asks with.
-enum MsgboxButton : int {
-    MSGBOX_OK = 1,
-    MSGBOX_CANCEL = 2,
-    MSGBOX_YES = 4,
-    MSGBOX_ABORT = 8,
-    MSGBOX_NO = 16,
-    MSGBOX_RETRY = 32,
-    MSGBOX_IGNORE = 64,
-};
 
 }  // namespace zobase

@@ -8,11 +8,11 @@
 #include <string>
 #include <vector>
 
+#include "base/call_trace.h"
 #include "runtime/runtime.h"
 #include "runtime/screen.h"
 #include "runtime/screen_input.h"
 #include "text/charset.h"
-#include "values/call_trace.h"
 #include "values/error.h"
 
 namespace zobase {

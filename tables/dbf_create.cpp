@@ -9,18 +9,17 @@
 #include <string>
 #include <system_error>
 
+#include "base/error_numbers.h"
 #include "tables/dbf_codepages.h"
 #include "tables/dbf_file.h"
 #include "tables/field_names.h"
 #include "text/charset.h"
-#include "values/call_trace.h"
+#include "base/call_trace.h"
 
 namespace zobase {
 
 namespace {
 
-constexpr int ERROR_FIELD_WIDTH = 1731;
-constexpr int ERROR_NUMERIC_OVERFLOW = 39;
 constexpr uint64_t MAX_NUMERIC_DECIMALS = 255;
 constexpr uint64_t MAX_DOUBLE_DECIMALS = 18;
 constexpr uint64_t DEFAULT_DOUBLE_DECIMALS = 2;
@@ -130,9 +129,9 @@ uint64_t field_width(const creation_rule_st& rule, const fielddef_st& definition
     if (rule.width == WIDTH_FIXED) return rule.size;
     uint64_t length = definition.default_length ? rule.size : definition.length;
     uint64_t unit = rule.width == WIDTH_CHARACTERS ? charset->max_char() : 1;
-    if (length == 0) throw RuntimeError(ERROR_FIELD_WIDTH);
+    if (length == 0) throw RuntimeError(ERR_FIELD_WIDTH_INVALID_1731);
     if (length > rule.limit / unit) {
-        if (!clamp) throw RuntimeError(ERROR_FIELD_WIDTH);
+        if (!clamp) throw RuntimeError(ERR_FIELD_WIDTH_INVALID_1731);
         return rule.limit;
     }
     return length * unit;
@@ -148,15 +147,15 @@ uint64_t field_decimals(const creation_rule_st& rule, const fielddef_st& definit
     case DECIMALS_DOUBLE:
         if (definition.default_decimals) return DEFAULT_DOUBLE_DECIMALS;
         if (definition.decimals > MAX_DOUBLE_DECIMALS) {
-            if (!clamp) throw RuntimeError(ERROR_FIELD_WIDTH);
+            if (!clamp) throw RuntimeError(ERR_FIELD_WIDTH_INVALID_1731);
             return MAX_DOUBLE_DECIMALS;
         }
         return first.decimals;
     case DECIMALS_NUMERIC: {
         uint64_t decimals = definition.default_decimals ? 0 : definition.decimals;
-        if (decimals > MAX_NUMERIC_DECIMALS) throw RuntimeError(ERROR_NUMERIC_OVERFLOW);
+        if (decimals > MAX_NUMERIC_DECIMALS) throw RuntimeError(ERR_NUMERIC_OVERFLOW);
         if (decimals >= width) {
-            if (!clamp) throw RuntimeError(ERROR_FIELD_WIDTH);
+            if (!clamp) throw RuntimeError(ERR_FIELD_WIDTH_INVALID_1731);
             return width;
         }
         return decimals;
@@ -225,7 +224,7 @@ public:
         }
         if (table_->header_length + 1 + DBF_BACKLINK_SIZE > MAX_HEADER_FIELD ||
             table_->record_length > MAX_HEADER_FIELD)
-            throw RuntimeError(ERROR_FIELD_WIDTH);
+            throw RuntimeError(ERR_FIELD_WIDTH_INVALID_1731);
     }
 
     bool has_memo() const noexcept { return has_memo_; }

@@ -12,7 +12,7 @@
 #include "tables/dbf_codepages.h"
 #include "tables/field_codecs.h"
 #include "text/charset.h"
-#include "values/call_trace.h"
+#include "base/call_trace.h"
 
 namespace zobase {
 

@@ -9,6 +9,7 @@
 #include <limits>
 #include <locale.h>
 
+#include "base/error_numbers.h"
 #include "tables/byte_order.h"
 #include "tables/field_codecs.h"
 #include "text/charset.h"
@@ -20,7 +21,6 @@ namespace zobase {
 
 namespace {
 
-constexpr int ERROR_NUMERIC_OVERFLOW = 39;
 // Numeric text longer than this is not read.
 constexpr size_t NUMERIC_TEXT_LIMIT = 99;
 constexpr size_t MEMO_NUMBER_TEXT_LIMIT = 50;
@@ -238,11 +238,11 @@ void get_integer_from_numeric(DbfFile*, const DbfField* field, const char* recor
 // 0.50 does not go into N(4,2).
 void write_numeric_text(double value, char* field_bytes, uint64_t width, uint64_t decimals,
                         bool round_whole) {
-    if (!std::isfinite(value)) throw RuntimeError(ERROR_NUMERIC_OVERFLOW);
+    if (!std::isfinite(value)) throw RuntimeError(ERR_NUMERIC_OVERFLOW);
     char digits[NUMBER_TEXT_CAPACITY];
     std::to_chars_result made = std::to_chars(digits, digits + sizeof digits, value,
                                               std::chars_format::fixed, static_cast<int>(decimals));
-    if (made.ec != std::errc()) throw RuntimeError(ERROR_NUMERIC_OVERFLOW);
+    if (made.ec != std::errc()) throw RuntimeError(ERR_NUMERIC_OVERFLOW);
     uint64_t count = static_cast<uint64_t>(made.ptr - digits);
     uint64_t padding = width > count ? width - count : 0;
     char text[NUMBER_TEXT_CAPACITY + 256];
@@ -256,7 +256,7 @@ void write_numeric_text(double value, char* field_bytes, uint64_t width, uint64_
     }
     int64_t beyond = static_cast<int64_t>(length) - static_cast<int64_t>(width);
     bool too_wide = decimals == 0 ? beyond > 0 : static_cast<uint64_t>(beyond) > decimals + 1;
-    if (too_wide) throw RuntimeError(ERROR_NUMERIC_OVERFLOW);
+    if (too_wide) throw RuntimeError(ERR_NUMERIC_OVERFLOW);
     if (round_whole) {
         const char* point = static_cast<const char*>(std::memchr(shown, '.', width));
         if (!point || point == shown + width - 1) {

@@ -14,7 +14,7 @@
 #include "tables/file.h"
 #include "tables/file_posix.h"
 #include "tables/lock_positions.h"
-#include "values/call_trace.h"
+#include "base/call_trace.h"
 
 namespace zobase {
 

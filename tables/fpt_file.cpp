@@ -7,7 +7,7 @@
 #include "tables/file_lock.h"
 #include "tables/lock_positions.h"
 #include "text/charset.h"
-#include "values/call_trace.h"
+#include "base/call_trace.h"
 
 namespace zobase {
 

@@ -2,8 +2,8 @@
 
 #include <algorithm>
 
+#include "base/call_trace.h"
 #include "text/charset_classes.h"
-#include "values/call_trace.h"
 #include "values/error.h"
 
 namespace zobase {

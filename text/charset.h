@@ -4,7 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "values/export.h"
+#include "base/export.h"
 #include "values/string.h"
 
 namespace zobase {

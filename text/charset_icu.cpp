@@ -3,8 +3,8 @@
 #include <cstring>
 #include <map>
 
+#include "base/call_trace.h"
 #include "text/charset_classes.h"
-#include "values/call_trace.h"
 #include "values/error.h"
 
 namespace zobase {

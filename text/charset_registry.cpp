@@ -8,8 +8,8 @@
 #include <string>
 #include <unordered_map>
 
+#include "base/call_trace.h"
 #include "text/charset_classes.h"
-#include "values/call_trace.h"
 #include "values/error.h"
 
 namespace zobase {

@@ -9,7 +9,7 @@
 #include <mutex>
 #include <unordered_map>
 
-#include "values/call_trace.h"
+#include "base/call_trace.h"
 #include "values/error.h"
 
 namespace zobase {

@@ -6,8 +6,8 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "base/export.h"
 #include "text/charset.h"
-#include "values/export.h"
 #include "values/string.h"
 
 namespace zobase {

@@ -1,7 +1,7 @@
 // The fixed table of collations and the factories that make them.
+#include "base/call_trace.h"
 #include "text/collation.h"
 #include "text/mapped_collation_tables.h"
-#include "values/call_trace.h"
 #include "values/error.h"
 
 namespace zobase {

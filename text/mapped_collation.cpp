@@ -5,7 +5,7 @@
 #include <cstring>
 #include <memory>
 
-#include "values/call_trace.h"
+#include "base/call_trace.h"
 #include "values/error.h"
 
 namespace zobase {

@@ -24,14 +24,14 @@ Array Array::create(uint64_t rows, uint64_t columns) {
 }
 
 uint64_t Array::element_number(uint64_t row, uint64_t column) const {
-    if (row == 0) throw RuntimeError(11);
+    if (row == 0) throw RuntimeError(ERR_ARGUMENT_INVALID);
     if (column == 0) return row;  // one subscript reads in storage order
     return columns ? (row - 1) * columns + column : row - 1 + column;
 }
 
 // One subscript is the element number itself; 0 is outside the range.
 const Variant* Array::read(uint64_t index) const {
-    if (index == 0 || index > count) throw RuntimeError(1234);
+    if (index == 0 || index > count) throw RuntimeError(ERR_SUBSCRIPT_OUT_OF_RANGE);
     return &storage->elements[index - 1];
 }
 
@@ -41,7 +41,7 @@ const Variant* Array::read(uint64_t row, uint64_t column) const {
 
 Variant* Array::write(VmStack* stack, uint64_t index) {
     if (storage->shares > 1) unshare(stack);
-    if (index == 0 || index > count) throw RuntimeError(1234);
+    if (index == 0 || index > count) throw RuntimeError(ERR_SUBSCRIPT_OUT_OF_RANGE);
     return &storage->elements[index - 1];
 }
 
@@ -94,7 +94,7 @@ namespace {
 
 const Array& array_of(const Variant* v) {
     const Variant* target = v->follow();
-    if (target->tag != TAG_ARRAY) throw RuntimeError(232);
+    if (target->tag != TAG_ARRAY) throw RuntimeError(ERR_NOT_AN_ARRAY);
     return target->array;
 }
 
@@ -109,7 +109,7 @@ const Variant* ReadArrayItem(const Variant* v, uint64_t row, uint64_t column) {
 }
 Variant* WriteArrayItem(VmStack* stack, Variant* v, uint64_t row, uint64_t column) {
     Variant* target = v->follow();
-    if (target->tag != TAG_ARRAY) throw RuntimeError(232);
+    if (target->tag != TAG_ARRAY) throw RuntimeError(ERR_NOT_AN_ARRAY);
     return target->array.write(stack, row, column);
 }
 

@@ -3,7 +3,7 @@
 // on write. Subscripts count from 1.
 #include <cstdint>
 
-#include "values/export.h"
+#include "base/export.h"
 
 namespace zobase {
 

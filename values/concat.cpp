@@ -4,8 +4,8 @@
 #include <cstring>
 #include <stdexcept>
 
+#include "base/call_trace.h"
 #include "text/charset.h"
-#include "values/call_trace.h"
 #include "values/error.h"
 #include "values/string.h"
 #include "values/string_detail.h"

@@ -15,7 +15,7 @@ constexpr double MAX_DAY_SHIFT = 4294967296.0;
 
 bool valid_day_number(long long day) noexcept { return day >= 1 && day <= MAX_DAY_NUMBER; }
 
-[[noreturn]] void raise_invalid_date() { throw RuntimeError(ERROR_INVALID_DATE); }
+[[noreturn]] void raise_invalid_date() { throw RuntimeError(ERR_DATE_INVALID); }
 
 // The standard Gregorian conversion, in truncating integer arithmetic.
 long long gregorian_day_number(long long year, long long month, long long day) noexcept {
@@ -29,15 +29,15 @@ long long gregorian_day_number(long long year, long long month, long long day) n
 
 int serial_julian_date(int year, unsigned month, unsigned day, date_st* out) {
     if (year == 0) {
-        if (month != 0 || day != 0) return ERROR_INVALID_DATE;
+        if (month != 0 || day != 0) return ERR_DATE_INVALID;
         out->julian = 0;
         return 0;
     }
-    if (month == 0 || day == 0) return ERROR_INVALID_DATE;
-    if (year < -4712 && month < 12 && day < 25) return ERROR_INVALID_DATE;
+    if (month == 0 || day == 0) return ERR_DATE_INVALID;
+    if (year < -4712 && month < 12 && day < 25) return ERR_DATE_INVALID;
     long long number = gregorian_day_number(year, month, day);
     // Day numbers must stay within the 32-bit payload and clear of the empty date.
-    if (!valid_day_number(number)) return ERROR_INVALID_DATE;
+    if (!valid_day_number(number)) return ERR_DATE_INVALID;
     out->julian = static_cast<uint32_t>(number);
     return 0;
 }
@@ -47,7 +47,7 @@ int serial_julian_date(int year, unsigned month, unsigned day, unsigned hour, un
     date_st date;
     if (int error = serial_julian_date(year, month, day, &date)) return error;
     out->julian = date.julian;
-    if (hour > 23 || minute > 59 || second > 59) return ERROR_INVALID_DATE;
+    if (hour > 23 || minute > 59 || second > 59) return ERR_DATE_INVALID;
     out->msecs = ((hour * 60 + minute) * 60 + second) * 1000;
     return 0;
 }

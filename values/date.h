@@ -3,12 +3,12 @@
 // number plus milliseconds since midnight.
 #include <cstdint>
 
+#include "base/error_numbers.h"
 #include "values/number_types.h"
 
 namespace zobase {
 
 constexpr uint32_t MSECS_PER_DAY = 86400000;
-constexpr int ERROR_INVALID_DATE = 2034;
 
 // Return 0, or 2034 for a date or time that cannot be built. Day numbers are
 // not checked against the month's length: February 31 lands in March.

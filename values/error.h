@@ -1,31 +1,21 @@
 #pragma once
-// Errors of the language and the exception families that carry them.
-// RuntimeError is what language code sees; the dbf_ and file_ families are
-// raised by the table engine and translated to numbers by the work-area layer.
+// Errors of the language as values carry them: RuntimeError is what language
+// code sees, with its message as a String; RuntimeThrow carries a thrown
+// value. The dbf_, file_ and fpt_ families are raised by the table engine and
+// translated to numbers by the work-area layer. The numbers themselves, the
+// table and the text-free roots are in base/.
 #include <cstddef>
 #include <cstdint>
 
-#include "values/export.h"
+#include "base/error_numbers.h"
+#include "base/exception.h"
+#include "base/export.h"
 #include "values/string.h"
 #include "values/variant.h"
 
 namespace zobase {
 
 struct VmFrame;
-class VmStack;
-
-struct error_st {
-    int32_t code;
-    const char* message;
-    const char* format;  // one %s for the detail, or null
-};
-
-// Common root of every exception the runtime raises on purpose.
-class ZO_API Exception {
-public:
-    virtual ~Exception();
-    virtual const char* name() const noexcept;
-};
 
 class ZO_API RuntimeError : public Exception {
 public:
@@ -40,20 +30,6 @@ public:
     RuntimeError(const RuntimeError&) = default;
     RuntimeError& operator=(const RuntimeError&) = default;
     const char* name() const noexcept override;
-};
-
-enum InterruptType : int32_t { INTERRUPT_QUIT = 0, INTERRUPT_CANCEL = 1, INTERRUPT_THROW = 2 };
-
-class ZO_API RuntimeInterrupt : public Exception {
-public:
-    InterruptType type;
-    explicit RuntimeInterrupt(InterruptType t) : type(t) {}
-};
-
-// Thrown by QUIT (type 0) and CANCEL (type 1); unwinds every frame.
-class ZO_API RuntimeQuit : public RuntimeInterrupt {
-public:
-    explicit RuntimeQuit(InterruptType t = INTERRUPT_QUIT) : RuntimeInterrupt(t) {}
 };
 
 // Carries a thrown exception object from the frame that found the handler
@@ -74,18 +50,6 @@ public:
     ~RuntimeThrow() override;
     const char* name() const noexcept override;
 };
-
-// A state that cannot occur; also what the debugger path raises.
-class ZO_API assert_failed_exception : public Exception {
-public:
-    const char* what;
-    explicit assert_failed_exception(const char* text = "") : what(text) {}
-    const char* name() const noexcept override;
-};
-
-// Raises assert_failed_exception naming the failed condition.
-#define ZO_ASSERT(cond) \
-    do { if (!(cond)) throw ::zobase::assert_failed_exception(#cond); } while (0)
 
 // A plain exception type with an optional detail text.
 #define ZO_DECLARE_EXCEPTION(type, base)                                   \
@@ -167,28 +131,13 @@ ZO_DECLARE_EXCEPTION(cstran_chars_lost, DetailedException)
 ZO_DECLARE_EXCEPTION(copy_buffer_too_small, DetailedException)
 ZO_DECLARE_EXCEPTION(overflow_error, DetailedException)
 
-// Undecodable bytes; `position` is the one-based byte offset of the first bad character.
-class ZO_API string_buffer_invalid_exception : public Exception {
-public:
-    size_t position;
-    explicit string_buffer_invalid_exception(size_t pos) : position(pos) {}
-    const char* name() const noexcept override { return "string_buffer_invalid_exception"; }
-};
-
-// The error table in its historical order, ending with a row of code 0.
-const error_st* find_error_row(int code) noexcept;
 // The row's format filled with the detail, or the plain message; empty for no row.
 String format_error_message(int code, const String& detail);
 
 // Raises 1001 "Feature '%s' is not available." for something not built yet.
 [[noreturn]] void raise_not_available(const char* feature);
 
-ZO_API int TranslateError(int code, char* buffer, size_t size);
+// TranslateError with the detail filled into the format.
 ZO_API int TranslateErrorEx(int code, const String& detail, char* buffer, size_t size);
-ZO_API int get_list_of_errors(const error_st** rows);
-// The stack's last error number, sign-extended.
-ZO_API uint64_t GetLastError(VmStack* stack);
-// Refuses with copy_buffer_too_small unless both size and text are empty.
-ZO_API int GetLastErrorMessage(VmStack* stack, char* buffer, size_t size);
 
 }  // namespace zobase

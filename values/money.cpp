@@ -4,8 +4,8 @@
 #include <cstdio>
 #include <limits>
 
+#include "base/call_trace.h"
 #include "text/charset.h"
-#include "values/call_trace.h"
 #include "values/error.h"
 #include "values/numeric.h"
 
@@ -13,13 +13,11 @@ namespace zobase {
 
 namespace {
 
-constexpr int ERROR_MONEY_RANGE = 1988;
-constexpr int ERROR_NOT_A_NUMBER = 11;
 constexpr __int128 MONEY_MAX_UNITS = std::numeric_limits<long long>::max();
 constexpr double TWO_POW_32 = 4294967296.0;
 constexpr double TWO_POW_63 = 9223372036854775808.0;
 
-[[noreturn]] void raise_money_range() { throw RuntimeError(ERROR_MONEY_RANGE); }
+[[noreturn]] void raise_money_range() { throw RuntimeError(ERR_CURRENCY_OUT_OF_RANGE); }
 
 __int128 checked_units(__int128 units) {
     if (!money_units_fit(units)) raise_money_range();
@@ -226,10 +224,10 @@ int string_to_money(const char* text, size_t size, const Charset* charset, money
         reader.skip();
     }
     reader.skip_blanks();
-    if (!seen_digit || !reader.done()) return ERROR_NOT_A_NUMBER;
-    if (overflow) return ERROR_MONEY_RANGE;
+    if (!seen_digit || !reader.done()) return ERR_ARGUMENT_INVALID;
+    if (overflow) return ERR_CURRENCY_OUT_OF_RANGE;
     for (; fraction_digits < 4; ++fraction_digits) units *= 10;
-    if (!money_units_fit(units)) return ERROR_MONEY_RANGE;
+    if (!money_units_fit(units)) return ERR_CURRENCY_OUT_OF_RANGE;
     *out = money_from_i128(negative ? -units : units);
     return 0;
 }

@@ -5,14 +5,13 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "values/call_trace.h"
+#include "base/call_trace.h"
 #include "values/error.h"
 
 namespace zobase {
 
 namespace {
 
-constexpr int ERROR_NUMERIC_OVERFLOW = 39;
 constexpr double TWO_POW_63 = 9223372036854775808.0;
 
 // The digits and decimal exponent of a value rounded to 15 significant digits.
@@ -123,7 +122,7 @@ uint64_t product_decimals(uint64_t a, uint64_t b) noexcept {
 
 std::string format_number(double value, uint64_t decimals, uint64_t width) {
     ZO_TRACE();
-    if (!std::isfinite(value)) throw RuntimeError(ERROR_NUMERIC_OVERFLOW);
+    if (!std::isfinite(value)) throw RuntimeError(ERR_NUMERIC_OVERFLOW);
     significant_digits_st s = significant_digits(std::fabs(value));
     std::string text;
     if (value != 0.0 && s.exponent + 1 > static_cast<int>(NUMBER_MAX_DIGITS)) {
@@ -133,7 +132,7 @@ std::string format_number(double value, uint64_t decimals, uint64_t width) {
         uint64_t shown = decimals_to_show(s, decimals);
         text = format_fixed(drop_negative_zero(value, shown), shown, width);
     }
-    if (width > 0 && text.size() > width) throw RuntimeError(ERROR_NUMERIC_OVERFLOW);
+    if (width > 0 && text.size() > width) throw RuntimeError(ERR_NUMERIC_OVERFLOW);
     return text;
 }
 

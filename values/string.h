@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "values/export.h"
+#include "base/export.h"
 
 namespace zobase {
 

@@ -8,9 +8,9 @@
 #include <utility>
 #include <vector>
 
+#include "base/call_trace.h"
 #include "text/charset.h"
 #include "text/collation.h"
-#include "values/call_trace.h"
 #include "values/error.h"
 #include "values/string.h"
 #include "values/string_detail.h"

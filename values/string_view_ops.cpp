@@ -2,9 +2,9 @@
 // them copies or unshares, so other holders of the buffer see nothing.
 #include <unicode/uchar.h>
 
+#include "base/call_trace.h"
 #include "text/charset.h"
 #include "text/collation.h"
-#include "values/call_trace.h"
 #include "values/error.h"
 #include "values/string.h"
 #include "values/string_detail.h"

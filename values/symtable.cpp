@@ -1,6 +1,6 @@
 #include "values/symtable.h"
 
-#include "values/call_trace.h"
+#include "base/call_trace.h"
 #include "values/error.h"
 
 namespace zobase {

@@ -4,8 +4,8 @@
 #include <cmath>
 #include <cstdio>
 
+#include "base/call_trace.h"
 #include "text/charset.h"
-#include "values/call_trace.h"
 #include "values/date.h"
 #include "values/error.h"
 #include "values/money.h"
@@ -129,7 +129,7 @@ Variant::operator integer_type_st() const {
     case TAG_INTEGER: return integer;
     case TAG_NUMERIC: return static_cast<integer_type_st>(std::trunc(numeric.value));
     case TAG_MONEY: return money_to_integer(money);
-    default: throw RuntimeError(107);
+    default: throw RuntimeError(ERR_OPERAND_TYPE_MISMATCH);
     }
 }
 
@@ -146,7 +146,7 @@ Variant::operator numeric_type_st() const {
     case TAG_INTEGER: return {static_cast<double>(integer), 0};
     case TAG_NUMERIC: return numeric;
     case TAG_MONEY: return {money_to_double(money), 4};
-    default: throw RuntimeError(107);
+    default: throw RuntimeError(ERR_OPERAND_TYPE_MISMATCH);
     }
 }
 
@@ -157,56 +157,56 @@ Variant::operator money_type_st() const {
     case TAG_MONEY: return money;
     case TAG_NUMERIC: return money_from_double(numeric.value);
     case TAG_INTEGER: return money_from_integer(integer);
-    default: throw RuntimeError(107);
+    default: throw RuntimeError(ERR_OPERAND_TYPE_MISMATCH);
     }
 }
 
 Variant::operator bool() const {
     if (tag == TAG_TRUE) return true;
     if (tag == TAG_FALSE) return false;
-    throw RuntimeError(107);
+    throw RuntimeError(ERR_OPERAND_TYPE_MISMATCH);
 }
 
 Variant::operator date_st() const {
-    if (tag != TAG_DATE) throw RuntimeError(107);
+    if (tag != TAG_DATE) throw RuntimeError(ERR_OPERAND_TYPE_MISMATCH);
     return date;
 }
 
 Variant::operator datetime_st() const {
-    if (tag != TAG_DATETIME) throw RuntimeError(107);
+    if (tag != TAG_DATETIME) throw RuntimeError(ERR_OPERAND_TYPE_MISMATCH);
     return datetime;
 }
 
 Variant::operator String() const {
-    if (tag != TAG_STRING) throw RuntimeError(107);
+    if (tag != TAG_STRING) throw RuntimeError(ERR_OPERAND_TYPE_MISMATCH);
     return str();
 }
 
 Variant::operator Object*() const {
-    if (tag != TAG_OBJECT) throw RuntimeError(1924);
+    if (tag != TAG_OBJECT) throw RuntimeError(ERR_NOT_AN_OBJECT);
     return object.object;
 }
 
 Variant::operator Array*() {
-    if (tag != TAG_ARRAY) throw RuntimeError(232);
+    if (tag != TAG_ARRAY) throw RuntimeError(ERR_NOT_AN_ARRAY);
     return &array;
 }
 
 void Variant::cast(Array** out) {
     Variant* v = follow();
-    if (v->tag != TAG_ARRAY) throw RuntimeError(11);
+    if (v->tag != TAG_ARRAY) throw RuntimeError(ERR_ARGUMENT_INVALID);
     *out = &v->array;
 }
 
 void Variant::cast(String** out) {
     Variant* v = follow();
-    if (v->tag != TAG_STRING) throw RuntimeError(11);
+    if (v->tag != TAG_STRING) throw RuntimeError(ERR_ARGUMENT_INVALID);
     *out = &v->str();
 }
 
 void Variant::cast(String* out) const {
     const Variant* v = follow();
-    if (v->tag != TAG_STRING) throw RuntimeError(11);
+    if (v->tag != TAG_STRING) throw RuntimeError(ERR_ARGUMENT_INVALID);
     *out = v->str();
 }
 
@@ -214,14 +214,14 @@ void Variant::cast(date_st* out) const {
     const Variant* v = follow();
     if (v->tag == TAG_DATE) *out = v->date;
     else if (v->tag == TAG_DATETIME) *out = {v->datetime.julian};
-    else throw RuntimeError(11);
+    else throw RuntimeError(ERR_ARGUMENT_INVALID);
 }
 
 void Variant::cast(datetime_st* out) const {
     const Variant* v = follow();
     if (v->tag == TAG_DATETIME) *out = v->datetime;
     else if (v->tag == TAG_DATE) *out = {v->date.julian, 0};
-    else throw RuntimeError(11);
+    else throw RuntimeError(ERR_ARGUMENT_INVALID);
 }
 
 void Variant::cast(integer_type_st* out) const { *out = static_cast<integer_type_st>(*this); }
@@ -309,7 +309,7 @@ bool Variant::is_empty() const {
     case TAG_DATETIME: return datetime.julian == 0 && datetime.msecs == 0;
     case TAG_STRING: return str().is_empty();
     case TAG_ARRAY: return array.count == 0 || array.read(1)->is_empty();
-    default: throw RuntimeError(11);
+    default: throw RuntimeError(ERR_ARGUMENT_INVALID);
     }
 }
 
@@ -324,14 +324,14 @@ String VarGetString(const Variant* v) { return static_cast<String>(*v); }
 
 const char* VarReadString(const Variant* v, size_t* len) {
     const Variant* target = v->follow();
-    if (target->tag != TAG_STRING) throw RuntimeError(107);
+    if (target->tag != TAG_STRING) throw RuntimeError(ERR_OPERAND_TYPE_MISMATCH);
     *len = target->str().size();
     return target->str().read();
 }
 
 char* VarWriteString(Variant* v, size_t* len) {
     Variant* target = v->follow();
-    if (target->tag != TAG_STRING) throw RuntimeError(107);
+    if (target->tag != TAG_STRING) throw RuntimeError(ERR_OPERAND_TYPE_MISMATCH);
     *len = target->str().size();
     return target->str().write();
 }

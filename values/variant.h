@@ -7,8 +7,8 @@
 #include <cstring>
 #include <new>
 
+#include "base/export.h"
 #include "values/array.h"
-#include "values/export.h"
 #include "values/number_types.h"
 #include "values/object_ref.h"
 #include "values/string.h"
@@ -223,15 +223,8 @@ static_assert(sizeof(Variant) == 40, "Variant is 40 bytes");
 
 // The VM's add: a pair-keyed jump table, no generic binary path.
 void inline_variant_add(Variant* left, const Variant* right);
-// Three-way comparison; a null operand sets *null_seen and gives 0. With a
-// stack, text compares under the session's EXACT setting; without, whole strings.
-int inline_variant_cmp(const Variant* left, const Variant* right, bool* null_seen, VmStack* stack);
-ZO_API int variant_cmp(const Variant* left, const Variant* right, bool* null_seen, VmStack* stack);
 // a - floor(a / b) * b through the Variant operations.
 void variant_mod(VmStack* stack, const Variant* a, const Variant* b, Variant* dest);
-
-// Whether SET EXACT is on for the stack's session; answered by the VM.
-bool stack_exact_on(VmStack* stack);
 
 ZO_API int VarGetInt(const Variant* v);
 ZO_API int32_t VarGetInt32(const Variant* v);

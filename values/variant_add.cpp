@@ -38,7 +38,7 @@ __int128 money_units(const Variant* v) {
 
 // The smallest integer has no negation; as days or seconds it is out of range anyway.
 long long negated_days(long long n) {
-    if (n == std::numeric_limits<long long>::min()) throw RuntimeError(2034);
+    if (n == std::numeric_limits<long long>::min()) throw RuntimeError(ERR_DATE_INVALID);
     return -n;
 }
 
@@ -54,7 +54,7 @@ bool null_pair(Variant* left, const Variant* right) {
     uint8_t other = left->tag == TAG_NULL ? right->tag : left->tag;
     bool absorbs = other == TAG_NULL || (other >= TAG_INTEGER && other <= TAG_DATETIME) ||
                    other == TAG_STRING;
-    if (!absorbs) throw RuntimeError(107);
+    if (!absorbs) throw RuntimeError(ERR_OPERAND_TYPE_MISMATCH);
     make_null(left);
     return true;
 }
@@ -103,7 +103,7 @@ void inline_variant_add(Variant* left, const Variant* right) {
         left->str().add(right->str());
         return;
     default:
-        throw RuntimeError(107);
+        throw RuntimeError(ERR_OPERAND_TYPE_MISMATCH);
     }
 }
 
@@ -156,7 +156,7 @@ void Variant::sub(VmStack* stack, const Variant& right_value) {
         return;
     default:
         (void)stack;
-        throw RuntimeError(107);
+        throw RuntimeError(ERR_OPERAND_TYPE_MISMATCH);
     }
 }
 
@@ -172,7 +172,7 @@ void Variant::val_negative(VmStack*, Variant* dest) const {
         return;
     case TAG_NUMERIC: dest->set_float(-v->numeric.value, v->numeric.decimals); return;
     case TAG_MONEY: dest->set(money_from_i128(-money_to_i128(v->money))); return;
-    default: throw RuntimeError(107);
+    default: throw RuntimeError(ERR_OPERAND_TYPE_MISMATCH);
     }
 }
 

@@ -3,7 +3,7 @@
 #include <cmath>
 #include <limits>
 
-#include "values/call_trace.h"
+#include "base/call_trace.h"
 #include "values/error.h"
 #include "values/money.h"
 #include "values/numeric.h"
@@ -13,10 +13,6 @@ namespace zobase {
 
 namespace {
 
-constexpr int ERROR_INVALID_ARGUMENT = 11;
-constexpr int ERROR_SQRT_NEGATIVE = 61;
-constexpr int ERROR_POW_DOMAIN = 78;
-constexpr int ERROR_TYPE_MISMATCH = 107;
 constexpr double TWO_POW_52 = 4503599627370496.0;
 
 constexpr unsigned KEY_II = pair_key(TAG_INTEGER, TAG_INTEGER);
@@ -96,7 +92,7 @@ void Variant::mul(VmStack*, const Variant& right) {
     case KEY_YY: money = money_mul(money, right.money); return;
     case KEY_NY: set(money_mul(money_from_double(numeric.value), right.money)); return;
     case KEY_YN: money = money_mul(money, money_from_double(right.numeric.value)); return;
-    default: throw RuntimeError(ERROR_INVALID_ARGUMENT);
+    default: throw RuntimeError(ERR_ARGUMENT_INVALID);
     }
 }
 
@@ -111,17 +107,17 @@ void Variant::div(VmStack*, const Variant& right) {
     case KEY_YY: money = money_div(money, right.money); return;
     case KEY_NY: set(money_div(money_from_double(numeric.value), right.money)); return;
     case KEY_YN: money = money_div(money, money_from_double(right.numeric.value)); return;
-    default: throw RuntimeError(ERROR_INVALID_ARGUMENT);
+    default: throw RuntimeError(ERR_ARGUMENT_INVALID);
     }
 }
 
 void Variant::pow(VmStack*, const Variant& right) {
     ZO_TRACE();
-    double base = number_as_double(*this, ERROR_TYPE_MISMATCH);
-    double exponent = number_as_double(right, ERROR_TYPE_MISMATCH);
+    double base = number_as_double(*this, ERR_OPERAND_TYPE_MISMATCH);
+    double exponent = number_as_double(right, ERR_OPERAND_TYPE_MISMATCH);
     double result = std::pow(base, exponent);
     if (std::isnan(result) && !std::isnan(base) && !std::isnan(exponent))
-        throw RuntimeError(ERROR_POW_DOMAIN);
+        throw RuntimeError(ERR_POWER_DOMAIN);
     set_float(result, DECIMALS_UNKNOWN);
 }
 
@@ -130,7 +126,7 @@ void Variant::round(VmStack*, long long decimals) {
     case TAG_INTEGER: return;
     case TAG_MONEY: money = money_round(money, decimals); return;
     case TAG_NUMERIC: break;
-    default: throw RuntimeError(ERROR_TYPE_MISMATCH);
+    default: throw RuntimeError(ERR_OPERAND_TYPE_MISMATCH);
     }
     double value = numeric.value;
     if (decimals == 0) {
@@ -155,7 +151,7 @@ void Variant::floor(VmStack*) {
     case TAG_INTEGER: return;
     case TAG_NUMERIC: set_whole(this, std::floor(numeric.value)); return;
     case TAG_MONEY: money = money_floor(money); return;
-    default: throw RuntimeError(ERROR_TYPE_MISMATCH);
+    default: throw RuntimeError(ERR_OPERAND_TYPE_MISMATCH);
     }
 }
 
@@ -164,20 +160,20 @@ void Variant::ceil(VmStack*) {
     case TAG_INTEGER: return;
     case TAG_NUMERIC: set_whole(this, std::ceil(numeric.value)); return;
     case TAG_MONEY: money = money_ceil(money); return;
-    default: throw RuntimeError(ERROR_TYPE_MISMATCH);
+    default: throw RuntimeError(ERR_OPERAND_TYPE_MISMATCH);
     }
 }
 
 void Variant::sqrt(VmStack*) {
-    double value = number_as_double(*this, ERROR_TYPE_MISMATCH);
-    if (value < 0) throw RuntimeError(ERROR_SQRT_NEGATIVE);
+    double value = number_as_double(*this, ERR_OPERAND_TYPE_MISMATCH);
+    if (value < 0) throw RuntimeError(ERR_SQRT_NEGATIVE);
     set_float(std::sqrt(value), DECIMALS_UNKNOWN);
 }
 
 void variant_mod(VmStack* stack, const Variant* a, const Variant* b, Variant* dest) {
     ZO_TRACE();
     // Checked first so that no owning value is copied into the temporary.
-    if (!a->is_number() || !b->is_number()) throw RuntimeError(ERROR_INVALID_ARGUMENT);
+    if (!a->is_number() || !b->is_number()) throw RuntimeError(ERR_ARGUMENT_INVALID);
     Variant whole_quotients(*a);
     whole_quotients.div(stack, *b);
     whole_quotients.floor(stack);

@@ -6,7 +6,7 @@
 #include <memory>
 #include <vector>
 
-#include "frontend/token.h"
+#include "base/document_location.h"
 #include "values/string.h"
 #include "vm/vm_op.h"
 

@@ -5,12 +5,10 @@
 #include <cstdio>
 #include <string>
 
-#include "compiler/module.h"
-#include "objects/exception_object.h"
-#include "runtime/runtime.h"
-#include "runtime/screen.h"
-#include "values/call_trace.h"
+#include "base/call_trace.h"
 #include "vm/program.h"
+#include "vm/runtime_services.h"
+#include "vm/screen.h"
 #include "vm/try_scope.h"
 #include "vm/vm_run.h"
 
@@ -149,13 +147,6 @@ void skip_to_next_statement(VmFrame* frame) {
     while (frame->ip < last && (*frame->ip)->statement == statement) ++frame->ip;
 }
 
-void fill_exception_object(const RuntimeError& error, Variant* dest) {
-    ExceptionObject* object = create_exception_object(dest);
-    object->error_no.set_integer(error.number);
-    object->message.set_string(error.message);
-    object->detail.set_string(error.parameter);
-}
-
 }  // namespace
 
 bool VmStack::find_handler(Variant* value, const VmFrame** handler_frame, long long* position,
@@ -187,13 +178,14 @@ RuntimeErrorRecovery VmStack::handle_exception(how_to_handle_st& how) {
     row.values[2].set_string(last_error.parameter);
     error(row);
 
-    fill_exception_object(last_error, &how.exception);
+    // A stack made without a runtime has no services: its handlers get no object.
+    if (services) services->create_exception_object(last_error, &how.exception);
     if (find_handler(&how.exception, &how.frame, &how.position, &how.symbol))
         return RECOVERY_HANDLER_FOUND;
 
     // Text run by run_command belongs to no module: the host reports it.
-    if (!frame->program->module || !runtime || !runtime->screen) return RECOVERY_ABANDON_FRAME;
-    Screen* screen = runtime->screen;
+    Screen* screen = services ? services->screen() : nullptr;
+    if (!frame->program->module || !screen) return RECOVERY_ABANDON_FRAME;
     report_error(screen, last_error, frame);
     switch (screen->msgbox(String(""), String(""), ERROR_DIALOG_BUTTONS, MSGBOX_ABORT, 1)) {
     case MSGBOX_ABORT:

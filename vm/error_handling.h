@@ -3,8 +3,8 @@
 // the moment the program goes on or the host gets control.
 #include <cstdint>
 
-#include "runtime/screen.h"
 #include "values/variant.h"
+#include "vm/screen.h"
 #include "vm/vm_stack.h"
 
 namespace zobase {

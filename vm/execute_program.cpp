@@ -2,7 +2,7 @@
 // exception leaves it only after the frame's variables are released.
 #include <exception>
 
-#include "values/call_trace.h"
+#include "base/call_trace.h"
 #include "vm/error_handling.h"
 #include "vm/try_scope.h"
 #include "vm/vm_run.h"
@@ -105,18 +105,18 @@ void execute_program(VmStack* stack, size_t argc, bool has_this, const Program* 
                      Variant* ret) {
     ZO_TRACE();
     // Deliberately "Must specify additional parameters." although there are too many.
-    if (argc > program->parameter_count) throw RuntimeError(94);
+    if (argc > program->parameter_count) throw RuntimeError(ERR_MISSING_PARAMETERS);
     size_t slot_count = argc + (has_this ? 1 : 0);
 
     VmFrame frame{};
     frame.depth = stack->frame ? stack->frame->depth + 1 : 1;
-    if (frame.depth > MAX_FRAME_DEPTH) throw RuntimeError(103);
+    if (frame.depth > MAX_FRAME_DEPTH) throw RuntimeError(ERR_NESTING_TOO_DEEP);
     Memvar* locals = stack->esp + slot_count;
     // Slots below esp are always clean, so lowering esp reserves clean slots.
     Memvar* frame_esp = stack->esp;
     if (program->frame_size() != slot_count) {
         Memvar* wanted = locals - program->frame_size();
-        if (wanted < stack->base) throw RuntimeError(9010);
+        if (wanted < stack->base) throw RuntimeError(ERR_STACK_OVERFLOW);
         if (wanted < frame_esp) frame_esp = wanted;
     }
 

@@ -3,7 +3,7 @@
 #include <cstring>
 #include <memory>
 
-#include "values/call_trace.h"
+#include "base/call_trace.h"
 #include "values/error.h"
 #include "vm/call_resolver.h"
 #include "vm/program.h"
@@ -15,7 +15,7 @@ namespace zobase {
 namespace {
 
 String pop_macro_text(VmStack* stack) {
-    if (stack->esp->tag != TAG_STRING) throw RuntimeError(107);
+    if (stack->esp->tag != TAG_STRING) throw RuntimeError(ERR_OPERAND_TYPE_MISMATCH);
     String text = stack->esp->str();
     stack->pop();
     return text;
@@ -29,7 +29,7 @@ document_location_st written_location(const VmFrame* frame, VmOp* const* ip) {
     document_location_st location{};
     bool inside = ip >= code && ip < code + program->size();
     if (!inside || !program->location_of(static_cast<size_t>(ip - code), &location))
-        throw RuntimeError(1206);
+        throw RuntimeError(ERR_RECURSIVE_MACRO);
     return location;
 }
 

@@ -1,5 +1,5 @@
 // Name lookup and the LOCAL, PRIVATE, PUBLIC and PARAMETERS rules.
-#include "values/call_trace.h"
+#include "base/call_trace.h"
 #include "vm/call_resolver.h"
 #include "vm/program.h"
 #include "vm/vm_instructions.h"
@@ -19,7 +19,7 @@ bool find_in(const memvar_map* map, uint32_t symbol, Memvar** out) {
 }
 
 [[noreturn]] void raise_redefinition(VmStack* stack, uint32_t symbol) {
-    raise_named(stack, 1960, symbol);
+    raise_named(stack, ERR_VARIABLE_REDEFINITION, symbol);
 }
 
 void declare_local(VmStack* stack, Memvar* var, uint32_t symbol) {
@@ -83,7 +83,7 @@ void VmStack::define_undefined_memvar(uint32_t symbol, Memvar** var) {
 void VmStack::alloc_undo_memvar(uint32_t symbol, Memvar* previous) {
     // Deliberately by pointer: the VM's handlers take RuntimeError by
     // reference, so this one runs to the host.
-    if (undo_top == undo_base) throw new RuntimeError(103);
+    if (undo_top == undo_base) throw new RuntimeError(ERR_NESTING_TOO_DEEP);
     *--undo_top = UndoMemvar{symbol, previous};
 }
 
@@ -139,7 +139,7 @@ void raise_named(VmStack* stack, int number, uint32_t symbol) {
 
 Memvar* find_memvar(VmStack* stack, uint32_t symbol) {
     Memvar* var;
-    if (!stack->get_memvar(symbol, &var)) raise_named(stack, 12, symbol);
+    if (!stack->get_memvar(symbol, &var)) raise_named(stack, ERR_VARIABLE_NOT_FOUND, symbol);
     return var;
 }
 

@@ -1,7 +1,7 @@
 #pragma once
 // Argument access for native handlers: argument i (from 1) of the running
 // native call lies i slots below the call's params_top.
-#include "values/export.h"
+#include "base/export.h"
 #include "vm/vm_stack.h"
 
 namespace zobase {

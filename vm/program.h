@@ -6,13 +6,19 @@
 #include <memory>
 #include <vector>
 
-#include "frontend/token.h"
-#include "values/export.h"
+#include "base/document_location.h"
+#include "base/export.h"
 #include "vm/vm_op.h"
 
 namespace zobase {
 
-class Module;
+// What the VM knows of the compiled file a program belongs to: its name, for
+// error reports and the stack trace. The compiler's Module derives from it.
+class SourceModule {
+public:
+    explicit SourceModule(const String& file) : file_name(file) {}
+    String file_name;
+};
 
 struct local_name_st {
     uint32_t symbol;
@@ -42,7 +48,7 @@ public:
     void replace_instruction(size_t position, VmOp* op);
 
     String name;
-    const Module* module = nullptr;
+    const SourceModule* module = nullptr;  // null for a command line
     document_location_st last_location{};
     // Array position to source location, ascending by position.
     std::vector<std::pair<size_t, document_location_st>> locations;

@@ -1,6 +1,6 @@
 #include "vm/user_function.h"
 
-#include "values/call_trace.h"
+#include "base/call_trace.h"
 #include "vm/vm_run.h"
 
 namespace zobase {

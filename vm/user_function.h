@@ -1,6 +1,6 @@
 #pragma once
 // The callable form of a compiled function or procedure; owns its Program.
-#include "values/export.h"
+#include "base/export.h"
 #include "values/variant.h"
 #include "vm/program.h"
 

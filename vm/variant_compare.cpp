@@ -1,10 +1,12 @@
 // The comparison matrix of the language's relational operators.
+#include "vm/variant_compare.h"
+
+#include "base/call_trace.h"
 #include "text/collation.h"
-#include "values/call_trace.h"
 #include "values/error.h"
 #include "values/money.h"
 #include "values/numeric.h"
-#include "values/variant.h"
+#include "vm/vm_stack.h"
 
 namespace zobase {
 
@@ -28,7 +30,7 @@ double as_double(const Variant* v) {
 int compare_text(const String& a, const String& b, VmStack* stack) {
     const Collation* machine = Collation::unicode_machine;
     if (!stack) return machine->compare(a, b);
-    if (stack_exact_on(stack)) return machine->compare_exact_on(a, b);
+    if (stack->sessions->settings().exact) return machine->compare_exact_on(a, b);
     return machine->compare_exact_off(a, b);
 }
 
@@ -65,7 +67,7 @@ int inline_variant_cmp(const Variant* left, const Variant* right, bool* null_see
     case pair_key(TAG_OBJECT, TAG_OBJECT):
         return three_way(reinterpret_cast<uintptr_t>(left->object.object),
                          reinterpret_cast<uintptr_t>(right->object.object));
-    default: throw RuntimeError(107);
+    default: throw RuntimeError(ERR_OPERAND_TYPE_MISMATCH);
     }
 }
 

@@ -1,7 +1,7 @@
 // Calls, by-reference arguments and the library argument conversion.
 #include <cmath>
 
-#include "values/call_trace.h"
+#include "base/call_trace.h"
 #include "values/money.h"
 #include "vm/call_resolver.h"
 #include "vm/param_window.h"
@@ -19,7 +19,7 @@ constexpr unsigned conversion_key(unsigned source_tag, unsigned target) {
 
 // A money value holds 63 bits of ten-thousandths.
 money_type_st checked_money(double value) {
-    if (!(std::fabs(value * MONEY_SCALE) < 9223372036854775807.0)) throw RuntimeError(1988);
+    if (!(std::fabs(value * MONEY_SCALE) < 9223372036854775807.0)) throw RuntimeError(ERR_CURRENCY_OUT_OF_RANGE);
     return money_from_double(value);
 }
 
@@ -40,7 +40,7 @@ void convert_value(Variant* value, uint8_t target, bool null_allowed) {
     case conversion_key(TAG_MONEY, TAG_NUMERIC):
         value->set(numeric_type_st{money_to_double(value->money), 4});
         break;
-    default: throw RuntimeError(11);
+    default: throw RuntimeError(ERR_ARGUMENT_INVALID);
     }
 }
 
@@ -52,7 +52,7 @@ void convert_argument(VmStack* stack, Variant* argument, const library_parameter
         return;
     }
     if (argument->tag == TAG_NULL && parameter.null_allowed) return;
-    if (argument->tag != TAG_ARRAY) throw RuntimeError(11);
+    if (argument->tag != TAG_ARRAY) throw RuntimeError(ERR_ARGUMENT_INVALID);
     for (uint64_t i = 1; i <= argument->array.count; ++i)
         convert_value(argument->array.write(stack, i), parameter.type, parameter.null_allowed);
 }
@@ -89,10 +89,10 @@ void call_native_void(VmStack* stack, native_command handler, uint64_t n) {
 void convert_library_arguments(VmStack* stack, const library_function_st& function, uint64_t n) {
     const auto& parameters = function.parameters;
     for (uint64_t i = 1; i <= n; ++i) {
-        if (i > parameters.size()) throw RuntimeError(94);
+        if (i > parameters.size()) throw RuntimeError(ERR_MISSING_PARAMETERS);
         convert_argument(stack, (stack->esp + n - i)->follow(), parameters[i - 1]);
     }
-    if (n < parameters.size()) throw RuntimeError(11);
+    if (n < parameters.size()) throw RuntimeError(ERR_ARGUMENT_INVALID);
 }
 
 void call_by_name(VmStack* stack, uint32_t symbol, uint64_t n) {
@@ -107,7 +107,7 @@ void call_by_name(VmStack* stack, uint32_t symbol, uint64_t n) {
     }
     const UserFunction* function = resolver->find_procedure(symbol);
     if (!function) function = resolver->find_loaded_program(symbol);
-    if (!function) throw RuntimeError(1, name);
+    if (!function) throw RuntimeError(ERR_FILE_NOT_FOUND, name);
     Memvar* result = stack->esp + n;
     function->exec(stack, n, false, result);
     stack->pop_to(result);
@@ -118,15 +118,15 @@ void check_argument(VmStack* stack, const VmOpCheckArgument& op) {
     const Variant* value = stack->esp;
     if (value->tag == TAG_POINTER) {
         if (!(op.flags & (ARGUMENT_BY_REFERENCE | ARGUMENT_MAY_BE_REFERENCE)))
-            throw RuntimeError(11);
+            throw RuntimeError(ERR_ARGUMENT_INVALID);
         value = value->pointer.target;
     } else if (op.flags & ARGUMENT_BY_REFERENCE) {
-        throw RuntimeError(11);
+        throw RuntimeError(ERR_ARGUMENT_INVALID);
     }
     if (value->tag == op.type) return;
     if (is_logical_tag(value->tag) && is_logical_tag(op.type)) return;
     if (value->tag == TAG_NULL && (op.flags & ARGUMENT_NULL_ALLOWED)) return;
-    throw RuntimeError(11);
+    throw RuntimeError(ERR_ARGUMENT_INVALID);
 }
 
 }  // namespace zobase

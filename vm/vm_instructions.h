@@ -25,10 +25,12 @@ void init_lparameters(VmStack* stack, uint64_t n);
 void init_parameter(VmStack* stack, uint64_t offset, uint32_t symbol);
 
 // A bare name: a field of the expression table or of the current work area
-// hides a variable. Pushes the value.
+// hides a variable. Pushes the value. Both ask the stack's DataSessions.
 void read_by_name(VmStack* stack, uint32_t symbol);
 // An alias of an open work area pushes the work area's object, else the variable.
 void read_file_object_or_memvar(VmStack* stack, uint32_t symbol);
+// Pushes a field of the expression table by its position.
+void read_expression_field(VmStack* stack, uint16_t index);
 
 // The n subscripts are the n slots from esp up, subscript 1 the highest.
 // An object in place of the array answers through its default member.

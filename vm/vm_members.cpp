@@ -1,9 +1,9 @@
-// Subscripts, object members and the names that tables can hide.
+// Subscripts, object members and the names that work areas can hide.
 #include <cstring>
 
-#include "objects/object.h"
-#include "values/call_trace.h"
+#include "base/call_trace.h"
 #include "values/symtable.h"
+#include "vm/object.h"
 #include "vm/param_window.h"
 #include "vm/vm_instructions.h"
 
@@ -16,20 +16,20 @@ namespace {
 // element arithmetic could wrap; row 0 is left to the array, which raises 11.
 uint64_t subscript(const Array& array, const Memvar* first, uint64_t k) {
     integer_type_st value = static_cast<integer_type_st>(*(first - (k - 1))->follow());
-    if (value < 0 || static_cast<uint64_t>(value) > array.count) throw RuntimeError(1234);
+    if (value < 0 || static_cast<uint64_t>(value) > array.count) throw RuntimeError(ERR_SUBSCRIPT_OUT_OF_RANGE);
     return static_cast<uint64_t>(value);
 }
 
 const Variant* element_to_read(const Array& array, const Memvar* first, uint64_t n) {
     if (n == 1) return array.read(subscript(array, first, 1));
     if (n == 2) return array.read(subscript(array, first, 1), subscript(array, first, 2));
-    throw RuntimeError(11);
+    throw RuntimeError(ERR_ARGUMENT_INVALID);
 }
 
 Variant* element_to_write(VmStack* stack, Array& array, const Memvar* first, uint64_t n) {
     if (n == 1) return array.write(stack, subscript(array, first, 1));
     if (n == 2) return array.write(stack, subscript(array, first, 1), subscript(array, first, 2));
-    throw RuntimeError(11);
+    throw RuntimeError(ERR_ARGUMENT_INVALID);
 }
 
 Object* object_in(const Memvar* slot) { return static_cast<Object*>(*slot->follow()); }
@@ -73,26 +73,12 @@ void write_default_member(VmStack* stack, const Variant* object, uint64_t n) {
     stack->pop_to(mark);
 }
 
-// Filled by the table engine: pushes the field of that name of the
-// expression table, or else of the current table of the current session.
-bool push_table_field(VmStack* stack, uint32_t) {
-    if (!stack->expression_table && !stack->session) return false;
-    raise_not_available("field reads");
-}
-
-// Filled by the data sessions: pushes the object of the work area with
-// that alias in the current session.
-bool push_work_area_object(VmStack* stack, uint32_t) {
-    if (!stack->session) return false;
-    raise_not_available("work area aliases");
-}
-
 }  // namespace
 
 void read_array_item(VmStack* stack, Variant* array, uint64_t n, Variant* dest) {
     const Variant* target = array->follow();
     if (target->tag == TAG_OBJECT) return read_default_member(stack, target, n, dest);
-    if (target->tag != TAG_ARRAY) throw RuntimeError(232);
+    if (target->tag != TAG_ARRAY) throw RuntimeError(ERR_NOT_AN_ARRAY);
     const Variant* element = element_to_read(target->array, stack->esp + n - 1, n);
     Variant copy(*element);
     move_into(stack, dest, &copy);
@@ -101,22 +87,32 @@ void read_array_item(VmStack* stack, Variant* array, uint64_t n, Variant* dest) 
 void write_array_item(VmStack* stack, Variant* array, uint64_t n) {
     Variant* target = array->follow();
     if (target->tag == TAG_OBJECT) return write_default_member(stack, target, n);
-    if (target->tag != TAG_ARRAY) throw RuntimeError(232);
+    if (target->tag != TAG_ARRAY) throw RuntimeError(ERR_NOT_AN_ARRAY);
     Variant* element = element_to_write(stack, target->array, stack->esp + n, n);
     element->release(stack);
     stack->esp->deliver(element);
 }
 
 void read_by_name(VmStack* stack, uint32_t symbol) {
-    if (push_table_field(stack, symbol)) return;
+    field_ref_st field;
+    if (stack->sessions->find_field(stack, symbol, &field)) {
+        stack->sessions->read_field(stack, field, stack->push());
+        return;
+    }
     const Memvar* var = find_memvar(stack, symbol);
     stack->push()->set_variant(var);
 }
 
 void read_file_object_or_memvar(VmStack* stack, uint32_t symbol) {
-    if (push_work_area_object(stack, symbol)) return;
+    Memvar* slot = stack->push();
+    if (stack->sessions->find_work_area(stack, symbol, slot)) return;
+    stack->pop();
     const Memvar* var = find_memvar(stack, symbol);
     stack->push()->set_variant(var);
+}
+
+void read_expression_field(VmStack* stack, uint16_t index) {
+    stack->sessions->read_expression_field(stack, index, stack->push());
 }
 
 namespace {
@@ -158,7 +154,7 @@ void object_call(VmStack* stack, uint32_t symbol, uint64_t n) {
 
 void object_call_pointer(VmStack* stack, uint32_t symbol, uint64_t n) {
     ZO_TRACE();
-    member_by_reference(stack, symbol, n, &Object::virtual_call, 9004);
+    member_by_reference(stack, symbol, n, &Object::virtual_call, ERR_RVALUE_BY_REFERENCE);
 }
 
 void object_read(VmStack* stack, uint32_t symbol, uint64_t n) {
@@ -168,7 +164,7 @@ void object_read(VmStack* stack, uint32_t symbol, uint64_t n) {
 
 void object_read_pointer(VmStack* stack, uint32_t symbol, uint64_t n) {
     ZO_TRACE();
-    member_by_reference(stack, symbol, n, &Object::virtual_access_ref, 9014);
+    member_by_reference(stack, symbol, n, &Object::virtual_access_ref, ERR_UNSAFE_POINTER);
 }
 
 void object_write(VmStack* stack, uint32_t symbol, uint64_t n) {

@@ -1,6 +1,8 @@
 #pragma once
 // Instructions. They are objects only to own their operands; the dispatch
-// loop reads the opcode byte and runs one switch, never a virtual call.
+// loop reads the opcode byte and runs one switch, never a virtual call. The
+// opcodes, the classes and their stack effects come from one table,
+// vm/instructions.def.
 #include <cstdint>
 
 #include "values/number_types.h"
@@ -13,96 +15,52 @@ class Variant;
 class Program;
 class UserFunction;
 
+// OP_<ENUM> for each row of the instruction table.
 enum Opcode : uint8_t {
-    OP_UNWIND_FRAME = 0,
-    OP_RESET_ESP = 1,
-    OP_BINARY_ADD = 2,
-    OP_BINARY_SUB = 3,
-    OP_BINARY_MUL = 4,
-    OP_BINARY_DIV = 5,
-    OP_BINARY_POW = 6,
-    OP_BINARY_MOD = 7,
-    OP_BINARY_EQ = 8,
-    OP_BINARY_LT = 9,
-    OP_BINARY_LTEQ = 10,
-    OP_BINARY_GT = 11,
-    OP_BINARY_GTEQ = 12,
-    OP_BINARY_LTGT = 13,
-    OP_BINARY_EQEQ = 14,
-    OP_CALL_USER_FUNCTION = 15,
-    OP_CALL_BY_NAME = 16,
-    OP_CALL_NATIVE = 17,
-    OP_CALL_NATIVE_VOID = 18,
-    OP_CAST_TO_BOOLEAN = 19,
-    OP_CAST_TO_INTEGER = 20,
-    OP_CAST_TO_NUMERIC = 21,
-    OP_CAST_TO_MONEY = 22,
-    OP_CAST_TO_DATE = 23,
-    OP_CAST_TO_DATETIME = 24,
-    OP_CAST_TO_STRING = 25,
-    OP_CAST_TO_OBJECT = 26,
-    OP_CHECK_NOT_NULL = 27,
-    OP_CHECK_ARGUMENT = 28,
-    OP_COND_TRUE_JUMP = 29,
-    OP_COND_TRUE_JUMP_KEEP_ESP = 30,
-    OP_COND_FALSE_OR_NULL_JUMP = 31,
-    OP_COND_FALSE_OR_NULL_JUMP_KEEP_ESP = 32,
-    OP_COND_TRUE_OR_NULL_MERGE_2P = 33,
-    OP_READ_MEMVAR_POINTER_CREATE = 34,
-    OP_DEF_LOCAL = 35,
-    OP_DEF_LOCAL_OFFSET = 36,
-    OP_DEF_PRIVATE_SYMBOL = 37,
-    OP_DEF_PUBLIC_OFFSET = 38,
-    OP_ESP_ALLOC = 39,
-    OP_ESP_FREE = 40,
-    OP_FOR_COND_FALSE_JUMP = 41,
-    OP_INIT_LPARAMETERS = 42,
-    OP_INIT_PARAMETER = 43,
-    OP_JUMP = 44,
-    OP_MACRO_EXECUTE = 45,
-    OP_OBJECT_CALL = 46,
-    OP_OBJECT_CALL_POINTER = 47,
-    OP_RETURN_VALUE = 48,
-    OP_RETURN_POINTER = 49,
-    OP_RETURN = 50,
-    OP_READ_BY_NAME = 51,
-    OP_READ_MEMVAR_BY_NAME = 52,
-    OP_READ_MEMVAR_OR_FALSE = 53,
-    OP_READ_FILE_OBJECT_OR_MEMVAR_BY_NAME = 54,
-    OP_READ_LOCAL_MEMVAR_BY_OFFSET = 55,
-    OP_READ_ARRAY_BY_NAME = 56,
-    OP_READ_ARRAY_BY_OFFSET = 57,
-    OP_READ_CONST_TRUE = 58,
-    OP_READ_CONST_FALSE = 59,
-    OP_READ_CONST_INTEGER = 60,
-    OP_READ_CONST_NUMERIC = 61,
-    OP_READ_CONST_MONEY = 62,
-    OP_READ_CONST_STRING = 63,
-    OP_READ_CONST_DATE = 64,
-    OP_READ_CONST_DATETIME = 65,
-    OP_READ_CONST_NULL = 66,
-    OP_UNUSED_67 = 67,  // never emitted
-    OP_OBJECT_READ = 68,
-    OP_OBJECT_READ_POINTER = 69,
-    OP_READ_MEMVAR_POINTER_BY_NAME = 70,
-    OP_READ_LOCAL_MEMVAR_POINTER_BY_OFFSET = 71,
-    OP_READ_ADD_WRITE = 72,
-    OP_READ_ADD_WRITE_LOCAL = 73,
-    OP_STORE = 74,
-    OP_UNARY_NOT = 75,
-    OP_UNARY_NEG = 76,
-    OP_TEST_TEXTMERGE_ON = 77,
-    OP_WRITE_MEMVAR_BY_NAME = 78,
-    OP_WRITE_MEMVAR_BY_OFFSET = 79,
-    OP_WRITE_ARRAY_BY_NAME = 80,
-    OP_WRITE_ARRAY_BY_OFFSET = 81,
-    OP_OBJECT_WRITE = 82,
-    OP_UNRESOLVED_CALL = 83,
-    OP_TRY_ENTER = 84,
-    OP_READ_FIELD_BY_INDEX = 85,
+#define ZO_INSTRUCTION(code, Name, ENUM, operands, pops, pushes, meaning) OP_##ENUM = code,
+#include "vm/instructions.def"
+#undef ZO_INSTRUCTION
 };
-constexpr int OPCODE_COUNT = 86;
 
+namespace instruction_table_detail {
+constexpr uint8_t codes[] = {
+#define ZO_INSTRUCTION(code, Name, ENUM, operands, pops, pushes, meaning) code,
+#include "vm/instructions.def"
+#undef ZO_INSTRUCTION
+};
+constexpr bool dense() {
+    for (size_t i = 0; i < sizeof codes; ++i)
+        if (codes[i] != i) return false;
+    return true;
+}
+}  // namespace instruction_table_detail
+
+constexpr int OPCODE_COUNT = sizeof instruction_table_detail::codes;
+static_assert(instruction_table_detail::dense(), "the table lists every opcode once, in order");
+
+// How many slots an instruction takes from the top of the stack and leaves
+// there; the markers below 0 are worked out from the instruction.
+enum StackCount : int8_t {
+    STACK_0 = 0,
+    STACK_1 = 1,
+    STACK_2 = 2,
+    STACK_3 = 3,
+    STACK_N = -1,      // the instruction's n operand
+    STACK_N1 = -2,     // n + 1
+    STACK_FRAME = -3,  // everything down to the frame's own slots
+    STACK_TAKEN = -4,  // 1 when the jump was taken, else 0
+};
+
+struct instruction_info_st {
+    const char* name;      // the class name
+    const char* operands;  // the shape of its operands, as the table names it
+    StackCount pops;
+    StackCount pushes;
+    const char* meaning;
+};
+
+// The row of an opcode; OPCODE_COUNT and above are no instruction.
+const instruction_info_st& instruction_info(uint8_t opcode) noexcept;
 // The class name of an opcode, for messages about instructions not built yet.
 const char* opcode_class_name(uint8_t opcode) noexcept;
 
@@ -246,86 +204,60 @@ public:
         : VmOp(OP_UNRESOLVED_CALL), name(function_name), n(count) {}
 };
 
-using VmOpUnwindFrame = VmOpPlain<OP_UNWIND_FRAME>;
-using VmOpResetEsp = VmOpPlain<OP_RESET_ESP>;
-using VmOpBinaryAdd = VmOpPlain<OP_BINARY_ADD>;
-using VmOpBinarySub = VmOpPlain<OP_BINARY_SUB>;
-using VmOpBinaryMul = VmOpPlain<OP_BINARY_MUL>;
-using VmOpBinaryDiv = VmOpPlain<OP_BINARY_DIV>;
-using VmOpBinaryPow = VmOpPlain<OP_BINARY_POW>;
-using VmOpBinaryMod = VmOpPlain<OP_BINARY_MOD>;
-using VmOpBinaryEq = VmOpPlain<OP_BINARY_EQ>;
-using VmOpBinaryLt = VmOpPlain<OP_BINARY_LT>;
-using VmOpBinaryLtEq = VmOpPlain<OP_BINARY_LTEQ>;
-using VmOpBinaryGt = VmOpPlain<OP_BINARY_GT>;
-using VmOpBinaryGtEq = VmOpPlain<OP_BINARY_GTEQ>;
-using VmOpBinaryLtGt = VmOpPlain<OP_BINARY_LTGT>;
-using VmOpBinaryEqEq = VmOpPlain<OP_BINARY_EQEQ>;
-using VmOpCallByName = VmOpSymbolCount<OP_CALL_BY_NAME>;
-using VmOpCallNative = VmOpNative<OP_CALL_NATIVE, native_function>;
-using VmOpCallNativeVoid = VmOpNative<OP_CALL_NATIVE_VOID, native_command>;
-using VmOpCastToBooleanImplicitly = VmOpCast<OP_CAST_TO_BOOLEAN>;
-using VmOpCastToIntegerImplicitly = VmOpCast<OP_CAST_TO_INTEGER>;
-using VmOpCastToNumericImplicitly = VmOpCast<OP_CAST_TO_NUMERIC>;
-using VmOpCastToMoneyImplicitly = VmOpCast<OP_CAST_TO_MONEY>;
-using VmOpCastToDateImplicitly = VmOpCast<OP_CAST_TO_DATE>;
-using VmOpCastToDatetimeImplicitly = VmOpCast<OP_CAST_TO_DATETIME>;
-using VmOpCastToStringImplicitly = VmOpCast<OP_CAST_TO_STRING>;
-using VmOpCastToObjectImplicitly = VmOpCast<OP_CAST_TO_OBJECT>;
-using VmOpCheckNotNull = VmOpPlain<OP_CHECK_NOT_NULL>;
-using VmOpCondTrueJump = VmOpJumpShape<OP_COND_TRUE_JUMP>;
-using VmOpCondTrueJumpKeepEsp = VmOpJumpShape<OP_COND_TRUE_JUMP_KEEP_ESP>;
-using VmOpCondFalseOrNullJump = VmOpJumpShape<OP_COND_FALSE_OR_NULL_JUMP>;
-using VmOpCondFalseOrNullJumpKeepEsp = VmOpJumpShape<OP_COND_FALSE_OR_NULL_JUMP_KEEP_ESP>;
-using VmOpCondTrueOrNullMerge2P = VmOpPlain<OP_COND_TRUE_OR_NULL_MERGE_2P>;
-using VmOpReadMemvarPointerCreate = VmOpSymbol<OP_READ_MEMVAR_POINTER_CREATE>;
-using VmOpDefLocal = VmOpSymbol<OP_DEF_LOCAL>;
-using VmOpDefLocalOffset = VmOpOffsetSymbol<OP_DEF_LOCAL_OFFSET>;
-using VmOpDefPrivateSymbol = VmOpSymbol<OP_DEF_PRIVATE_SYMBOL>;
-using VmOpDefPublicOffset = VmOpOffsetSymbol<OP_DEF_PUBLIC_OFFSET>;
-using VmOpEspAlloc = VmOpPlain<OP_ESP_ALLOC>;
-using VmOpEspFree = VmOpPlain<OP_ESP_FREE>;
-using VmOpForCondFalseJump = VmOpJumpShape<OP_FOR_COND_FALSE_JUMP>;
-using VmOpInitLparameters = VmOpCount<OP_INIT_LPARAMETERS>;
-using VmOpInitParameter = VmOpOffsetSymbol<OP_INIT_PARAMETER>;
-using VmOpJump = VmOpJumpShape<OP_JUMP>;
-using VmOpMacroExecute = VmOpPlain<OP_MACRO_EXECUTE>;
-using VmOpObjectCall = VmOpSymbolCount<OP_OBJECT_CALL>;
-using VmOpObjectCallPointer = VmOpSymbolCount<OP_OBJECT_CALL_POINTER>;
-using VmOpReturnValue = VmOpPlain<OP_RETURN_VALUE>;
-using VmOpReturnPointer = VmOpPlain<OP_RETURN_POINTER>;
-using VmOpReturn = VmOpPlain<OP_RETURN>;
-using VmOpReadByName = VmOpSymbol<OP_READ_BY_NAME>;
-using VmOpReadMemvarByName = VmOpSymbol<OP_READ_MEMVAR_BY_NAME>;
-using VmOpReadMemvarOrFalse = VmOpSymbol<OP_READ_MEMVAR_OR_FALSE>;
-using VmOpReadFileObjectOrMemvarByName = VmOpSymbol<OP_READ_FILE_OBJECT_OR_MEMVAR_BY_NAME>;
-using VmOpReadLocalMemvarByOffset = VmOpOffset<OP_READ_LOCAL_MEMVAR_BY_OFFSET>;
-using VmOpReadArrayByName = VmOpSymbolCount<OP_READ_ARRAY_BY_NAME>;
-using VmOpReadArrayByOffset = VmOpOffsetCount<OP_READ_ARRAY_BY_OFFSET>;
-using VmOpReadConstTrue = VmOpPlain<OP_READ_CONST_TRUE>;
-using VmOpReadConstFalse = VmOpPlain<OP_READ_CONST_FALSE>;
-using VmOpReadConstInteger = VmOpConst<OP_READ_CONST_INTEGER, integer_type_st>;
-using VmOpReadConstNumeric = VmOpConst<OP_READ_CONST_NUMERIC, numeric_type_st>;
-using VmOpReadConstMoney = VmOpConst<OP_READ_CONST_MONEY, money_type_st>;
-using VmOpReadConstString = VmOpConst<OP_READ_CONST_STRING, String>;
-using VmOpReadConstDate = VmOpConst<OP_READ_CONST_DATE, date_st>;
-using VmOpReadConstDatetime = VmOpConst<OP_READ_CONST_DATETIME, datetime_st>;
-using VmOpReadConstNull = VmOpPlain<OP_READ_CONST_NULL>;
-using VmOpObjectRead = VmOpSymbolCount<OP_OBJECT_READ>;
-using VmOpObjectReadPointer = VmOpSymbolCount<OP_OBJECT_READ_POINTER>;
-using VmOpReadMemvarPointerByName = VmOpSymbol<OP_READ_MEMVAR_POINTER_BY_NAME>;
-using VmOpReadLocalMemvarPointerByOffset = VmOpOffset<OP_READ_LOCAL_MEMVAR_POINTER_BY_OFFSET>;
-using VmOpReadAddWrite = VmOpSymbol<OP_READ_ADD_WRITE>;
-using VmOpReadAddWriteLocal = VmOpOffset<OP_READ_ADD_WRITE_LOCAL>;
-using VmOpStore = VmOpPlain<OP_STORE>;
-using VmOpUnaryNot = VmOpPlain<OP_UNARY_NOT>;
-using VmOpUnaryNeg = VmOpPlain<OP_UNARY_NEG>;
-using VmOpTestTextmergeOn = VmOpPlain<OP_TEST_TEXTMERGE_ON>;
-using VmOpWriteMemarByName = VmOpSymbol<OP_WRITE_MEMVAR_BY_NAME>;
-using VmOpWriteMemvarByOffset = VmOpOffset<OP_WRITE_MEMVAR_BY_OFFSET>;
-using VmOpWriteArrayByName = VmOpSymbolCount<OP_WRITE_ARRAY_BY_NAME>;
-using VmOpWriteArrayByOffset = VmOpOffsetCount<OP_WRITE_ARRAY_BY_OFFSET>;
-using VmOpObjectWrite = VmOpSymbolCount<OP_OBJECT_WRITE>;
-using VmOpReadFieldByIndex = VmOpConst<OP_READ_FIELD_BY_INDEX, uint16_t>;
+// The class of each row whose operands have a template shape; the rows of
+// shape CALL, CHECK, UNRESOLVED and TRY name the classes above and in
+// vm/try_scope.h.
+#define ZO_SHAPE_NONE(Name, ENUM) using VmOp##Name = VmOpPlain<OP_##ENUM>;
+#define ZO_SHAPE_SYMBOL(Name, ENUM) using VmOp##Name = VmOpSymbol<OP_##ENUM>;
+#define ZO_SHAPE_COUNT(Name, ENUM) using VmOp##Name = VmOpCount<OP_##ENUM>;
+#define ZO_SHAPE_OFFSET(Name, ENUM) using VmOp##Name = VmOpOffset<OP_##ENUM>;
+#define ZO_SHAPE_OFFSET_SYMBOL(Name, ENUM) using VmOp##Name = VmOpOffsetSymbol<OP_##ENUM>;
+#define ZO_SHAPE_SYMBOL_COUNT(Name, ENUM) using VmOp##Name = VmOpSymbolCount<OP_##ENUM>;
+#define ZO_SHAPE_OFFSET_COUNT(Name, ENUM) using VmOp##Name = VmOpOffsetCount<OP_##ENUM>;
+#define ZO_SHAPE_JUMP(Name, ENUM) using VmOp##Name = VmOpJumpShape<OP_##ENUM>;
+#define ZO_SHAPE_CAST(Name, ENUM) using VmOp##Name = VmOpCast<OP_##ENUM>;
+#define ZO_SHAPE_INTEGER(Name, ENUM) using VmOp##Name = VmOpConst<OP_##ENUM, integer_type_st>;
+#define ZO_SHAPE_NUMERIC(Name, ENUM) using VmOp##Name = VmOpConst<OP_##ENUM, numeric_type_st>;
+#define ZO_SHAPE_MONEY(Name, ENUM) using VmOp##Name = VmOpConst<OP_##ENUM, money_type_st>;
+#define ZO_SHAPE_STRING(Name, ENUM) using VmOp##Name = VmOpConst<OP_##ENUM, String>;
+#define ZO_SHAPE_DATE(Name, ENUM) using VmOp##Name = VmOpConst<OP_##ENUM, date_st>;
+#define ZO_SHAPE_DATETIME(Name, ENUM) using VmOp##Name = VmOpConst<OP_##ENUM, datetime_st>;
+#define ZO_SHAPE_FIELD_INDEX(Name, ENUM) using VmOp##Name = VmOpConst<OP_##ENUM, uint16_t>;
+#define ZO_SHAPE_FUNCTION(Name, ENUM) using VmOp##Name = VmOpNative<OP_##ENUM, native_function>;
+#define ZO_SHAPE_COMMAND(Name, ENUM) using VmOp##Name = VmOpNative<OP_##ENUM, native_command>;
+#define ZO_SHAPE_CALL(Name, ENUM)
+#define ZO_SHAPE_CHECK(Name, ENUM)
+#define ZO_SHAPE_UNRESOLVED(Name, ENUM)
+#define ZO_SHAPE_TRY(Name, ENUM)
+#define ZO_SHAPE_UNUSED(Name, ENUM)
+#define ZO_INSTRUCTION(code, Name, ENUM, operands, pops, pushes, meaning) ZO_SHAPE_##operands(Name, ENUM)
+#include "vm/instructions.def"
+#undef ZO_INSTRUCTION
+#undef ZO_SHAPE_NONE
+#undef ZO_SHAPE_SYMBOL
+#undef ZO_SHAPE_COUNT
+#undef ZO_SHAPE_OFFSET
+#undef ZO_SHAPE_OFFSET_SYMBOL
+#undef ZO_SHAPE_SYMBOL_COUNT
+#undef ZO_SHAPE_OFFSET_COUNT
+#undef ZO_SHAPE_JUMP
+#undef ZO_SHAPE_CAST
+#undef ZO_SHAPE_INTEGER
+#undef ZO_SHAPE_NUMERIC
+#undef ZO_SHAPE_MONEY
+#undef ZO_SHAPE_STRING
+#undef ZO_SHAPE_DATE
+#undef ZO_SHAPE_DATETIME
+#undef ZO_SHAPE_FIELD_INDEX
+#undef ZO_SHAPE_FUNCTION
+#undef ZO_SHAPE_COMMAND
+#undef ZO_SHAPE_CALL
+#undef ZO_SHAPE_CHECK
+#undef ZO_SHAPE_UNRESOLVED
+#undef ZO_SHAPE_TRY
+#undef ZO_SHAPE_UNUSED
+
+// The n operand of an instruction that has one, else 0.
+uint64_t count_operand(const VmOp* op) noexcept;
 
 }  // namespace zobase

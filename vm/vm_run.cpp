@@ -1,9 +1,12 @@
 // The dispatch loop: one switch over the opcode byte.
 #include "vm/vm_run.h"
 
+#include <string>
+
 #include "values/numeric.h"
 #include "vm/macro_execute.h"
 #include "vm/try_scope.h"
+#include "vm/variant_compare.h"
 #include "vm/vm_instructions.h"
 
 namespace zobase {
@@ -81,7 +84,7 @@ void cast_top(VmStack* stack, const VmOp* op, uint8_t wanted) {
     if (top->tag == wanted) return;
     if (top->tag == TAG_NULL) {
         if (op_as<VmOpCastBase>(op).allow_null) return;
-        throw RuntimeError(11);
+        throw RuntimeError(ERR_ARGUMENT_INVALID);
     }
     Variant converted;
     switch (wanted) {
@@ -106,7 +109,7 @@ void cast_top(VmStack* stack, const VmOp* op, uint8_t wanted) {
         converted.set_string(s);
         break;
     }
-    default: throw RuntimeError(11);
+    default: throw RuntimeError(ERR_ARGUMENT_INVALID);
     }
     top->release(stack);
     std::memcpy(static_cast<void*>(top), &converted, sizeof(Variant));
@@ -117,7 +120,7 @@ void cast_logical_or_object(VmStack* stack, const VmOp* op, bool object) {
     bool passes_as_is = object ? tag == TAG_OBJECT : (tag == TAG_FALSE || tag == TAG_TRUE);
     if (passes_as_is) return;
     if (tag == TAG_NULL && op_as<VmOpCastBase>(op).allow_null) return;
-    throw RuntimeError(11);
+    throw RuntimeError(ERR_ARGUMENT_INVALID);
 }
 
 void write_slot(VmStack* stack, Memvar* slot) {
@@ -165,15 +168,51 @@ void read_memvar_or_false(VmStack* stack, uint32_t symbol) {
 
 [[noreturn]] void not_built(const VmOp* op) { raise_not_available(opcode_class_name(op->opcode)); }
 
-}  // namespace
+long long resolve_count(StackCount count, const VmOp* op, bool taken) {
+    switch (count) {
+    case STACK_N: return static_cast<long long>(count_operand(op));
+    case STACK_N1: return static_cast<long long>(count_operand(op)) + 1;
+    case STACK_TAKEN: return taken ? 1 : 0;
+    default: return count;
+    }
+}
 
-void vm_run(VmStack* stack, VmOp*** ip, Variant* ret) {
+[[noreturn]] void stack_effect_failed(const VmOp* op, uint64_t before, uint64_t after, const char* expected) {
+    thread_local std::string text;
+    text = std::string("stack effect of ") + opcode_class_name(op->opcode) + ": depth " + std::to_string(before) +
+           " became " + std::to_string(after) + ", the instruction table says " + expected;
+    throw assert_failed_exception(text.c_str());
+}
+
+// The checked mode's test after an instruction that completed.
+void verify_stack_effect(const VmStack* stack, const VmOp* op, uint64_t before, bool taken) {
+    const instruction_info_st& row = instruction_info(op->opcode);
+    if (row.pops == STACK_FRAME) {
+        if (stack->esp != stack->frame_esp)
+            stack_effect_failed(op, before, stack->depth(), "the frame's own slots");
+        return;
+    }
+    long long expected =
+        static_cast<long long>(before) - resolve_count(row.pops, op, taken) + resolve_count(row.pushes, op, taken);
+    if (static_cast<long long>(stack->depth()) != expected)
+        stack_effect_failed(op, before, stack->depth(), std::to_string(expected).c_str());
+}
+
+// The dispatch loop, compiled twice: Checked verifies every instruction's
+// stack effect against the instruction table.
+template <bool Checked>
+void run_loop(VmStack* stack, VmOp*** ip, Variant* ret) {
     for (;;) {
         const VmOp* op = **ip;
+        const uint64_t depth_before = Checked ? stack->depth() : 0;
+        auto completed = [&](bool taken) {
+            if constexpr (Checked) verify_stack_effect(stack, op, depth_before, taken);
+        };
         switch (op->opcode) {
         case OP_UNWIND_FRAME:
             *ip = stack->frame->saved_ip;
             stack->pop_to(stack->frame_esp);
+            completed(false);
             return;
         case OP_RESET_ESP:
             stack->pop_to(stack->frame_esp);
@@ -236,43 +275,47 @@ void vm_run(VmStack* stack, VmOp*** ip, Variant* ret) {
         case OP_CAST_TO_STRING: cast_top(stack, op, TAG_STRING); break;
         case OP_CAST_TO_OBJECT: cast_logical_or_object(stack, op, true); break;
         case OP_CHECK_NOT_NULL:
-            if (stack->esp->tag == TAG_NULL) throw RuntimeError(11);
+            if (stack->esp->tag == TAG_NULL) throw RuntimeError(ERR_ARGUMENT_INVALID);
             break;
         case OP_CHECK_ARGUMENT: check_argument(stack, op_as<VmOpCheckArgument>(op)); break;
         case OP_COND_TRUE_JUMP: {
             uint8_t tag = stack->esp->tag;
-            if (tag > TAG_TRUE) throw RuntimeError(11);
+            if (tag > TAG_TRUE) throw RuntimeError(ERR_ARGUMENT_INVALID);
             stack->pop();
             if (tag == TAG_TRUE) {
                 *ip = op_as<VmOpCondTrueJump>(op).target;
+                completed(true);
                 continue;
             }
             break;
         }
         case OP_COND_TRUE_JUMP_KEEP_ESP: {
             uint8_t tag = stack->esp->tag;
-            if (tag > TAG_TRUE) throw RuntimeError(11);
+            if (tag > TAG_TRUE) throw RuntimeError(ERR_ARGUMENT_INVALID);
             if (tag == TAG_TRUE) {
                 *ip = op_as<VmOpCondTrueJumpKeepEsp>(op).target;
+                completed(true);
                 continue;
             }
             break;
         }
         case OP_COND_FALSE_OR_NULL_JUMP: {
             uint8_t tag = stack->esp->tag;
-            if (tag > TAG_TRUE) throw RuntimeError(11);
+            if (tag > TAG_TRUE) throw RuntimeError(ERR_ARGUMENT_INVALID);
             stack->pop();
             if (tag <= TAG_NULL) {
                 *ip = op_as<VmOpCondFalseOrNullJump>(op).target;
+                completed(true);
                 continue;
             }
             break;
         }
         case OP_COND_FALSE_OR_NULL_JUMP_KEEP_ESP: {
             uint8_t tag = stack->esp->tag;
-            if (tag > TAG_TRUE) throw RuntimeError(11);
+            if (tag > TAG_TRUE) throw RuntimeError(ERR_ARGUMENT_INVALID);
             if (tag <= TAG_NULL) {
                 *ip = op_as<VmOpCondFalseOrNullJumpKeepEsp>(op).target;
+                completed(true);
                 continue;
             }
             stack->pop();
@@ -310,6 +353,7 @@ void vm_run(VmStack* stack, VmOp*** ip, Variant* ret) {
         case OP_FOR_COND_FALSE_JUMP:
             if (for_loop_ends(stack)) {
                 *ip = op_as<VmOpForCondFalseJump>(op).target;
+                completed(true);
                 continue;
             }
             break;
@@ -346,6 +390,7 @@ void vm_run(VmStack* stack, VmOp*** ip, Variant* ret) {
         }
         case OP_JUMP:
             *ip = op_as<VmOpJump>(op).target;
+            completed(true);
             continue;
         case OP_RETURN_VALUE:
             ret->release(stack);
@@ -353,17 +398,23 @@ void vm_run(VmStack* stack, VmOp*** ip, Variant* ret) {
                         sizeof(Variant));
             stack->esp->tag = TAG_FALSE;
             stack->pop();
+            completed(false);
             return;
         case OP_RETURN_POINTER:
             stack->esp->ref(stack, ret, nullptr);
             stack->pop();
+            completed(false);
             return;
         case OP_RETURN:
             ret->release(stack);
             ret->set_true();
+            completed(false);
             return;
         case OP_MACRO_EXECUTE:
-            if (macro_execute(stack, ip, ret)) return;
+            if (macro_execute(stack, ip, ret)) {
+                completed(false);
+                return;
+            }
             break;
         case OP_READ_BY_NAME: read_by_name(stack, op_as<VmOpReadByName>(op).symbol); break;
         case OP_READ_MEMVAR_BY_NAME:
@@ -445,7 +496,7 @@ void vm_run(VmStack* stack, VmOp*** ip, Variant* ret) {
             Memvar* top = stack->esp;
             if (top->tag == TAG_FALSE) top->tag = TAG_TRUE;
             else if (top->tag == TAG_TRUE) top->tag = TAG_FALSE;
-            else if (top->tag != TAG_NULL) throw RuntimeError(11);
+            else if (top->tag != TAG_NULL) throw RuntimeError(ERR_ARGUMENT_INVALID);
             break;
         }
         case OP_UNARY_NEG: {
@@ -458,6 +509,9 @@ void vm_run(VmStack* stack, VmOp*** ip, Variant* ret) {
             break;
         }
         case OP_TEST_TEXTMERGE_ON: stack->push()->set_bool(stack->textmerge); break;
+        case OP_READ_FIELD_BY_INDEX:
+            read_expression_field(stack, op_as<VmOpReadFieldByIndex>(op).value);
+            break;
         case OP_TRY_ENTER:
             // At rest there is no frame to hold the scope, and no frame to catch in.
             if (stack->frame) enter_try_scope(stack->frame, &op_as<VmOpTryEnter>(op));
@@ -465,8 +519,18 @@ void vm_run(VmStack* stack, VmOp*** ip, Variant* ret) {
         default:
             not_built(op);
         }
+        completed(false);
         ++*ip;
     }
+}
+
+}  // namespace
+
+bool vm_check_stack_effects = false;
+
+void vm_run(VmStack* stack, VmOp*** ip, Variant* ret) {
+    if (vm_check_stack_effects) run_loop<true>(stack, ip, ret);
+    else run_loop<false>(stack, ip, ret);
 }
 
 }  // namespace zobase

@@ -8,6 +8,12 @@
 
 namespace zobase {
 
+// The checked mode: after each instruction that completes, the dispatch loop
+// verifies that the stack moved as the instruction table (vm/instructions.def)
+// says, and raises assert_failed_exception naming the instruction when it did
+// not. The unit tests turn it on; otherwise it costs one test per vm_run.
+extern bool vm_check_stack_effects;
+
 // Runs instructions from *ip until a return instruction; opens no frame.
 // *ip stays on the failing instruction while an error propagates and on the
 // return instruction that ended the run.

@@ -1,6 +1,6 @@
 #include "vm/vm_stack.h"
 
-#include "values/call_trace.h"
+#include "base/call_trace.h"
 
 namespace zobase {
 
@@ -14,7 +14,8 @@ void free_heap_memvar(VmStack* stack, Memvar* var) {
 }  // namespace
 
 VmStack::VmStack(Runtime* owner, uint64_t slots, uint64_t undo_slots)
-    : id(0), capacity(slots), undo_capacity(undo_slots), runtime(owner) {
+    : id(0), capacity(slots), undo_capacity(undo_slots), sessions(std::make_unique<PlainDataSessions>()),
+      runtime(owner) {
     ZO_TRACE();
     base = new Memvar[slots];
     locals = frame_esp = esp = end();
@@ -28,11 +29,10 @@ VmStack::~VmStack() {
     __release_variables(this, undo_end(), end());
     for (auto& [symbol, var] : names) free_heap_memvar(this, var);
     names.clear();
+    sessions.reset();
     delete[] base;
     delete[] undo_base;
 }
-
-bool stack_exact_on(VmStack* stack) { return stack && stack->exact; }
 
 void __release_variables(VmStack* stack, UndoMemvar* undo_mark, Memvar* esp_mark) {
     stack->pop_to(esp_mark);

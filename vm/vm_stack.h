@@ -3,10 +3,12 @@
 // memory variables and the state of the last error.
 #include <cstdint>
 #include <list>
+#include <memory>
 #include <unordered_map>
 
+#include "base/export.h"
 #include "values/error.h"
-#include "values/export.h"
+#include "vm/data_sessions.h"
 #include "vm/memvar.h"
 #include "vm/vm_op.h"
 
@@ -15,9 +17,8 @@ namespace zobase {
 class Runtime;
 class Program;
 class CallResolver;
+class RuntimeServices;
 class DebugHook;
-class Table_Object;
-class DataSession_Object;
 
 struct try_scope_st;
 struct how_to_handle_st;
@@ -84,23 +85,25 @@ public:
     UndoMemvar* undo_top;  // grows downward
     uint64_t undo_capacity;
     uint64_t pending_args = 0;
-    DataSession_Object* session = nullptr;
+    // The stack's data sessions: work areas, fields and the current
+    // session's settings. Never null; see vm/data_sessions.h.
+    std::unique_ptr<DataSessions> sessions;
     bool textmerge = false;
     bool textmerge_show = true;
     uint32_t textmerge_memvar = 0;  // SET TEXTMERGE TO MEMVAR: the variable collecting output
     DebugHook* debug_hook = nullptr;
     std::unordered_map<uint32_t, Memvar*> names;  // visible PRIVATE and PUBLIC variables
-    Table_Object* expression_table = nullptr;
     VmFrame* frame = nullptr;
     std::list<Error> errors;
     RuntimeError last_error;
     RuntimeThrow pending_throw;
     std::unordered_map<uint32_t, Memvar*>* dynamic_locals = nullptr;
-    Runtime* runtime;
-    bool exact = false;  // SET EXACT
-    bool space = true;   // SET SPACE: ? and ?? separate values by a blank
+    Runtime* runtime;  // the owner; the VM never looks inside
+    bool space = true;  // SET SPACE: ? and ?? separate values by a blank
     // Installed by the runtime: symbol texts and the targets of late-bound calls.
     const CallResolver* resolver = nullptr;
+    // Installed by the runtime: its screen, symbols and settings.
+    RuntimeServices* services = nullptr;
 
     Memvar* end() const noexcept { return base + capacity; }
     UndoMemvar* undo_end() const noexcept { return undo_base + undo_capacity; }
@@ -109,7 +112,7 @@ public:
 
     // Pushes a clean slot, or raises 9010 without changing anything.
     Memvar* push() {
-        if (esp - 1 < base) throw RuntimeError(9010);
+        if (esp - 1 < base) throw RuntimeError(ERR_STACK_OVERFLOW);
         return --esp;
     }
     void pop() {

@@ -4,6 +4,7 @@
 
 #include "builtins/handlers.h"
 #include "objects/exception_object.h"
+#include "runtime/error_api.h"
 #include "runtime/runtime.h"
 #include "runtime/screen.h"
 #include "tests/unit/vm/vm_test_support.h"
@@ -31,6 +32,7 @@ protected:
 
     ErrorFunctions() {
         stack.runtime = &runtime;
+        stack.services = runtime.services();
         destroy_object_hook = delete_object;
     }
     ~ErrorFunctions() override {

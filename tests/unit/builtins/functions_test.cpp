@@ -317,7 +317,7 @@ TEST(EchoCommands, SeparatesBySpaceSetting) {
     CapturingScreen screen;
     Runtime runtime(&screen);
     VmStack stack(&runtime, 64, 8);
-    stack.runtime = &runtime;
+    stack.services = runtime.services();
     Call(&stack).i(1).s("a").null().b(true).run_command(void_stackcall_echo_linefeed);
     EXPECT_EQ(screen.text, "1 a null true\n");
     screen.text.clear();

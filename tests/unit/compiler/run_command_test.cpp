@@ -78,6 +78,17 @@ TEST(DiagnosticFormat, PlaceNameAndBlockShape) {
               "(Generic error) 10 - Syntax error.\n in /src/main.prg, line 1, column 1, somewhere at: abc\n\n");
 }
 
+// An expression the compiler cannot build is a diagnostic at the operand.
+TEST_F(RunCommandTest, ExpressionThatCannotBeBuiltIsADiagnosticAtItsPlace) {
+    BuildInput build(stack);  // no library: the factory function is missing
+    const Program* program = nullptr;
+    EXPECT_THROW(build.build_expression(String("1 + createobject(\"x\")"), &program), RuntimeError);
+    EXPECT_EQ(program, nullptr);
+    ASSERT_EQ(build.diagnostics.size(), 1u);
+    EXPECT_EQ(build.diagnostics[0].detail.u8str(), "createobject");
+    EXPECT_EQ(build.diagnostics[0].location.start.column, 1u);
+}
+
 }  // namespace
 }  // namespace zobase::testing
 

@@ -92,6 +92,55 @@ TEST_F(StatementsTest, StrayClosersAreRecordedAndLaterLinesStillCompile) {
     EXPECT_EQ(errors_of("DO CASE\nCASE .T.\n"), (std::vector<int>{10}));
 }
 
+// What the compiler can't handle is a diagnostic where it stands, with its
+// text; the statements after it still compile.
+TEST_F(StatementsTest, StatementsNotBuiltAreDiagnosedWhereTheyStand) {
+    BuildInput& build = fresh_input();
+    try {
+        delete build.build_command(String("x = 1\nIF x = 1\n  SUSPEND\nENDIF\nEXIT\n"));
+        FAIL() << "SUSPEND compiled";
+    } catch (const RuntimeError& error) {
+        EXPECT_EQ(error.number, 1001);
+        EXPECT_EQ(error.message.u8str(), "Feature 'statement' is not available.");
+    }
+    ASSERT_EQ(build.diagnostics.size(), 2u);
+    const diagnostic_st& suspend = build.diagnostics[0];
+    EXPECT_EQ(suspend.number, 1001);
+    EXPECT_EQ(suspend.location.start.line, 3u);
+    EXPECT_EQ(suspend.location.start.column, 3u);
+    std::string block = build.format_diagnostic(suspend);
+    EXPECT_EQ(block.rfind("(Compiler error) 1001 - Feature 'statement' is not available.\n in <command prompt>, line 3, "
+                          "column 3, somewhere at: SUSPEND",
+                          0),
+              0u)
+        << block;
+    EXPECT_EQ(build.diagnostics[1].number, 96) << "EXIT after the ENDIF";
+}
+
+// A routine that raises, here for want of the echo command, leaves a
+// diagnostic at its statement and none of its code.
+TEST_F(StatementsTest, ARoutineThatRaisesBecomesADiagnosticOfItsStatement) {
+    BuildInput build(stack);
+    EXPECT_THROW(delete build.build_command(String("x = 1\n? x\ny = 2\n")), RuntimeError);
+    ASSERT_EQ(build.diagnostics.size(), 1u);
+    EXPECT_EQ(build.diagnostics[0].number, 1001);
+    EXPECT_EQ(build.diagnostics[0].detail.u8str(), "echo_linefeed");
+    EXPECT_EQ(build.diagnostics[0].location.start.line, 2u);
+}
+
+TEST_F(StatementsTest, OutlineStatementsNotBuiltArePassedOver) {
+    BuildInput& build = fresh_input();
+    EXPECT_THROW(delete build.build_module(String("outline.prg"),
+                                           String("DEFINE CLASS a AS custom\nx = 1\nENDDEFINE\nFUNCTION f\nEXIT\n")),
+                 RuntimeError);
+    ASSERT_EQ(build.diagnostics.size(), 2u);
+    EXPECT_EQ(build.diagnostics[0].detail.u8str(), "define class");
+    EXPECT_EQ(build.diagnostics[0].location.start.line, 1u);
+    EXPECT_EQ(build.diagnostics[1].number, 96);
+    EXPECT_EQ(build.diagnostics[1].location.start.line, 5u);
+    EXPECT_NE(screen.errors.find("line 1, column 1"), std::string::npos) << screen.errors;
+}
+
 TEST_F(StatementsTest, EnddoInsideAnIfJumpsButEndsNothing) {
     std::vector<int> errors = errors_of("DO WHILE .T.\nIF .T.\nENDDO\n");
     EXPECT_EQ(errors, (std::vector<int>{1211, 96}));

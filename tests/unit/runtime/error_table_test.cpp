@@ -1,7 +1,9 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
+#include <iterator>
 #include <set>
+#include <string>
 
 #include "values/error.h"
 
@@ -45,4 +47,30 @@ TEST(ErrorTable, RuntimeErrorConstructors) {
         EXPECT_EQ(e.number, 1001);
         EXPECT_EQ(e.message.u8str(), "Feature 'thing' is not available.");
     }
+}
+
+// The named numbers come from the same rows as the table: one name and one
+// number per row, in the table's order.
+TEST(ErrorTable, NamedNumbersFollowTheRows) {
+    struct named_st {
+        int number;
+        const char* name;
+    };
+    const named_st named[] = {
+#define ZO_ERROR(number, name, message, format) {number, #name},
+#include "base/error_table.def"
+#undef ZO_ERROR
+    };
+    const error_st* rows = nullptr;
+    ASSERT_EQ(get_list_of_errors(&rows), static_cast<int>(std::size(named)));
+    std::set<std::string> names;
+    for (size_t i = 0; i < std::size(named); ++i) {
+        EXPECT_EQ(named[i].number, rows[i].code) << named[i].name;
+        EXPECT_TRUE(names.insert(named[i].name).second) << named[i].name;
+    }
+    EXPECT_EQ(ERR_ARGUMENT_INVALID, 11);
+    EXPECT_EQ(ERR_OPERAND_TYPE_MISMATCH, 107);
+    EXPECT_EQ(ERR_NOT_AN_ARRAY, 232);
+    EXPECT_EQ(ERR_NOT_AVAILABLE, 1001);
+    EXPECT_EQ(ERR_STACK_OVERFLOW, 9010);
 }

@@ -8,9 +8,9 @@
 #include <stdexcept>
 #include <string>
 
+#include "base/call_trace.h"
 #include "runtime/runtime.h"
 #include "runtime/screen.h"
-#include "values/call_trace.h"
 #include "values/error.h"
 #include "vm/vm_stack.h"
 

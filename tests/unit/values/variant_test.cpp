@@ -2,10 +2,11 @@
 
 #include <limits>
 
+#include "tests/unit/support/error_number.h"
 #include "text/charset.h"
 #include "values/error.h"
-#include "tests/unit/support/error_number.h"
 #include "values/variant.h"
+#include "vm/variant_compare.h"
 
 using namespace zobase;
 using zobase::testing::error_number_of;

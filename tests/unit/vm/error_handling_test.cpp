@@ -7,6 +7,7 @@
 #include "builtins/handlers.h"
 #include "compiler/module.h"
 #include "objects/exception_object.h"
+#include "runtime/error_api.h"
 #include "runtime/runtime.h"
 #include "runtime/screen.h"
 #include "tests/unit/vm/vm_test_support.h"
@@ -59,7 +60,10 @@ protected:
         destroy_object_hook = saved_hook;
     }
 
-    void with_dialog() { stack.runtime = &runtime; }
+    void with_dialog() {
+        stack.runtime = &runtime;
+        stack.services = runtime.services();
+    }
 
     static size_t emit_at(Program& p, VmOp* op, uint64_t statement) {
         op->statement = statement;

@@ -1,5 +1,5 @@
 #pragma once
-#include "values/export.h"
+#include "base/export.h"
 
 namespace zobase {
 

@@ -1,0 +1,54 @@
+// What code on a stack asks of the runtime, answered from the Runtime.
+#include "base/call_trace.h"
+#include "objects/exception_object.h"
+#include "runtime/runtime.h"
+#include "runtime/runtime_resolver.h"
+#include "values/error.h"
+
+namespace zobase {
+
+namespace {
+
+class RuntimeServicesOfRuntime : public RuntimeServices {
+public:
+    explicit RuntimeServicesOfRuntime(Runtime* runtime) : runtime_(runtime) {}
+
+    Screen* screen() const override { return runtime_->screen; }
+    Screen* replace_screen(Screen* screen) override {
+        Screen* replaced = runtime_->screen;
+        runtime_->screen = screen;
+        return replaced;
+    }
+
+    Symtable& symbols() const override { return runtime_->symbols(); }
+    const Charset* default_charset() const override { return runtime_->default_charset; }
+
+    bool asserts() const override { return runtime_->flags.asserts; }
+    void set_asserts(bool on) override { SetRuntimeAsserts(runtime_, on); }
+
+    void clear_search_path() override { runtime_->set_path_to_null(); }
+    void add_search_path(const String& paths) override { runtime_->set_path_to(paths, true); }
+    void clear_procedures() override { runtime_->set_procedure_to_null(); }
+    void add_procedure(VmStack* stack, const String& file) override {
+        runtime_->set_procedure_to(stack, file, true);
+    }
+
+    void create_exception_object(const RuntimeError& error, Variant* dest) const override {
+        ZO_TRACE();
+        ExceptionObject* object = zobase::create_exception_object(dest);
+        object->error_no.set_integer(error.number);
+        object->message.set_string(error.message);
+        object->detail.set_string(error.parameter);
+    }
+
+private:
+    Runtime* runtime_;
+};
+
+}  // namespace
+
+std::unique_ptr<RuntimeServices> create_runtime_services(Runtime* runtime) {
+    return std::make_unique<RuntimeServicesOfRuntime>(runtime);
+}
+
+}  // namespace zobase

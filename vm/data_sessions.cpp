@@ -1,0 +1,20 @@
+// The data sessions a stack has before the table engine installs its own.
+#include "vm/data_sessions.h"
+
+#include "values/error.h"
+
+namespace zobase {
+
+void PlainDataSessions::read_field(VmStack*, const field_ref_st&, Variant*) {
+    throw assert_failed_exception("a field read without work areas");
+}
+
+void PlainDataSessions::write_field(VmStack*, const field_ref_st&, const Variant&) {
+    throw assert_failed_exception("a field write without work areas");
+}
+
+void PlainDataSessions::read_expression_field(VmStack*, uint16_t, Variant*) {
+    raise_not_available("VmOpReadFieldByIndex");
+}
+
+}  // namespace zobase

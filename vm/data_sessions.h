@@ -1,0 +1,84 @@
+#pragma once
+// The door between the VM and the table engine: everything the VM needs from
+// work areas and data sessions. Each stack owns one (VmStack::sessions). The
+// table engine implements it over its sessions and work areas; until a
+// runtime installs that, a stack has PlainDataSessions: one session with its
+// settings and no work areas. vm/ never includes tables/.
+//
+// Name rules the VM keeps through this door:
+//   name         a field of the current work area hides a variable of that name
+//   m.name       always the variable; the door is not asked
+//   alias.name   the work area of that alias answers, as an object, for its
+//   alias->name  field; without such a work area the alias is a variable
+#include <cstdint>
+
+#include "vm/session_settings.h"
+
+namespace zobase {
+
+class Variant;
+class VmStack;
+
+// A field found by name: the table that holds it and its position there. The
+// VM only hands it back; what `table` points at is the implementation's.
+struct field_ref_st {
+    const void* table;
+    uint32_t index;
+};
+
+class DataSessions {
+public:
+    virtual ~DataSessions() = default;
+    DataSessions(const DataSessions&) = delete;
+    DataSessions& operator=(const DataSessions&) = delete;
+
+    // The current session's settings. Not virtual: every comparison of
+    // text reads SET EXACT.
+    session_settings_st& settings() noexcept { return *settings_; }
+    const session_settings_st& settings() const noexcept { return *settings_; }
+
+    // A bare name: the field of that name of the table whose index or filter
+    // expression is running, else of the current work area. False when there
+    // is none, and the name is then a variable.
+    virtual bool find_field(VmStack* stack, uint32_t symbol, field_ref_st* out) = 0;
+    // The current record's value of a field found by find_field, into dest,
+    // which must be clean.
+    virtual void read_field(VmStack* stack, const field_ref_st& field, Variant* dest) = 0;
+    // Stores a value into the current record's field, as REPLACE does.
+    virtual void write_field(VmStack* stack, const field_ref_st& field, const Variant& value) = 0;
+    // The object of the open work area with that alias in the current
+    // session, into dest, which must be clean; false when no open work area
+    // has that alias.
+    virtual bool find_work_area(VmStack* stack, uint32_t alias, Variant* dest) = 0;
+    // A field by position of the table whose index or filter expression is
+    // running (VmOpReadFieldByIndex), into dest, which must be clean.
+    virtual void read_expression_field(VmStack* stack, uint16_t index, Variant* dest) = 0;
+
+protected:
+    explicit DataSessions(session_settings_st* current) noexcept : settings_(current) {}
+    // An implementation calls this whenever its current session changes.
+    void use_settings_of(session_settings_st* current) noexcept { settings_ = current; }
+
+private:
+    session_settings_st* settings_;
+};
+
+// The data sessions of a stack before the table engine: one session, no
+// work areas, so a bare name is never a field.
+class PlainDataSessions final : public DataSessions {
+public:
+    PlainDataSessions() noexcept : DataSessions(&session_) {}
+
+    bool find_field(VmStack*, uint32_t, field_ref_st*) override { return false; }
+    bool find_work_area(VmStack*, uint32_t, Variant*) override { return false; }
+    // No field is ever found, so these two are never reached.
+    void read_field(VmStack* stack, const field_ref_st& field, Variant* dest) override;
+    void write_field(VmStack* stack, const field_ref_st& field, const Variant& value) override;
+    // Only compiled index and filter expressions read by position: 1001.
+    void read_expression_field(VmStack* stack, uint16_t index, Variant* dest) override;
+
+private:
+    session_settings_st session_;
+};
+
+}  // namespace zobase
