@@ -37,6 +37,10 @@ public:
     session_settings_st& settings() noexcept { return *settings_; }
     const session_settings_st& settings() const noexcept { return *settings_; }
 
+    // The current session's id, as SET DATASESSION and set("DATASESSION")
+    // know it; the first session is 1.
+    virtual int32_t session_id() const = 0;
+
     // A bare name: the field of that name of the table whose index or filter
     // expression is running, else of the current work area. False when there
     // is none, and the name is then a variable.
@@ -69,6 +73,7 @@ class PlainDataSessions final : public DataSessions {
 public:
     PlainDataSessions() noexcept : DataSessions(&session_) {}
 
+    int32_t session_id() const override { return 1; }
     bool find_field(VmStack*, uint32_t, field_ref_st*) override { return false; }
     bool find_work_area(VmStack*, uint32_t, Variant*) override { return false; }
     // No field is ever found, so these two are never reached.

@@ -7,6 +7,7 @@
 // SYSFORMATS is no setting of its own, it compares `formats` with the
 // machine's formats that the runtime keeps.
 #include <cstdint>
+#include <string_view>
 
 namespace zobase {
 
@@ -27,6 +28,22 @@ enum DateStyle : int32_t {
     DATE_STYLE_USA = 12,
     DATE_STYLE_YMD = 13,
 };
+
+// One row of the date style table: the name SET DATE takes and set("DATE")
+// gives back, the style, and the mark and hours the style sets (null mark and
+// 0 hours: LONG and SHORT leave both as they are).
+struct date_style_st {
+    const char* name;
+    int32_t style;
+    const char* mark;
+    int32_t hours;
+    int32_t abbreviate_to;
+};
+
+// The row of a style name in upper case, or null.
+const date_style_st* find_date_style(std::string_view upper_name) noexcept;
+// The row of a style number, or null.
+const date_style_st* find_date_style(int32_t style) noexcept;
 
 // One character of a setting: its code point, its encoded bytes, and whether
 // those are a single ASCII byte.

@@ -35,7 +35,12 @@ public:
     session_settings_st sessions[2];
 
     OneTableSessions(uint32_t city, uint32_t cust) : DataSessions(&sessions[0]), city_(city), cust_(cust) {}
-    void select_session(int number) { use_settings_of(&sessions[number]); }
+    void select_session(int number) {
+        current_ = number;
+        use_settings_of(&sessions[number]);
+    }
+
+    int32_t session_id() const override { return current_ + 1; }
 
     bool find_field(VmStack*, uint32_t symbol, field_ref_st* out) override {
         if (symbol != city_) return false;
@@ -60,6 +65,7 @@ public:
 
 private:
     uint32_t city_, cust_;
+    int current_ = 0;
 };
 
 class DataSessionsDoor : public CompilerFixture {
