@@ -115,4 +115,16 @@ void void_stackcall_error(VmStack* stack, unsigned long long argc);
 void void_stackcall_assert(VmStack* stack, unsigned long long argc);
 void void_stackcall_throw(VmStack* stack, unsigned long long argc);
 
+// Arrays.
+void stackcall_acopy(VmStack* stack, unsigned long long argc, Variant* result);
+void stackcall_adel(VmStack* stack, unsigned long long argc, Variant* result);
+void stackcall_aelement(VmStack* stack, unsigned long long argc, Variant* result);
+void stackcall_aenv(VmStack* stack, unsigned long long argc, Variant* result);
+void stackcall_alen(VmStack* stack, unsigned long long argc, Variant* result);
+void stackcall_alines(VmStack* stack, unsigned long long argc, Variant* result);
+void stackcall_array(VmStack* stack, unsigned long long argc, Variant* result);
+void stackcall_ascan(VmStack* stack, unsigned long long argc, Variant* result);
+void stackcall_asort(VmStack* stack, unsigned long long argc, Variant* result);
+void stackcall_asubscript(VmStack* stack, unsigned long long argc, Variant* result);
+
 }  // namespace zobase

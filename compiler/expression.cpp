@@ -826,6 +826,8 @@ void compile_call_pass_parameters(const document_location_st& location, const fu
                 compile_operand_variable_ref(static_cast<const Operand_Variable*>(operand), true, code, path);
             else
                 compile_operand_ref(operand, code, path, &actual);
+            // An array passed by reference is checked like one passed by value.
+            if ((formal.type & 15) == FORMAL_ARRAY) compile_cast_to_formal(operand->location, formal, actual, code);
         } else {
             __compiletime_compact_constexpr(operand, code, path, &actual);
             if (actual.is_constant) {

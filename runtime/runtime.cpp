@@ -6,6 +6,8 @@
 #include <unicode/unum.h>
 #include <unicode/ustring.h>
 
+#include <cstdlib>
+
 #include <filesystem>
 #include <map>
 #include <memory>
@@ -188,6 +190,20 @@ bool Runtime::getenv(const String& key, String* out) const {
     if (found == impl->environment.end()) return false;
     *out = found->second;
     return true;
+}
+
+void Runtime::setenv(const String& key, const String& value) {
+    impl->environment.insert_or_assign(key, value);
+    ::setenv(key.u8str().c_str(), value.u8str().c_str(), 1);
+}
+
+bool Runtime::unsetenv(const String& key) {
+    ::unsetenv(key.u8str().c_str());
+    return impl->environment.erase(key) != 0;
+}
+
+std::vector<std::pair<String, String>> Runtime::environment() const {
+    return {impl->environment.begin(), impl->environment.end()};
 }
 
 void Runtime::set_module_file_name(const char* path) { impl->module_file_name = path; }

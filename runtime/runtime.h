@@ -2,6 +2,8 @@
 // The runtime: everything hangs from one instance. The handle holds the
 // settings read on hot paths; the rest lives in a private record.
 #include <cstdint>
+#include <utility>
+#include <vector>
 
 #include "base/export.h"
 #include "values/string.h"
@@ -68,6 +70,13 @@ public:
     void pass_environment(const char* const* envp);
     void pass_environment(const char16_t* const* envp);
     bool getenv(const String& key, String* out) const;
+    // Sets or removes a variable of the passed environment and of the process's.
+    void setenv(const String& key, const String& value);
+    bool unsetenv(const String& key);
+    std::vector<std::pair<String, String>> environment() const;
+    // The user's folder for the runtime's files, by the XDG rules:
+    // $XDG_DATA_HOME/zobase, else $HOME/.local/share/zobase. Made when missing.
+    bool create_home_dir(String* out) const;
     void set_module_file_name(const char* path);
     void set_module_file_name(const char16_t* path);
     // The file as written or without regard to case; optionally along the SET PATH

@@ -33,6 +33,18 @@ public:
         runtime_->set_procedure_to(stack, file, true);
     }
 
+    bool getenv(const String& key, String* out) const override { return runtime_->getenv(key, out); }
+    void setenv(const String& key, const String& value) override { runtime_->setenv(key, value); }
+    bool unsetenv(const String& key) override { return runtime_->unsetenv(key); }
+    std::vector<std::pair<String, String>> environment() const override {
+        return runtime_->environment();
+    }
+
+    bool find_file(const String& name, String* found) const override {
+        return runtime_->find_file(name, found, true, false);
+    }
+    bool home_directory(String* out) const override { return runtime_->create_home_dir(out); }
+
     void create_exception_object(const RuntimeError& error, Variant* dest) const override {
         ZO_TRACE();
         ExceptionObject* object = zobase::create_exception_object(dest);

@@ -81,27 +81,6 @@ bool filter_accepts(VmStack* stack, const Program* filter, const Variant* value)
     return accepted;
 }
 
-// Where a frame stands in its source, for the report and the trace.
-struct frame_place_st {
-    std::string module;
-    uint32_t line = 0;
-    uint32_t column = 0;
-    std::string program;
-};
-
-frame_place_st place_of(const VmFrame* frame) {
-    frame_place_st place;
-    const Program* program = frame->program;
-    if (program->module) place.module = program->module->file_name.u8str();
-    document_location_st location;
-    if (program->location_of(position_in(frame), &location)) {
-        place.line = location.start.line;
-        place.column = location.start.column;
-    }
-    place.program = program->name.size() == 0 ? "<anonymous>" : program->name.u8str();
-    return place;
-}
-
 std::string printf_text(const char* format, auto... arguments) {
     char buffer[4096];
     std::snprintf(buffer, sizeof buffer, format, arguments...);
@@ -148,6 +127,19 @@ void skip_to_next_statement(VmFrame* frame) {
 }
 
 }  // namespace
+
+frame_place_st place_of(const VmFrame* frame) {
+    frame_place_st place;
+    const Program* program = frame->program;
+    if (program->module) place.module = program->module->file_name.u8str();
+    document_location_st location;
+    if (program->location_of(position_in(frame), &location)) {
+        place.line = location.start.line;
+        place.column = location.start.column;
+    }
+    place.program = program->name.size() == 0 ? "<anonymous>" : program->name.u8str();
+    return place;
+}
 
 bool VmStack::find_handler(Variant* value, const VmFrame** handler_frame, long long* position,
                            unsigned int* symbol) {

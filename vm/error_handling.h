@@ -2,6 +2,7 @@
 // Run-time error handling: what happens between a failing instruction and
 // the moment the program goes on or the host gets control.
 #include <cstdint>
+#include <string>
 
 #include "values/variant.h"
 #include "vm/screen.h"
@@ -29,5 +30,17 @@ constexpr int ERROR_DIALOG_BUTTONS = MSGBOX_ABORT | MSGBOX_RETRY | MSGBOX_IGNORE
 // the frame goes on at the handler.
 void enter_handler(VmStack* stack, VmFrame* frame, const Variant& value, unsigned symbol,
                    long long position);
+
+// Where a frame stands in its source: the file of its module (empty for a
+// command line), the line and column of its current instruction (0 when
+// unknown) and the program's name.
+struct frame_place_st {
+    std::string module;
+    uint32_t line = 0;
+    uint32_t column = 0;
+    std::string program;
+};
+
+frame_place_st place_of(const VmFrame* frame);
 
 }  // namespace zobase

@@ -6,6 +6,8 @@
 // compiler and the built-in library never include runtime/. A stack made
 // without a runtime has none.
 #include <cstdint>
+#include <utility>
+#include <vector>
 
 #include "values/string.h"
 
@@ -44,6 +46,21 @@ public:
     virtual void clear_procedures() = 0;
     // Loads the file as a module and adds it; a missing file is error 1.
     virtual void add_procedure(VmStack* stack, const String& file) = 0;
+
+    // The environment the host passed (Runtime::pass_environment); setenv and
+    // unsetenv change the process's own as well, so that started programs see it.
+    virtual bool getenv(const String& key, String* out) const = 0;
+    virtual void setenv(const String& key, const String& value) = 0;
+    // False when the name was not set.
+    virtual bool unsetenv(const String& key) = 0;
+    // Every variable as name and value, ordered by name.
+    virtual std::vector<std::pair<String, String>> environment() const = 0;
+
+    // A file as written, without regard to case, then along SET PATH.
+    virtual bool find_file(const String& name, String* found) const = 0;
+    // The user's folder for the runtime's own files, made when missing; false
+    // when it can't be made.
+    virtual bool home_directory(String* out) const = 0;
 
     // The built-in exception object for an error, with its number, message
     // and detail, as the value of dest, which must be clean.

@@ -67,6 +67,8 @@ void Screen::ob_get(String* out) const {
     *out = record_->buffer ? record_->buffer->to_string() : String("");
 }
 
+bool Screen::has_output_buffer() const { return record_->buffer != nullptr; }
+
 void Screen::lock_for_output() { record_->lock.lock(); }
 
 void Screen::unlock_output() {

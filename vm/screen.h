@@ -48,6 +48,7 @@ public:
     void ob_end_clean();
     void ob_end_flush();
     void ob_get(String* out) const;
+    bool has_output_buffer() const;
     void lock_for_output();
     void unlock_output();
     void set_interactive(bool interactive);

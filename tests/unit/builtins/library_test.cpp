@@ -125,10 +125,10 @@ TEST(LibraryTables, EmptyDescriptionAndAttachOrder) {
 }
 
 TEST(LibraryTables, PendingHandlersNameTheirFunction) {
-    EXPECT_EQ(error_text_of_call(find("acopy")->handler),
-              "1001 Feature 'acopy' is not available.");
-    EXPECT_EQ(error_text_of_call(find("http.header")->handler),
-              "1001 Feature 'http.header' is not available.");
+    EXPECT_EQ(error_text_of_call(find("syntaxinfo")->handler),
+              "1001 Feature 'syntaxinfo' is not available.");
+    EXPECT_EQ(error_text_of_call(find("__debugbreak")->handler),
+              "1001 Feature '__debugbreak' is not available.");
     const library_command_def_st* use = core_library().find_command(String("USE"));
     ASSERT_NE(use, nullptr);
     VmStack stack(nullptr, 16, 4);
