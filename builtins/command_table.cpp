@@ -46,7 +46,7 @@ const library_command_row_st core_command_rows[] = {
     {"rename_table", "CC", command_not_available<"rename_table">},
     {"replace", "C.?.?", command_not_available<"replace">},
     {"rollback", "", command_not_available<"rollback">},
-    {"run", "C", command_not_available<"run">},
+    {"run", "C", void_stackcall_run},
     {"scatter_memvar", "I", command_not_available<"scatter_memvar">},
     {"scatter_name", "I.@*", command_not_available<"scatter_name">},
     {"scatter_to", "I.@*", command_not_available<"scatter_to">},

@@ -127,4 +127,59 @@ void stackcall_ascan(VmStack* stack, unsigned long long argc, Variant* result);
 void stackcall_asort(VmStack* stack, unsigned long long argc, Variant* result);
 void stackcall_asubscript(VmStack* stack, unsigned long long argc, Variant* result);
 
+// Files, folders and file names.
+void stackcall_addbs(VmStack* stack, unsigned long long argc, Variant* result);
+void stackcall_defaultext(VmStack* stack, unsigned long long argc, Variant* result);
+void stackcall_forceext(VmStack* stack, unsigned long long argc, Variant* result);
+void stackcall_forcepath(VmStack* stack, unsigned long long argc, Variant* result);
+void stackcall_justext(VmStack* stack, unsigned long long argc, Variant* result);
+void stackcall_justfname(VmStack* stack, unsigned long long argc, Variant* result);
+void stackcall_justpath(VmStack* stack, unsigned long long argc, Variant* result);
+void stackcall_juststem(VmStack* stack, unsigned long long argc, Variant* result);
+void stackcall_adir(VmStack* stack, unsigned long long argc, Variant* result);
+void stackcall_curdir(VmStack* stack, unsigned long long argc, Variant* result);
+void stackcall_directory(VmStack* stack, unsigned long long argc, Variant* result);
+void stackcall_fdate(VmStack* stack, unsigned long long argc, Variant* result);
+void stackcall_file(VmStack* stack, unsigned long long argc, Variant* result);
+void stackcall_filetostr(VmStack* stack, unsigned long long argc, Variant* result);
+void stackcall_ftime(VmStack* stack, unsigned long long argc, Variant* result);
+void stackcall_strtofile(VmStack* stack, unsigned long long argc, Variant* result);
+void stackcall_fclose(VmStack* stack, unsigned long long argc, Variant* result);
+void stackcall_feof(VmStack* stack, unsigned long long argc, Variant* result);
+void stackcall_ferror(VmStack* stack, unsigned long long argc, Variant* result);
+void stackcall_fgets(VmStack* stack, unsigned long long argc, Variant* result);
+void stackcall_fopen(VmStack* stack, unsigned long long argc, Variant* result);
+void stackcall_fread(VmStack* stack, unsigned long long argc, Variant* result);
+void stackcall_fseek(VmStack* stack, unsigned long long argc, Variant* result);
+void stackcall_ftell(VmStack* stack, unsigned long long argc, Variant* result);
+
+// The process, the programs it runs, and what a program knows of itself.
+void stackcall_getenv(VmStack* stack, unsigned long long argc, Variant* result);
+void stackcall_setenv(VmStack* stack, unsigned long long argc, Variant* result);
+void stackcall_unsetenv(VmStack* stack, unsigned long long argc, Variant* result);
+void stackcall_os(VmStack* stack, unsigned long long argc, Variant* result);
+void stackcall_sleep(VmStack* stack, unsigned long long argc, Variant* result);
+void stackcall_exec(VmStack* stack, unsigned long long argc, Variant* result);
+void stackcall_system(VmStack* stack, unsigned long long argc, Variant* result);
+void stackcall_escapearg(VmStack* stack, unsigned long long argc, Variant* result);
+void stackcall_parseargs(VmStack* stack, unsigned long long argc, Variant* result);
+void stackcall_userhomedir(VmStack* stack, unsigned long long argc, Variant* result);
+void stackcall_curexe(VmStack* stack, unsigned long long argc, Variant* result);
+void stackcall_version(VmStack* stack, unsigned long long argc, Variant* result);
+void stackcall_sigabort(VmStack* stack, unsigned long long argc, Variant* result);
+void stackcall_messagebox(VmStack* stack, unsigned long long argc, Variant* result);
+void stackcall_program(VmStack* stack, unsigned long long argc, Variant* result);
+void stackcall_pcount(VmStack* stack, unsigned long long argc, Variant* result);
+void stackcall_parameters(VmStack* stack, unsigned long long argc, Variant* result);
+void stackcall_astackinfo(VmStack* stack, unsigned long long argc, Variant* result);
+void stackcall_execscript(VmStack* stack, unsigned long long argc, Variant* result);
+void stackcall_sys(VmStack* stack, unsigned long long argc, Variant* result);
+void void_stackcall_run(VmStack* stack, unsigned long long argc);
+
+// Output buffering.
+void stackcall_ob_start(VmStack* stack, unsigned long long argc, Variant* result);
+void stackcall_ob_get_content(VmStack* stack, unsigned long long argc, Variant* result);
+void stackcall_ob_end_clean(VmStack* stack, unsigned long long argc, Variant* result);
+void stackcall_ob_end_flush(VmStack* stack, unsigned long long argc, Variant* result);
+
 }  // namespace zobase

@@ -23,6 +23,20 @@ const UserFunction* find_in_module(const Module& module, uint32_t symbol, const 
     return nullptr;
 }
 
+// A script compiled by execscript: its module lives as long as this function.
+class ScriptFunction : public UserFunction {
+public:
+    explicit ScriptFunction(Module* module) : UserFunction(nullptr), module_(module) {}
+
+    void exec(VmStack* stack, unsigned long long argc, bool has_this, Variant* ret) const override {
+        if (module_->entry) module_->entry->exec(stack, argc, has_this, ret);
+        else ret->set_true();
+    }
+
+private:
+    std::unique_ptr<Module> module_;
+};
+
 class RuntimeResolver : public CallResolver {
 public:
     explicit RuntimeResolver(Runtime* runtime) : runtime_(runtime) {}
@@ -74,6 +88,13 @@ public:
             build.report_diagnostics(runtime_->screen);
             throw;
         }
+    }
+
+    std::unique_ptr<UserFunction> compile_script(VmStack* stack, const String& text) const override {
+        ZO_TRACE();
+        BuildInput build(stack);
+        prepare(build, stack);
+        return std::make_unique<ScriptFunction>(build.build_module(String("<script>"), text));
     }
 
     std::unique_ptr<Program> compile_expression(VmStack* stack, const String& text) const override {

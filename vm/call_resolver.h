@@ -50,6 +50,11 @@ public:
     // instruction reports. Compile errors are shown, then raised as the first.
     virtual std::unique_ptr<Program> compile_macro(VmStack* stack, const String& text,
                                                    const document_location_st* written_at) const = 0;
+    // A script's text as a whole program of its own, FUNCTIONs included:
+    // running the result runs its main code with the arguments as its
+    // PARAMETERS. It owns all that was compiled. Compile errors are shown,
+    // then raised as the first.
+    virtual std::unique_ptr<UserFunction> compile_script(VmStack* stack, const String& text) const = 0;
     // One expression, as a program ending in VmOpReturnValue.
     virtual std::unique_ptr<Program> compile_expression(VmStack* stack, const String& text) const = 0;
 };

@@ -53,6 +53,9 @@ public:
     std::unique_ptr<Program> compile_expression(VmStack*, const String&) const override {
         raise_not_available("compile_expression");
     }
+    std::unique_ptr<UserFunction> compile_script(VmStack*, const String&) const override {
+        raise_not_available("compile_script");
+    }
 
 private:
     static const UserFunction* lookup(const std::map<uint32_t, const UserFunction*>& map,
