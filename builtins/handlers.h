@@ -182,4 +182,8 @@ void stackcall_ob_get_content(VmStack* stack, unsigned long long argc, Variant* 
 void stackcall_ob_end_clean(VmStack* stack, unsigned long long argc, Variant* result);
 void stackcall_ob_end_flush(VmStack* stack, unsigned long long argc, Variant* result);
 
+// JSON.
+void stackcall_json_encode(VmStack* stack, unsigned long long argc, Variant* result);
+void stackcall_json_decode(VmStack* stack, unsigned long long argc, Variant* result);
+
 }  // namespace zobase

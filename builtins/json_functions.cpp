@@ -1,0 +1,431 @@
+// Json.Encode and Json.Decode. Decoding runs RapidJSON's iterative parser,
+// which keeps its own stack, and builds the values on an explicit stack too,
+// so no depth of input reaches the machine's stack; nesting deeper than
+// JSON_MAX_DEPTH is an error. Encoding walks arrays with an explicit stack.
+#include <rapidjson/error/en.h>
+#include <rapidjson/memorystream.h>
+#include <rapidjson/reader.h>
+
+#include <openssl/evp.h>
+
+#include <algorithm>
+#include <charconv>
+#include <cmath>
+#include <cstring>
+#include <string>
+#include <vector>
+
+#include "base/call_trace.h"
+#include "builtins/arguments.h"
+#include "builtins/handlers.h"
+#include "text/charset.h"
+#include "values/date.h"
+#include "values/money.h"
+#include "vm/vm_stack.h"
+
+namespace zobase {
+
+namespace {
+
+// As deep as Python's json module goes by default, so that what one writes
+// the other reads.
+constexpr size_t JSON_MAX_DEPTH = 1000;
+
+// A Variant's bytes without its copy semantics: values move in and out of
+// the pending list bitwise, so a growing vector never touches reference counts.
+struct variant_slot_st {
+    alignas(Variant) unsigned char bytes[sizeof(Variant)];
+};
+
+Variant* as_variant(variant_slot_st& slot) { return reinterpret_cast<Variant*>(slot.bytes); }
+
+// ---- UTF-8 -----------------------------------------------------------------------
+
+// The length of the well-formed UTF-8 sequence that starts at p, 0 when
+// there is none.
+size_t utf8_sequence_length(const char* p, const char* end) {
+    const unsigned char* s = reinterpret_cast<const unsigned char*>(p);
+    size_t available = static_cast<size_t>(end - p);
+    auto continuation = [&](size_t i) { return i < available && (s[i] & 0xC0) == 0x80; };
+    if (s[0] < 0x80) return 1;
+    if (s[0] >= 0xC2 && s[0] <= 0xDF && continuation(1)) return 2;
+    if (s[0] >= 0xE0 && s[0] <= 0xEF && continuation(1) && continuation(2)) {
+        if ((s[0] == 0xE0 && s[1] < 0xA0) || (s[0] == 0xED && s[1] > 0x9F)) return 0;
+        return 3;
+    }
+    if (s[0] >= 0xF0 && s[0] <= 0xF4 && continuation(1) && continuation(2) && continuation(3)) {
+        if ((s[0] == 0xF0 && s[1] < 0x90) || (s[0] == 0xF4 && s[1] > 0x8F)) return 0;
+        return 4;
+    }
+    return 0;
+}
+
+// How many bytes from the start are well-formed UTF-8; ASCII goes eight
+// bytes at a time.
+size_t utf8_valid_prefix(const char* text, size_t size) {
+    size_t i = 0;
+    while (i < size) {
+        uint64_t word;
+        if (i + 8 <= size && (std::memcpy(&word, text + i, 8), !(word & 0x8080808080808080ull))) {
+            i += 8;
+            continue;
+        }
+        size_t length = utf8_sequence_length(text + i, text + size);
+        if (!length) return i;
+        i += length;
+    }
+    return size;
+}
+
+// ---- decoding ------------------------------------------------------------------
+
+// Receives the parser's events. Values wait in `pending`; an array's
+// elements are the pending values from its start mark on, and become one
+// array value when it closes.
+class ValueBuilder : public rapidjson::BaseReaderHandler<rapidjson::UTF8<>, ValueBuilder> {
+public:
+    explicit ValueBuilder(VmStack* stack) : stack_(stack) {}
+    ~ValueBuilder() {
+        for (variant_slot_st& slot : pending_) as_variant(slot)->release(stack_);
+    }
+    ValueBuilder(const ValueBuilder&) = delete;
+    ValueBuilder& operator=(const ValueBuilder&) = delete;
+
+    bool object_seen = false;
+    bool too_deep = false;
+
+    bool Null() {
+        Variant value;
+        value.set_null();
+        return add(value);
+    }
+    bool Bool(bool b) {
+        Variant value;
+        value.set_bool(b);
+        return add(value);
+    }
+    bool RawNumber(const char* text, rapidjson::SizeType length, bool) {
+        Variant value;
+        number_value(text, text + length, &value);
+        return add(value);
+    }
+    bool String(const char* text, rapidjson::SizeType length, bool) {
+        Variant value;
+        value.set_string(zobase::String::fromBytes(text, length, Charset::utf8));
+        return add(value);
+    }
+    bool StartObject() {
+        object_seen = true;
+        return false;
+    }
+    bool StartArray() {
+        if (starts_.size() >= JSON_MAX_DEPTH) {
+            too_deep = true;
+            return false;
+        }
+        starts_.push_back(pending_.size());
+        return true;
+    }
+    bool EndArray(rapidjson::SizeType) {
+        size_t start = starts_.back();
+        starts_.pop_back();
+        size_t count = pending_.size() - start;
+        Variant value;
+        value.tag = TAG_ARRAY;
+        value.array = Array::create(count, 0);
+        if (count) std::memcpy(static_cast<void*>(value.array.storage->elements), &pending_[start], count * sizeof(Variant));
+        pending_.resize(start);
+        return add(value);
+    }
+
+    // The one value of the document, moved into a clean `out`.
+    void take_result(Variant* out) {
+        std::memcpy(static_cast<void*>(out), pending_.back().bytes, sizeof(Variant));
+        pending_.pop_back();
+    }
+
+private:
+    VmStack* stack_;
+    std::vector<variant_slot_st> pending_;
+    std::vector<size_t> starts_;
+
+    bool add(const Variant& value) {
+        pending_.emplace_back();
+        std::memcpy(pending_.back().bytes, static_cast<const void*>(&value), sizeof(Variant));
+        return true;
+    }
+
+    // A whole number that fits 64 bits is an integer; any other a numeric
+    // whose decimals are those the text shows.
+    static void number_value(const char* begin, const char* end, Variant* out) {
+        const char* point = std::find(begin, end, '.');
+        const char* exponent = std::find_if(begin, end, [](char c) { return c == 'e' || c == 'E'; });
+        long long whole;
+        if (point == end && exponent == end) {
+            auto [at, error] = std::from_chars(begin, end, whole);
+            if (error == std::errc() && at == end) return out->set_integer(whole);
+        }
+        double value = 0;
+        std::from_chars(begin, end, value);
+        long long decimals = point == end ? 0 : static_cast<long long>((exponent < end ? exponent : end) - point - 1);
+        if (exponent != end) decimals -= std::strtol(exponent + 1, nullptr, 10);
+        out->set_float(value, static_cast<uint64_t>(std::clamp(decimals, 0LL, 18LL)));
+    }
+};
+
+// Line and column (in characters) of a byte offset, for messages.
+void position_of(const char* text, size_t offset, size_t* line, size_t* column) {
+    *line = 1;
+    size_t line_start = 0;
+    for (size_t i = 0; i < offset; ++i)
+        if (text[i] == '\n') {
+            ++*line;
+            line_start = i + 1;
+        }
+    *column = 1;
+    for (size_t i = line_start; i < offset; ++i)
+        if ((static_cast<unsigned char>(text[i]) & 0xC0) != 0x80) ++*column;
+}
+
+// Bad JSON is a syntax error whose message tells what and where.
+RuntimeError json_syntax_error(const std::string& what, const char* text, size_t offset) {
+    size_t line, column;
+    position_of(text, offset, &line, &column);
+    std::string detail = "JSON text, line " + std::to_string(line) + ", column " + std::to_string(column) + ": " + what;
+    RuntimeError error(ERR_SYNTAX, String(detail.c_str()));
+    error.message.add(String((" " + detail).c_str()));
+    return error;
+}
+
+// The parser calls a control character in a string a bad escape.
+std::string parse_error_text(const rapidjson::ParseResult& parsed, const String& text) {
+    if (parsed.Code() == rapidjson::kParseErrorStringEscapeInvalid && parsed.Offset() < text.size() &&
+        static_cast<unsigned char>(text.read()[parsed.Offset()]) < 0x20)
+        return "Control character in string.";
+    return rapidjson::GetParseError_En(parsed.Code());
+}
+
+// Text of another charset is converted, so only UTF-8 and bytes need the check.
+void decode(VmStack* stack, const String& text, Variant* out) {
+    String utf8 = text;
+    if (utf8.get_charset() != Charset::utf8 && utf8.get_charset() != Charset::binary) {
+        utf8.convert(Charset::utf8, 0, CSTRAN_SUBSTITUTE);
+    } else {
+        size_t valid = utf8_valid_prefix(utf8.read(), utf8.size());
+        if (valid != utf8.size()) throw json_syntax_error("The text is not UTF-8.", utf8.read(), valid);
+    }
+    ValueBuilder builder(stack);
+    rapidjson::Reader reader;
+    rapidjson::MemoryStream input(utf8.read(), utf8.size());
+    constexpr unsigned flags = rapidjson::kParseIterativeFlag | rapidjson::kParseNumbersAsStringsFlag;
+    rapidjson::ParseResult parsed = reader.Parse<flags>(input, builder);
+    if (builder.object_seen) raise_not_available("Json.Decode of a JSON object");
+    if (builder.too_deep)
+        throw json_syntax_error("Arrays nested deeper than " + std::to_string(JSON_MAX_DEPTH) + " levels.",
+                                utf8.read(), parsed.Offset());
+    if (parsed.IsError()) throw json_syntax_error(parse_error_text(parsed, utf8), utf8.read(), parsed.Offset());
+    builder.take_result(out);
+}
+
+// ---- encoding ------------------------------------------------------------------
+
+class JsonWriter {
+public:
+    std::string out;
+
+    void null() { out += "null"; }
+    void logical(bool value) { out += value ? "true" : "false"; }
+
+    void integer(long long value) {
+        char text[24];
+        out.append(text, std::to_chars(text, text + sizeof text, value).ptr);
+    }
+
+    // The shortest text that reads back as the same double; JSON has no
+    // infinities or NaN, so those are null.
+    void numeric(double value) {
+        if (!std::isfinite(value)) return null();
+        char text[32];
+        out.append(text, std::to_chars(text, text + sizeof text, value).ptr);
+    }
+
+    // Exact: the ten-thousandths as decimal digits, without trailing zeros.
+    void money(const money_type_st& value) {
+        std::string text = money_to_string(value).u8str();
+        size_t point = text.find('.');
+        if (point != std::string::npos) {
+            size_t last = text.find_last_not_of('0');
+            text.erase(last == point ? point : last + 1);
+        }
+        out += text;
+    }
+
+    void date(date_st value) {
+        if (value.julian == 0) return null();
+        int year, month, day;
+        unserial_julian_date(value, &year, &month, &day);
+        char text[32];
+        std::snprintf(text, sizeof text, "\"%04d-%02d-%02d\"", year, month, day);
+        out += text;
+    }
+
+    // ISO 8601 without a zone; milliseconds only when there are some.
+    void datetime(datetime_st value) {
+        if (value.julian == 0 && value.msecs == 0) return null();
+        int year, month, day, hour, minute, second, msec;
+        unserial_julian_date(value, &year, &month, &day, &hour, &minute, &second, &msec);
+        char text[48];
+        int n = std::snprintf(text, sizeof text, "\"%04d-%02d-%02dT%02d:%02d:%02d", year, month, day, hour, minute, second);
+        if (msec) n += std::snprintf(text + n, sizeof text - static_cast<size_t>(n), ".%03d", msec);
+        out.append(text, static_cast<size_t>(n));
+        out += '"';
+    }
+
+    // Text in UTF-8; a binary string, which is bytes and not text, as base64.
+    void string(const String& value) {
+        if (value.get_charset() == Charset::binary) return base64(value);
+        if (value.get_charset() == Charset::utf8 || value.get_charset() == Charset::ascii)
+            return utf8_string(value.read(), value.end());
+        String utf8 = value;
+        utf8.convert(Charset::utf8, 0, CSTRAN_STRICT);
+        utf8_string(utf8.read(), utf8.end());
+    }
+
+private:
+    void base64(const String& value) {
+        std::string encoded(4 * ((value.size() + 2) / 3) + 1, '\0');
+        int n = EVP_EncodeBlock(reinterpret_cast<unsigned char*>(encoded.data()),
+                                reinterpret_cast<const unsigned char*>(value.read()), static_cast<int>(value.size()));
+        out += '"';
+        out.append(encoded.data(), static_cast<size_t>(n));
+        out += '"';
+    }
+
+    // Escapes what JSON requires; a byte sequence that isn't UTF-8 is 9009.
+    void utf8_string(const char* begin, const char* end) {
+        static const char hex[] = "0123456789abcdef";
+        out += '"';
+        const char* run = begin;  // the start of bytes copied as they are
+        for (const char* p = begin; p < end;) {
+            unsigned char c = static_cast<unsigned char>(*p);
+            if (c >= 0x80) {
+                size_t length = utf8_sequence_length(p, end);
+                if (!length) invalid();
+                p += length;
+                continue;
+            }
+            if (c >= 0x20 && c != '"' && c != '\\') {
+                ++p;
+                continue;
+            }
+            out.append(run, p);
+            switch (c) {
+            case '"': out += "\\\""; break;
+            case '\\': out += "\\\\"; break;
+            case '\n': out += "\\n"; break;
+            case '\r': out += "\\r"; break;
+            case '\t': out += "\\t"; break;
+            case '\b': out += "\\b"; break;
+            case '\f': out += "\\f"; break;
+            default:
+                out += "\\u00";
+                out += hex[c >> 4];
+                out += hex[c & 15];
+            }
+            run = ++p;
+        }
+        out.append(run, end);
+        out += '"';
+    }
+
+    [[noreturn]] static void invalid() { throw RuntimeError(ERR_INVALID_BYTE_SEQUENCE, String("utf-8")); }
+};
+
+// An array being written: the elements (or, by rows, the rows) from `next`
+// to `end`; a row of a two-dimensional array is written as an array of its own.
+struct open_array_st {
+    const Array* array;
+    uint64_t first;
+    uint64_t next;
+    uint64_t end;
+    bool by_rows;
+};
+
+void encode_scalar(JsonWriter& writer, const Variant& value) {
+    switch (value.tag) {
+    case TAG_NULL: return writer.null();
+    case TAG_FALSE: return writer.logical(false);
+    case TAG_TRUE: return writer.logical(true);
+    case TAG_INTEGER: return writer.integer(value.integer);
+    case TAG_NUMERIC: return writer.numeric(value.numeric.value);
+    case TAG_MONEY: return writer.money(value.money);
+    case TAG_DATE: return writer.date(value.date);
+    case TAG_DATETIME: return writer.datetime(value.datetime);
+    case TAG_STRING: return writer.string(value.str());
+    case TAG_OBJECT:
+        if (!value.object.control) return writer.null();
+        raise_not_available("Json.Encode of an object");
+    default: throw RuntimeError(ERR_ARGUMENT_INVALID);
+    }
+}
+
+// The walk keeps its open arrays on `open`, never on the machine's stack.
+void encode(JsonWriter& writer, const Variant& root) {
+    std::vector<open_array_st> open;
+    auto begin_array = [&](const Array* array, uint64_t first, uint64_t end, bool by_rows) {
+        if (open.size() >= JSON_MAX_DEPTH) throw RuntimeError(ERR_NESTING_TOO_DEEP);
+        writer.out += '[';
+        open.push_back({array, first, first, end, by_rows});
+    };
+    auto write_value = [&](const Variant* value) {
+        if (value->tag != TAG_ARRAY) encode_scalar(writer, *value);
+        else if (value->array.columns) begin_array(&value->array, 0, value->array.rows(), true);
+        else begin_array(&value->array, 0, value->array.count, false);
+    };
+    write_value(root.follow());
+    while (!open.empty()) {
+        open_array_st& top = open.back();
+        if (top.next == top.end) {
+            writer.out += ']';
+            open.pop_back();
+            continue;
+        }
+        if (top.next != top.first) writer.out += ',';
+        uint64_t i = top.next++;
+        const Array* array = top.array;
+        // Both may grow `open`, so `top` is not used after them.
+        if (top.by_rows) begin_array(array, i * array->columns, (i + 1) * array->columns, false);
+        else write_value(array->storage->elements[i].follow());
+    }
+}
+
+}  // namespace
+
+// Json.Encode(value): the value as JSON text in UTF-8.
+void stackcall_json_encode(VmStack* stack, unsigned long long, Variant* result) {
+    ZO_TRACE();
+    JsonWriter writer;
+    encode(writer, argument(stack, 1));
+    result->set_string(String::fromBytes(writer.out.data(), writer.out.size(), Charset::utf8));
+}
+
+// Json.Decode(text [, @error]): the value of JSON text; arrays become
+// one-dimensional arrays. With `error` given, bad text gives null and the
+// error's message goes there ("" when the text is good) instead of raising.
+void stackcall_json_decode(VmStack* stack, unsigned long long argc, Variant* result) {
+    ZO_TRACE();
+    Variant* error_text = argc >= 2 ? Param(stack, 2)->follow() : nullptr;
+    if (!error_text) return decode(stack, string_argument(stack, 1), result);
+    try {
+        decode(stack, string_argument(stack, 1), result);
+        error_text->release(stack);
+        error_text->set_string(String(""));
+    } catch (const RuntimeError& error) {
+        if (error.number != ERR_SYNTAX) throw;
+        error_text->release(stack);
+        error_text->set_string(error.message);
+        result->set_null();
+    }
+}
+
+}  // namespace zobase
