@@ -186,4 +186,11 @@ void stackcall_ob_end_flush(VmStack* stack, unsigned long long argc, Variant* re
 void stackcall_json_encode(VmStack* stack, unsigned long long argc, Variant* result);
 void stackcall_json_decode(VmStack* stack, unsigned long long argc, Variant* result);
 
+// HTTP, HTML and MIME helpers.
+void stackcall_http_urlencode(VmStack* stack, unsigned long long argc, Variant* result);
+void stackcall_http_urldecode(VmStack* stack, unsigned long long argc, Variant* result);
+void stackcall_http_header(VmStack* stack, unsigned long long argc, Variant* result);
+void stackcall_html_escape(VmStack* stack, unsigned long long argc, Variant* result);
+void stackcall_mime_header(VmStack* stack, unsigned long long argc, Variant* result);
+
 }  // namespace zobase
