@@ -8,6 +8,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <filesystem>
@@ -238,8 +239,14 @@ void stackcall_fread(VmStack* stack, unsigned long long, Variant* result) {
     if (!file_argument(stack, 1, &file)) return result->set_string(String(""));
     long long wanted = argument(stack, 2).integer;
     if (wanted < 0) throw RuntimeError(ERR_ARGUMENT_INVALID);
-    std::string bytes(static_cast<size_t>(wanted), '\0');
-    bytes.resize(std::fread(bytes.data(), 1, bytes.size(), file.stream));
+    // In pieces, so that a large count costs memory only for what is there.
+    std::string bytes;
+    char piece[65536];
+    while (bytes.size() < static_cast<size_t>(wanted)) {
+        size_t got = std::fread(piece, 1, std::min(sizeof piece, static_cast<size_t>(wanted) - bytes.size()), file.stream);
+        if (got == 0) break;
+        bytes.append(piece, got);
+    }
     settle(file.stream);
     set_bytes(result, bytes, file);
 }
@@ -278,7 +285,7 @@ void stackcall_fseek(VmStack* stack, unsigned long long argc, Variant* result) {
     static const int whence[] = {SEEK_SET, SEEK_CUR, SEEK_END};
     if (origin < 0 || origin > 2) throw RuntimeError(ERR_ARGUMENT_INVALID);
     if (fseeko(file.stream, static_cast<off_t>(offset), whence[origin]) != 0) {
-        last_file_error = error_code_of(errno);
+        last_file_error = FERROR_SEEK;
         return result->set_integer(-1);
     }
     last_file_error = FERROR_NONE;

@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <charconv>
 #include <cmath>
+#include <cstdlib>
 #include <cstring>
 #include <string>
 #include <vector>
@@ -128,7 +129,9 @@ private:
             if (error == std::errc() && at == end) return out->set_integer(whole);
         }
         double value = 0;
-        std::from_chars(begin, end, value);
+        // from_chars refuses subnormal values, which strtod reads; the parser
+        // has refused what overflows already.
+        if (std::from_chars(begin, end, value).ec == std::errc::result_out_of_range) value = std::strtod(begin, nullptr);
         long long decimals = point == end ? 0 : static_cast<long long>((exponent < end ? exponent : end) - point - 1);
         if (exponent != end) decimals -= std::strtol(exponent + 1, nullptr, 10);
         out->set_float(value, static_cast<uint64_t>(std::clamp(decimals, 0LL, 18LL)));

@@ -16,6 +16,7 @@ err = ""
 = bad("['single']", "single quotes")
 = bad('[1] // note', "a comment")
 = bad('[tru]', "misspelt literal")
+= bad('[1e999]', "a number beyond a double")
 = bad('["tab' + chr(9) + 'in string"]', "control character in a string")
 = bad('[1,' + chr(10) + ' 2' + chr(10) + ' x]', "position on the third line")
 = bad(replicate("[", 100000), "100,000 open brackets")

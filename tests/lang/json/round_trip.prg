@@ -17,6 +17,7 @@ v = Json.Decode('[1, -7, 2.50, 1e2, 1.5e-3, 12345678901234567890, true, false, n
 w = v[13]
 ? alen(v), vartype(v[1]), vartype(v[3]), v[1] + v[2], v[3] * 2 = 5, v[4] = 100, v[5] = 0.0015, vartype(v[6]), v[6] > 1200000000 * 10000000000, v[7], v[8], isnull(v[9])
 ? v[10], len(v[11]), v[11] == "é𝄞", alen(v[12]), alen(w), alen(w[1])
+? "tiny numbers:", Json.Encode(Json.Decode("[5e-324, 1e-999, -0.0]"))
 ? "a scalar document:", Json.Decode("  42 "), Json.Decode('"text"'), Json.Decode("true"), isnull(Json.Decode("null"))
 
 * Decode(Encode(x)) gives x back for nested arrays.
