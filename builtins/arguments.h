@@ -40,4 +40,31 @@ inline const String& string_argument(VmStack* stack, unsigned long long i) {
     return argument(stack, i).str();
 }
 
+// A date or datetime argument; a datetime gives its day, a date midnight.
+inline date_st date_argument(VmStack* stack, unsigned long long i) {
+    date_st date;
+    argument(stack, i).cast(&date);
+    return date;
+}
+
+inline datetime_st datetime_argument(VmStack* stack, unsigned long long i) {
+    datetime_st datetime;
+    argument(stack, i).cast(&datetime);
+    return datetime;
+}
+
+// Stores a copy of value as element `index` of a one-dimensional array.
+inline void set_array_element(VmStack* stack, Array* array, uint64_t index, const Variant& value) {
+    Variant* element = array->write(stack, index);
+    element->release(stack);
+    element->set_variant(&value);
+}
+
+// Stores a copy of value through a by-reference argument.
+inline void set_reference_argument(VmStack* stack, unsigned long long i, const Variant& value) {
+    Variant* target = Param(stack, i)->follow();
+    target->release(stack);
+    target->set_variant(&value);
+}
+
 }  // namespace zobase
