@@ -80,8 +80,9 @@ void make_proleptic(UDateFormat* handle) {
 // Removes the zone letter, trims the blanks, and writes every run of year
 // letters as the century asks. Quoted text is left alone.
 std::u16string normalise_pattern(const std::u16string& pattern, bool century, bool roc) {
-    // ROC years have three digits: with the century they are shown whole.
-    std::u16string year = century ? (roc ? u"y" : u"yyyy") : u"yy";
+    // Years of the Republic of China have three digits: with the century
+    // they are shown whole.
+    std::u16string year = century ? (roc ? u"yyy" : u"yyyy") : u"yy";
     std::u16string out;
     bool quoted = false;
     for (size_t i = 0; i < pattern.size(); ++i) {
