@@ -4,6 +4,7 @@
 #include <unicode/ucal.h>
 #include <unicode/ustring.h>
 
+#include <cctype>
 #include <cstring>
 #include <vector>
 
@@ -130,6 +131,49 @@ std::u16string time_template(int32_t hours, bool seconds, const char* separator,
     return part;
 }
 
+// The pieces of a pattern made of numeric fields and literals only; empty
+// when any other field (names of months or weekdays, eras, zones) occurs.
+std::vector<DateFormatter::piece_st> direct_pieces(const std::u16string& pattern) {
+    std::vector<DateFormatter::piece_st> pieces;
+    auto literal = [&pieces](char c) {
+        if (pieces.empty() || pieces.back().field) pieces.push_back({0, 0, ""});
+        pieces.back().literal += c;
+    };
+    for (size_t i = 0; i < pattern.size();) {
+        char16_t c = pattern[i];
+        if (c == u'\'') {
+            size_t close = pattern.find(u'\'', i + 1);
+            if (close == std::u16string::npos) return {};
+            if (close == i + 1) literal('\'');
+            for (size_t k = i + 1; k < close; ++k) {
+                if (pattern[k] > 0x7F) return {};
+                literal(static_cast<char>(pattern[k]));
+            }
+            i = close + 1;
+            continue;
+        }
+        if (c > 0x7F) return {};
+        if (!std::isalpha(c)) {
+            literal(static_cast<char>(c));
+            ++i;
+            continue;
+        }
+        size_t run = 1;
+        while (i + run < pattern.size() && pattern[i + run] == c) ++run;
+        bool numeric = (c == u'y' && (run == 2 || run == 4)) || (c == u'a' && run <= 3) ||
+                       (std::strchr("MdHhms", static_cast<char>(c)) && run == 2);
+        if (!numeric) return {};
+        pieces.push_back({static_cast<char>(c), static_cast<uint8_t>(run), ""});
+        i += run;
+    }
+    return pieces;
+}
+
+void append_two_digits(std::string& out, int value) {
+    out += static_cast<char>('0' + value / 10 % 10);
+    out += static_cast<char>('0' + value % 10);
+}
+
 struct udat_closer_st {
     void operator()(UDateFormat* handle) const { udat_close(handle); }
 };
@@ -166,7 +210,8 @@ std::unique_ptr<DateFormatter> build_formatter(int32_t style, bool century, cons
         normalise_pattern(read_pattern(handle.get()) + time_part, century, style == STYLE_TAIWAN);
     udat_applyPattern(handle.get(), false, pattern.data(), static_cast<int32_t>(pattern.size()));
     make_proleptic(handle.get());
-    return std::make_unique<DateFormatter>(handle.release());
+    bool direct = style != STYLE_SHORT && style != STYLE_LONG && style != STYLE_TAIWAN;
+    return std::make_unique<DateFormatter>(handle.release(), direct);
 }
 
 void copy_key_text(char (&out)[FORMAT_TEXT_SIZE], const char* text) {
@@ -192,11 +237,40 @@ DateFormatCache::key_st make_key(int32_t style, bool century, const char* mark, 
 
 }  // namespace
 
-DateFormatter::DateFormatter(UDateFormat* handle) : handle_(handle), pattern_(read_pattern(handle)) {}
+DateFormatter::DateFormatter(UDateFormat* handle, bool direct)
+    : handle_(handle), pattern_(read_pattern(handle)) {
+    if (direct) pieces_ = direct_pieces(pattern_);
+}
 
 DateFormatter::~DateFormatter() { udat_close(handle_); }
 
-String DateFormatter::format(UDate moment) const {
+// Years outside 1 to 9999 have eras or more digits: ICU writes those.
+String DateFormatter::format(datetime_st value) const {
+    if (pieces_.empty()) return format_moment(moment_of(value));
+    int year, month, day, hour, minute, second, msec;
+    unserial_julian_date(value, &year, &month, &day, &hour, &minute, &second, &msec);
+    if (year < 1 || year > 9999) return format_moment(moment_of(value));
+    std::string out;
+    for (const piece_st& piece : pieces_) {
+        switch (piece.field) {
+        case 0: out += piece.literal; break;
+        case 'y':
+            if (piece.width == 4) append_two_digits(out, year / 100);
+            append_two_digits(out, year % 100);
+            break;
+        case 'M': append_two_digits(out, month); break;
+        case 'd': append_two_digits(out, day); break;
+        case 'H': append_two_digits(out, hour); break;
+        case 'h': append_two_digits(out, hour % 12 == 0 ? 12 : hour % 12); break;
+        case 'm': append_two_digits(out, minute); break;
+        case 's': append_two_digits(out, second); break;
+        case 'a': out += hour < 12 ? "AM" : "PM"; break;
+        }
+    }
+    return String::fromBytes(out.data(), out.size(), Charset::utf8);
+}
+
+String DateFormatter::format_moment(UDate moment) const {
     UChar buffer[128];
     UErrorCode status = U_ZERO_ERROR;
     std::lock_guard<std::mutex> hold(lock_);
@@ -222,7 +296,7 @@ UDate moment_of(datetime_st datetime) noexcept {
 String empty_date_text(const DateFormatter& formatter) {
     datetime_st sample;
     serial_julian_date(2000, 12, 28, 22, 22, 22, &sample);
-    std::u16string text = formatter.format(moment_of(sample)).u16str();
+    std::u16string text = formatter.format(sample).u16str();
     for (char16_t& c : text)
         if (u_isalnum(c)) c = u' ';
     return utf8_string(reinterpret_cast<const UChar*>(text.data()),
@@ -231,12 +305,12 @@ String empty_date_text(const DateFormatter& formatter) {
 
 String format_date(const DateFormatter& formatter, date_st date) {
     if (date.julian == 0) return empty_date_text(formatter);
-    return formatter.format(moment_of(date));
+    return formatter.format(datetime_st{date.julian, 0});
 }
 
 String format_datetime(const DateFormatter& formatter, datetime_st datetime) {
     if (datetime.julian == 0 && datetime.msecs == 0) return empty_date_text(formatter);
-    return formatter.format(moment_of(datetime));
+    return formatter.format(datetime);
 }
 
 // ---- the cache -----------------------------------------------------------
@@ -324,7 +398,7 @@ String DateFormatCache::mime_text(datetime_st datetime) {
         const char* locale = "en_US@calendar=gregorian";
         udat_handle handle = open_pattern(u"EEE, dd MMM yyyy HH:mm:ss ZZZ", locale, nullptr);
         make_proleptic(handle.get());
-        mime->formatter = std::make_unique<DateFormatter>(handle.release());
+        mime->formatter = std::make_unique<DateFormatter>(handle.release(), false);
         icu_status_st status;
         mime->calendar = ucal_open(nullptr, 0, locale, UCAL_GREGORIAN, &status.code);
         status.check("ucal_open");
@@ -344,7 +418,7 @@ String DateFormatCache::mime_text(datetime_st datetime) {
         moment = ucal_getMillis(mime_->calendar, &status.code);
         status.check("ucal_getMillis");
     }
-    return mime_->formatter->format(moment);
+    return mime_->formatter->format_moment(moment);
 }
 
 const DateFormatCache::names_st& DateFormatCache::names() {

@@ -13,6 +13,7 @@
 #include <shared_mutex>
 #include <string>
 #include <unordered_map>
+#include <vector>
 
 #include "values/number_types.h"
 #include "values/string.h"
@@ -26,23 +27,39 @@ constexpr int32_t DATE_STYLE_COUNT = 14;
 // Marks, separators and time marks of a key: up to 7 bytes and a zero.
 constexpr size_t FORMAT_TEXT_SIZE = 8;
 
-// One ICU formatter and the pattern it ended with. A formatter is not safe
-// for two threads at once, so format() holds the formatter's own lock.
+// One ICU formatter and the pattern it ended with. A pattern of numeric
+// fields only (years, months, days, hours, minutes, seconds, "aa" and
+// literal text) in the Gregorian calendar is also kept as a list of pieces
+// and written without ICU, to the same text; the rest goes through ICU, and
+// since a formatter is not for two threads at once, under the formatter's
+// own lock.
 class DateFormatter {
 public:
-    // Takes ownership of an opened formatter.
-    explicit DateFormatter(UDateFormat* handle);
+    // Takes ownership of an opened formatter. `direct` allows writing the
+    // pattern without ICU: its calendar is Gregorian and its locale the root.
+    DateFormatter(UDateFormat* handle, bool direct);
     ~DateFormatter();
     DateFormatter(const DateFormatter&) = delete;
     DateFormatter& operator=(const DateFormatter&) = delete;
 
-    // The text of a moment, in UTF-8.
-    String format(UDate moment) const;
+    // The text of a wall-clock date and time, in UTF-8.
+    String format(datetime_st value) const;
+    // The text of a moment in milliseconds since 1970, always through ICU.
+    String format_moment(UDate moment) const;
     const std::u16string& pattern() const noexcept { return pattern_; }
+    bool direct() const noexcept { return !pieces_.empty(); }
+
+    // A field or literal text of a direct pattern.
+    struct piece_st {
+        char field;  // the pattern letter, 0 for literal text
+        uint8_t width;
+        std::string literal;
+    };
 
 private:
     UDateFormat* handle_;
     std::u16string pattern_;
+    std::vector<piece_st> pieces_;
     mutable std::mutex lock_;
 };
 

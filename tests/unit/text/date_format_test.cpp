@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 #include <unicode/uloc.h>
 
+#include <random>
 #include <string>
 #include <thread>
 #include <vector>
@@ -151,4 +152,37 @@ TEST(DateFormatCache, ThreadsShareTheCache) {
     for (std::thread& thread : threads) thread.join();
     EXPECT_EQ(cache.built(), 2u);
     for (const std::string& text : last) EXPECT_EQ(text, "02.01.26");
+}
+
+// Numeric patterns are written without ICU; the text must be ICU's own.
+TEST(DateFormatCache, DirectPatternsWriteWhatIcuWrites) {
+    DateFormatCache cache;
+    std::mt19937 random(2026);
+    std::uniform_int_distribution<int> years(1, 9999), months(1, 12), days(1, 28), hours(0, 23),
+        sixty(0, 59);
+    for (int32_t style : {0, 1, 2, 3, 4, 5, 6, 7, 9, 12, 13}) {
+        for (bool century : {false, true}) {
+            for (int32_t clock : {12, 24}) {
+                for (bool seconds : {false, true}) {
+                    const DateFormatter& formatter =
+                        *cache.datetime_format(style, century, style == 5 ? "." : "/", clock, seconds,
+                                               style == 13 ? "'T'" : ", ", ":")
+                             .formatter;
+                    ASSERT_TRUE(formatter.direct()) << pattern_of(formatter);
+                    for (int n = 0; n < 100; ++n) {
+                        datetime_st t = moment(years(random), static_cast<unsigned>(months(random)),
+                                               static_cast<unsigned>(days(random)),
+                                               static_cast<unsigned>(n < 3 ? n * 12 % 24 : hours(random)),
+                                               static_cast<unsigned>(sixty(random)),
+                                               static_cast<unsigned>(sixty(random)));
+                        EXPECT_EQ(formatter.format(t).u8str(), formatter.format_moment(moment_of(t)).u8str())
+                            << pattern_of(formatter);
+                    }
+                }
+            }
+        }
+    }
+    EXPECT_FALSE(cache.date_format(10, false, "/").formatter->direct());
+    EXPECT_FALSE(cache.date_format(8, false, "/").formatter->direct());
+    EXPECT_FALSE(cache.date_format(11, false, "/").formatter->direct());
 }
