@@ -3,9 +3,11 @@
 // its formal's type, so readers trust the tag a signature promises.
 #include <cstdint>
 
+#include "text/charset.h"
 #include "values/error.h"
 #include "values/variant.h"
 #include "vm/param.h"
+#include "vm/runtime_services.h"
 
 namespace zobase {
 
@@ -51,6 +53,13 @@ inline datetime_st datetime_argument(VmStack* stack, unsigned long long i) {
     datetime_st datetime;
     argument(stack, i).cast(&datetime);
     return datetime;
+}
+
+// The charset of new text that takes none from an argument: the machine's,
+// or UTF-8 on a stack without a runtime.
+inline const Charset* default_charset(VmStack* stack) {
+    const Charset* machine = stack->services ? stack->services->default_charset() : nullptr;
+    return machine ? machine : Charset::utf8;
 }
 
 // Stores a copy of value as element `index` of a one-dimensional array.

@@ -86,11 +86,6 @@ uint64_t floating_bits(const Variant& value, const bintoc_layout_st& layout) {
     return (pattern & sign) ? ~pattern & mask : pattern | sign;
 }
 
-const Charset* default_charset(VmStack* stack) {
-    const Charset* machine = stack->services ? stack->services->default_charset() : nullptr;
-    return machine ? machine : Charset::utf8;
-}
-
 const EVP_MD* digest_named(const String& name) {
     std::string lower = name.lower().u8str();
     if (lower == "sha1" || lower == "sha-1") return EVP_sha1();

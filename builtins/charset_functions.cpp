@@ -17,11 +17,6 @@ namespace zobase {
 
 namespace {
 
-const Charset* default_charset(VmStack* stack) {
-    const Charset* machine = stack->services ? stack->services->default_charset() : nullptr;
-    return machine ? machine : Charset::utf8;
-}
-
 // A charset named by its code page number or by its name; unknown is 9003.
 const Charset* charset_argument(VmStack* stack, unsigned long long i) {
     const Variant& value = argument(stack, i);

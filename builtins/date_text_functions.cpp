@@ -19,11 +19,6 @@ constexpr int32_t STYLE_YMD = DATE_STYLE_YMD;
 // ttoc's fixed forms.
 enum TtocMode : long long { TTOC_DIGITS = 1, TTOC_ISO = 3 };
 
-DateFormatCache& date_formats(VmStack* stack) {
-    if (!stack->services) raise_not_available("date formats without a runtime");
-    return stack->services->date_formats();
-}
-
 const DateFormatter& ttoc_formatter(VmStack* stack, unsigned long long argc) {
     if (argc < 2) return *session_datetime_format(stack).formatter;
     switch (static_cast<integer_type_st>(argument(stack, 2))) {

@@ -21,11 +21,6 @@ namespace {
 
 constexpr size_t TO_THE_END = std::numeric_limits<size_t>::max();
 
-const Charset* default_charset(VmStack* stack) {
-    const Charset* machine = stack->services ? stack->services->default_charset() : nullptr;
-    return machine ? machine : Charset::utf8;
-}
-
 String empty_in(const Charset* charset) { return String(0, charset); }
 
 const Charset* windows_1252() { return GetCharsetByWindowsCodepage(1252); }

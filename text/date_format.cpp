@@ -346,23 +346,32 @@ DateFormatCache::~DateFormatCache() = default;
 
 // Readers share the lock; a missing format is built under the writer's lock,
 // so no format is ever built twice.
-const date_format_st& DateFormatCache::date_format(int32_t style, bool century, const char* mark) {
-    key_st key = make_key(style, century, mark, 0, false, nullptr, nullptr);
+template <typename Map, typename Build>
+const typename Map::mapped_type::element_type& DateFormatCache::find_or_build(Map& map, const key_st& key,
+                                                                             Build build) {
     {
         std::shared_lock<std::shared_mutex> read(lock_);
-        auto found = dates_.find(key);
-        if (found != dates_.end()) return *found->second;
+        auto found = map.find(key);
+        if (found != map.end()) return *found->second;
     }
     std::unique_lock<std::shared_mutex> write(lock_);
-    auto found = dates_.find(key);
-    if (found != dates_.end()) return *found->second;
-    auto entry = std::make_unique<date_format_st>();
-    entry->style = style;
-    entry->century = century;
-    std::memcpy(entry->mark, key.mark, sizeof key.mark);
-    entry->formatter = build_formatter(style, century, mark, u"");
+    auto found = map.find(key);
+    if (found != map.end()) return *found->second;
+    auto entry = build();
     ++built_;
-    return *dates_.emplace(key, std::move(entry)).first->second;
+    return *map.emplace(key, std::move(entry)).first->second;
+}
+
+const date_format_st& DateFormatCache::date_format(int32_t style, bool century, const char* mark) {
+    key_st key = make_key(style, century, mark, 0, false, nullptr, nullptr);
+    return find_or_build(dates_, key, [&] {
+        auto entry = std::make_unique<date_format_st>();
+        entry->style = style;
+        entry->century = century;
+        std::memcpy(entry->mark, key.mark, sizeof key.mark);
+        entry->formatter = build_formatter(style, century, mark, u"");
+        return entry;
+    });
 }
 
 const datetime_format_st& DateFormatCache::datetime_format(int32_t style, bool century,
@@ -370,26 +379,19 @@ const datetime_format_st& DateFormatCache::datetime_format(int32_t style, bool c
                                                            bool seconds, const char* separator,
                                                            const char* time_mark) {
     key_st key = make_key(style, century, mark, hours, seconds, separator, time_mark);
-    {
-        std::shared_lock<std::shared_mutex> read(lock_);
-        auto found = datetimes_.find(key);
-        if (found != datetimes_.end()) return *found->second;
-    }
-    std::unique_lock<std::shared_mutex> write(lock_);
-    auto found = datetimes_.find(key);
-    if (found != datetimes_.end()) return *found->second;
-    auto entry = std::make_unique<datetime_format_st>();
-    entry->style = style;
-    entry->century = century;
-    std::memcpy(entry->mark, key.mark, sizeof key.mark);
-    entry->hours = hours;
-    entry->seconds = seconds;
-    std::memcpy(entry->separator, key.separator, sizeof key.separator);
-    std::memcpy(entry->time_mark, key.time_mark, sizeof key.time_mark);
-    entry->formatter = build_formatter(style, century, mark,
-                                       time_template(hours, seconds, separator, time_mark));
-    ++built_;
-    return *datetimes_.emplace(key, std::move(entry)).first->second;
+    return find_or_build(datetimes_, key, [&] {
+        auto entry = std::make_unique<datetime_format_st>();
+        entry->style = style;
+        entry->century = century;
+        std::memcpy(entry->mark, key.mark, sizeof key.mark);
+        entry->hours = hours;
+        entry->seconds = seconds;
+        std::memcpy(entry->separator, key.separator, sizeof key.separator);
+        std::memcpy(entry->time_mark, key.time_mark, sizeof key.time_mark);
+        entry->formatter = build_formatter(style, century, mark,
+                                           time_template(hours, seconds, separator, time_mark));
+        return entry;
+    });
 }
 
 String DateFormatCache::mime_text(datetime_st datetime) {

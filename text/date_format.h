@@ -141,6 +141,9 @@ private:
     struct mime_st;
 
     const names_st& names();
+    template <typename Map, typename Build>
+    const typename Map::mapped_type::element_type& find_or_build(Map& map, const key_st& key,
+                                                                 Build build);
 
     std::shared_mutex lock_;
     std::unordered_map<key_st, std::unique_ptr<date_format_st>, key_hash_st, key_equal_st> dates_;

@@ -10,23 +10,19 @@
 
 namespace zobase {
 
-namespace {
-
-DateFormatCache& formats_of(VmStack* stack) {
+DateFormatCache& date_formats(VmStack* stack) {
     if (!stack->services) raise_not_available("date formats without a runtime");
     return stack->services->date_formats();
 }
 
-}  // namespace
-
 const date_format_st& session_date_format(VmStack* stack) {
     const format_settings_st& formats = stack->sessions->settings().formats;
-    return formats_of(stack).date_format(formats.date_style, formats.century, formats.date_mark);
+    return date_formats(stack).date_format(formats.date_style, formats.century, formats.date_mark);
 }
 
 const datetime_format_st& session_datetime_format(VmStack* stack) {
     const format_settings_st& formats = stack->sessions->settings().formats;
-    return formats_of(stack).datetime_format(formats.date_style, formats.century,
+    return date_formats(stack).datetime_format(formats.date_style, formats.century,
                                              formats.date_mark, formats.hours, formats.seconds,
                                              SESSION_DATETIME_SEPARATOR, SESSION_TIME_MARK);
 }

@@ -11,6 +11,7 @@
 
 namespace zobase {
 
+class DateFormatCache;
 class VmStack;
 struct date_format_st;
 struct datetime_format_st;
@@ -19,8 +20,10 @@ struct datetime_format_st;
 constexpr const char* SESSION_DATETIME_SEPARATOR = ", ";
 constexpr const char* SESSION_TIME_MARK = ":";
 
-// The formats of the stack's session, from the runtime's cache. A stack
-// without a runtime has none: error 1001.
+// The runtime's cache of date formats. A stack without a runtime has none:
+// error 1001.
+DateFormatCache& date_formats(VmStack* stack);
+// The formats of the stack's session, from the runtime's cache.
 const date_format_st& session_date_format(VmStack* stack);
 const datetime_format_st& session_datetime_format(VmStack* stack);
 

@@ -2,41 +2,21 @@
 // from ICU at start-up, the formatter cache behind dtoc and ?, and the
 // corners of str, val and transform.
 #include <gtest/gtest.h>
-#include <unicode/uloc.h>
 
 #include <string>
 
 #include "runtime/runtime.h"
-#include "runtime/screen.h"
+#include "tests/unit/runtime/runtime_test_support.h"
+#include "tests/unit/support/locale_scope.h"
 #include "text/date_format.h"
 #include "vm/session_settings.h"
 
 using namespace zobase;
+using zobase::testing::CaptureScreen;
+using zobase::testing::LocaleScope;
 
 namespace {
 
-class CaptureScreen : public Screen {
-public:
-    std::string output, errors;
-    void internal_out(const String& text) override { output += text.u8str(); }
-    void internal_err(const String& text) override { errors += text.u8str(); }
-};
-
-// The default locale for the length of a test.
-class LocaleScope {
-public:
-    explicit LocaleScope(const char* locale) : saved_(uloc_getDefault()) {
-        UErrorCode status = U_ZERO_ERROR;
-        uloc_setDefault(locale, &status);
-    }
-    ~LocaleScope() {
-        UErrorCode status = U_ZERO_ERROR;
-        uloc_setDefault(saved_.c_str(), &status);
-    }
-
-private:
-    std::string saved_;
-};
 
 class FormatFunctions : public ::testing::Test {
 protected:

@@ -1,17 +1,18 @@
 #include "text/date_format.h"
 
 #include <gtest/gtest.h>
-#include <unicode/uloc.h>
 
 #include <random>
 #include <string>
 #include <thread>
 #include <vector>
 
+#include "tests/unit/support/locale_scope.h"
 #include "values/date.h"
 #include "values/error.h"
 
 using namespace zobase;
+using zobase::testing::LocaleScope;
 
 namespace {
 
@@ -32,21 +33,6 @@ datetime_st moment(int year, unsigned month, unsigned day, unsigned hour, unsign
     return datetime;
 }
 
-// The default locale for the length of a test.
-class LocaleScope {
-public:
-    explicit LocaleScope(const char* locale) : saved_(uloc_getDefault()) {
-        UErrorCode status = U_ZERO_ERROR;
-        uloc_setDefault(locale, &status);
-    }
-    ~LocaleScope() {
-        UErrorCode status = U_ZERO_ERROR;
-        uloc_setDefault(saved_.c_str(), &status);
-    }
-
-private:
-    std::string saved_;
-};
 
 }  // namespace
 
