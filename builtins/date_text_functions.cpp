@@ -46,9 +46,8 @@ void stackcall_dtoc(VmStack* stack, unsigned long long argc, Variant* result) {
 // ttoc(datetime, 3) ISO 8601. Other modes are error 11.
 void stackcall_ttoc(VmStack* stack, unsigned long long argc, Variant* result) {
     ZO_TRACE();
-    const DateFormatter& formatter = ttoc_formatter(stack, argc);
     if (is_null_argument(argument(stack, 1))) return result->set_null();
-    result->set_string(format_datetime(formatter, datetime_argument(stack, 1)));
+    result->set_string(format_datetime(ttoc_formatter(stack, argc), datetime_argument(stack, 1)));
 }
 
 // "Fri, 02 Jan 2026 03:04:05 +0100": the datetime read as the machine's

@@ -232,10 +232,12 @@ DateFormatCache& Runtime::date_formats() { return impl->date_formats; }
 
 format_settings_st Runtime::system_formats() const {
     format_settings_st formats;
-    formats.point.code_point = decimal_point.code_point;
-    std::memcpy(formats.point.bytes, decimal_point.encoded, sizeof formats.point.bytes);
-    formats.point.length = decimal_point.length;
-    formats.point.ascii = decimal_point.ascii && decimal_point.length == 1;
+    if (decimal_point.length > 0) {  // else ICU had no number format: "." stays
+        formats.point.code_point = decimal_point.code_point;
+        std::memcpy(formats.point.bytes, decimal_point.encoded, sizeof formats.point.bytes);
+        formats.point.length = decimal_point.length;
+        formats.point.ascii = decimal_point.ascii && decimal_point.length == 1;
+    }
     formats.separator = group_separator;
     formats.decimals = system_decimals;
     formats.date_style = system_date_style;
