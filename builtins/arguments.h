@@ -3,9 +3,11 @@
 // its formal's type, so readers trust the tag a signature promises.
 #include <cstdint>
 
+#include "text/charset.h"
 #include "values/error.h"
 #include "values/variant.h"
 #include "vm/param.h"
+#include "vm/runtime_services.h"
 
 namespace zobase {
 
@@ -38,6 +40,40 @@ inline int32_t integer_argument(VmStack* stack, unsigned long long i) {
 
 inline const String& string_argument(VmStack* stack, unsigned long long i) {
     return argument(stack, i).str();
+}
+
+// A date or datetime argument; a datetime gives its day, a date midnight.
+inline date_st date_argument(VmStack* stack, unsigned long long i) {
+    date_st date;
+    argument(stack, i).cast(&date);
+    return date;
+}
+
+inline datetime_st datetime_argument(VmStack* stack, unsigned long long i) {
+    datetime_st datetime;
+    argument(stack, i).cast(&datetime);
+    return datetime;
+}
+
+// The charset of new text that takes none from an argument: the machine's,
+// or UTF-8 on a stack without a runtime.
+inline const Charset* default_charset(VmStack* stack) {
+    const Charset* machine = stack->services ? stack->services->default_charset() : nullptr;
+    return machine ? machine : Charset::utf8;
+}
+
+// Stores a copy of value as element `index` of a one-dimensional array.
+inline void set_array_element(VmStack* stack, Array* array, uint64_t index, const Variant& value) {
+    Variant* element = array->write(stack, index);
+    element->release(stack);
+    element->set_variant(&value);
+}
+
+// Stores a copy of value through a by-reference argument.
+inline void set_reference_argument(VmStack* stack, unsigned long long i, const Variant& value) {
+    Variant* target = Param(stack, i)->follow();
+    target->release(stack);
+    target->set_variant(&value);
 }
 
 }  // namespace zobase

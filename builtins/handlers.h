@@ -192,5 +192,57 @@ void stackcall_http_urldecode(VmStack* stack, unsigned long long argc, Variant* 
 void stackcall_http_header(VmStack* stack, unsigned long long argc, Variant* result);
 void stackcall_html_escape(VmStack* stack, unsigned long long argc, Variant* result);
 void stackcall_mime_header(VmStack* stack, unsigned long long argc, Variant* result);
+// Text, numbers and dates: their formats, the formatting SET commands and set().
+void stackcall_acharset(VmStack* stack, unsigned long long argc, Variant* result);
+void stackcall_bintoc(VmStack* stack, unsigned long long argc, Variant* result);
+void stackcall_cdow(VmStack* stack, unsigned long long argc, Variant* result);
+void stackcall_charset(VmStack* stack, unsigned long long argc, Variant* result);
+void stackcall_cmonth(VmStack* stack, unsigned long long argc, Variant* result);
+void stackcall_cpconvert(VmStack* stack, unsigned long long argc, Variant* result);
+void stackcall_cpcurrent(VmStack* stack, unsigned long long argc, Variant* result);
+void stackcall_createbinary(VmStack* stack, unsigned long long argc, Variant* result);
+void stackcall_date(VmStack* stack, unsigned long long argc, Variant* result);
+void stackcall_datetime(VmStack* stack, unsigned long long argc, Variant* result);
+void stackcall_day(VmStack* stack, unsigned long long argc, Variant* result);
+void stackcall_detectcharset(VmStack* stack, unsigned long long argc, Variant* result);
+void stackcall_dow(VmStack* stack, unsigned long long argc, Variant* result);
+void stackcall_dtoc(VmStack* stack, unsigned long long argc, Variant* result);
+void stackcall_dtos(VmStack* stack, unsigned long long argc, Variant* result);
+void stackcall_dtot(VmStack* stack, unsigned long long argc, Variant* result);
+void stackcall_fv(VmStack* stack, unsigned long long argc, Variant* result);
+void stackcall_hash(VmStack* stack, unsigned long long argc, Variant* result);
+void stackcall_hour(VmStack* stack, unsigned long long argc, Variant* result);
+void stackcall_julian(VmStack* stack, unsigned long long argc, Variant* result);
+void stackcall_mime_ttoc(VmStack* stack, unsigned long long argc, Variant* result);
+void stackcall_minute(VmStack* stack, unsigned long long argc, Variant* result);
+void stackcall_month(VmStack* stack, unsigned long long argc, Variant* result);
+void stackcall_payment(VmStack* stack, unsigned long long argc, Variant* result);
+void stackcall_proper(VmStack* stack, unsigned long long argc, Variant* result);
+void stackcall_rand(VmStack* stack, unsigned long long argc, Variant* result);
+void stackcall_scale(VmStack* stack, unsigned long long argc, Variant* result);
+void stackcall_sec(VmStack* stack, unsigned long long argc, Variant* result);
+void stackcall_seconds(VmStack* stack, unsigned long long argc, Variant* result);
+void stackcall_set(VmStack* stack, unsigned long long argc, Variant* result);
+void stackcall_srand(VmStack* stack, unsigned long long argc, Variant* result);
+void stackcall_str(VmStack* stack, unsigned long long argc, Variant* result);
+void stackcall_time(VmStack* stack, unsigned long long argc, Variant* result);
+void stackcall_transform(VmStack* stack, unsigned long long argc, Variant* result);
+void stackcall_ttoc(VmStack* stack, unsigned long long argc, Variant* result);
+void stackcall_ttod(VmStack* stack, unsigned long long argc, Variant* result);
+void stackcall_type(VmStack* stack, unsigned long long argc, Variant* result);
+void stackcall_umatch(VmStack* stack, unsigned long long argc, Variant* result);
+void stackcall_ureplace(VmStack* stack, unsigned long long argc, Variant* result);
+void stackcall_val(VmStack* stack, unsigned long long argc, Variant* result);
+void stackcall_year(VmStack* stack, unsigned long long argc, Variant* result);
+void void_stackcall_set_century_to(VmStack* stack, unsigned long long argc);
+void void_stackcall_set_date_to(VmStack* stack, unsigned long long argc);
+void void_stackcall_set_fdow_to(VmStack* stack, unsigned long long argc);
+void void_stackcall_set_hours_to(VmStack* stack, unsigned long long argc);
+void void_stackcall_set_point_to(VmStack* stack, unsigned long long argc);
+void void_stackcall_set_seconds_to(VmStack* stack, unsigned long long argc);
+void void_stackcall_set_separator_to(VmStack* stack, unsigned long long argc);
+void void_stackcall_set_sysformats_to(VmStack* stack, unsigned long long argc);
+// SET DECIMALS TO, a flag of the set command.
+void set_decimals(VmStack* stack, const Variant& value);
 
 }  // namespace zobase

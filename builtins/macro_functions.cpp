@@ -9,8 +9,10 @@
 #include "base/call_trace.h"
 #include "builtins/arguments.h"
 #include "builtins/handlers.h"
+#include "compiler/discard_screen.h"
 #include "objects/operand_object.h"
 #include "vm/call_resolver.h"
+#include "vm/error_handling.h"
 #include "vm/param.h"
 #include "vm/vm_stack.h"
 
@@ -56,6 +58,30 @@ void stackcall_evaluate(VmStack* stack, unsigned long long, Variant* result) {
     ZO_TRACE();
     std::unique_ptr<Program> program = stack->resolver->compile_expression(stack, string_argument(stack, 1));
     evaluate_program(stack, program.get(), result);
+}
+
+// The type letter of the value of an expression's text: "U" when the text
+// doesn't compile or its evaluation fails. Neither the compiler's
+// diagnostics nor the error dialog are shown, and no outer TRY sees the error.
+void stackcall_type(VmStack* stack, unsigned long long, Variant* result) {
+    ZO_TRACE();
+    const Variant& text = argument(stack, 1);
+    if (text.tag != TAG_STRING) throw RuntimeError(ERR_ARGUMENT_INVALID);
+    NativeErrorCatch catching(stack);
+    try {
+        std::unique_ptr<Program> program;
+        {
+            DiscardScreen quiet;
+            ScreenSwap swap(stack->services, &quiet);
+            program = stack->resolver->compile_expression(stack, text.str());
+        }
+        Variant value;
+        evaluate_program(stack, program.get(), &value);
+        result->set_string(value.vartype());
+        value.release(stack);
+    } catch (const RuntimeError&) {
+        result->set_string(String("U"));
+    }
 }
 
 }  // namespace zobase

@@ -36,10 +36,10 @@ void void_stackcall_set(VmStack* stack, unsigned long long argc) {
     case SET_EXACT: stack->sessions->settings().exact = logical_value(stack); return;
     case SET_SPACE: stack->space = logical_value(stack); return;
     case SET_ASSERTS: stack->services->set_asserts(logical_value(stack)); return;
+    case SET_DECIMALS: set_decimals(stack, argument(stack, 2)); return;
     // Session settings whose readers are not built yet: 1001 until they are.
     case SET_EXCLUSIVE: raise_not_available("set exclusive");
     case SET_DELETED: raise_not_available("set deleted");
-    case SET_DECIMALS: raise_not_available("set decimals");
     case SET_BLOCKSIZE: raise_not_available("set blocksize");
     case SET_NEAR: raise_not_available("set near");
     default: throw RuntimeError(ERR_NOT_AVAILABLE);

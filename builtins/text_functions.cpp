@@ -4,6 +4,7 @@
 
 #include <cstring>
 #include <limits>
+#include <string>
 #include <vector>
 
 #include "base/call_trace.h"
@@ -19,11 +20,6 @@ namespace zobase {
 namespace {
 
 constexpr size_t TO_THE_END = std::numeric_limits<size_t>::max();
-
-const Charset* default_charset(VmStack* stack) {
-    const Charset* machine = stack->services ? stack->services->default_charset() : nullptr;
-    return machine ? machine : Charset::utf8;
-}
 
 String empty_in(const Charset* charset) { return String(0, charset); }
 
@@ -355,6 +351,23 @@ void stackcall_isupper(VmStack* stack, unsigned long long argc, Variant* result)
 }
 void stackcall_isgraph(VmStack* stack, unsigned long long argc, Variant* result) {
     classify_first_char<u_isgraph>(stack, argc, result);
+}
+
+// Each word's first letter in upper case, the others in lower; words are
+// separated by white space. Without a text, the empty string.
+void stackcall_proper(VmStack* stack, unsigned long long argc, Variant* result) {
+    if (argc == 0) return result->set_string(empty_in(default_charset(stack)));
+    const String& text = string_argument(stack, 1);
+    std::u32string chars;
+    bool word_start = true;
+    for (const char* p = text.read(); p != text.end();) {
+        UChar32 c = static_cast<UChar32>(text.get_charset()->next(p, text.end()));
+        chars += static_cast<char32_t>(word_start ? u_toupper(c) : u_tolower(c));
+        word_start = u_isspace(c);
+    }
+    String out(chars.c_str());
+    out.convert(text.get_charset(), 0, CSTRAN_SUBSTITUTE);
+    result->set_string(out);
 }
 
 // Only mode 15, bytes to hexadecimal digits, exists.

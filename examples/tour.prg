@@ -12,6 +12,16 @@ due = {^2026-03-01}
 ? "Due date:", due, "plus 30 days:", due + 30
 ? "Is 7 between 1 and 10?", between(7, 1, 10)
 
+* Dates and numbers as text follow SET DATE, SET CENTURY, SET POINT and kin.
+? "Today is", cdow(date()) + ",", dtoc(date())
+SET DATE TO GERMAN
+SET CENTURY ON
+? "In German style:", due, "and", ttoc({^2026-03-01 14:30:00})
+SET DATE TO AMERICAN
+SET CENTURY OFF
+? "Two thirds:", str(2 / 3, 8, 4), "padded:", transform(42, "@L 99999"), "read back:", val("  12.75 USD") * 2
+? "ISO 8601:", ttoc({^2026-03-01 14:30:00}, 3), "day", dow(due), "of the week, in", cmonth(due)
+
 * Functions with parameters, and a recursive one.
 ? "5! =", factorial(5)
 ? "Hypotenuse of 3 and 4:", hypotenuse(3, 4)

@@ -8,6 +8,7 @@
 
 #include <cstdlib>
 
+#include <cstring>
 #include <filesystem>
 #include <map>
 #include <memory>
@@ -23,7 +24,9 @@
 #include "runtime/screen.h"
 #include "text/charset.h"
 #include "text/collation.h"
+#include "text/date_format.h"
 #include "values/symtable.h"
+#include "vm/session_settings.h"
 #include "vm/vm_stack.h"
 
 namespace zobase {
@@ -41,6 +44,8 @@ struct RuntimeRecord {
     std::unique_ptr<Library> library;
     VmStack* main_stack = nullptr;
     uint64_t next_stack_id = 1;
+    DateFormatCache date_formats;
+    int32_t first_day_of_week = 1;  // SET FDOW
 };
 
 constexpr uint64_t MAIN_STACK_SLOTS = 65536;
@@ -119,7 +124,8 @@ void Runtime::init() {
     const char* locale = uloc_getDefault();
     read_first_day_of_week(this, locale);
     read_separators(this, locale);
-    settings[1] = 10;
+    impl->first_day_of_week = first_day_of_week;
+    system_date_style = DATE_STYLE_SHORT;
     char language[16] = {}, country[16] = {};
     UErrorCode status = U_ZERO_ERROR;
     uloc_getLanguage(locale, language, sizeof language, &status);
@@ -227,6 +233,41 @@ bool Runtime::set_codepage_by_name(const char* name) {
 
 Symtable& Runtime::symbols() { return impl->symtable; }
 
+const date_format_st& Runtime::dateFormat(int32_t style, bool century, const char* mark) {
+    return impl->date_formats.date_format(style, century, mark);
+}
+
+const datetime_format_st& Runtime::dateTimeFormat(int32_t style, bool century, const char* mark,
+                                                  int32_t hours, bool seconds,
+                                                  const char* separator, const char* time_mark) {
+    return impl->date_formats.datetime_format(style, century, mark, hours, seconds, separator,
+                                              time_mark);
+}
+
+DateFormatCache& Runtime::date_formats() { return impl->date_formats; }
+
+format_settings_st Runtime::system_formats() const {
+    format_settings_st formats;
+    if (decimal_point.length > 0) {  // else ICU had no number format: "." stays
+        formats.point.code_point = decimal_point.code_point;
+        std::memcpy(formats.point.bytes, decimal_point.encoded, sizeof formats.point.bytes);
+        formats.point.length = decimal_point.length;
+        formats.point.ascii = decimal_point.ascii && decimal_point.length == 1;
+    }
+    formats.separator = group_separator;
+    formats.decimals = system_decimals;
+    formats.date_style = system_date_style;
+    formats.date_mark[0] = static_cast<char>(system_date_mark);
+    formats.date_mark[1] = 0;
+    formats.century = system_century != 0;
+    formats.hours = system_hours;
+    formats.seconds = system_seconds != 0;
+    return formats;
+}
+
+int32_t Runtime::current_first_day_of_week() const { return impl->first_day_of_week; }
+void Runtime::set_first_day_of_week(int32_t day) { impl->first_day_of_week = day; }
+
 bool Runtime::find_file(const String& name, String* found, bool use_search_path,
                         bool default_prg) const {
     static const std::vector<String> no_path;
@@ -244,6 +285,8 @@ void Runtime::set_path_to(const String& paths, bool additive) {
 }
 
 void Runtime::set_path_to_null() { impl->search_path.clear(); }
+
+std::vector<String> Runtime::search_path() const { return impl->search_path; }
 
 bool FindFile(Runtime* runtime, const String& name, String& found, bool use_search_path,
               bool default_prg) {

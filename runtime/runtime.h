@@ -21,6 +21,10 @@ class ModuleCache;
 class CallResolver;
 class RuntimeServices;
 struct RuntimeRecord;
+class DateFormatCache;
+struct date_format_st;
+struct datetime_format_st;
+struct format_settings_st;
 
 class ZO_API Runtime {
 public:
@@ -30,16 +34,23 @@ public:
         bool asserts = false;
         bool reserved[8] = {};
     } flags;
+    // The machine's formats, read from ICU's default locale by init. A new
+    // data session starts with the language's own; SET SYSFORMATS ON copies
+    // these (system_formats()).
     struct decimal_point_st {
-        char encoded[4] = {'.', 0, 0, 0};
+        char encoded[4] = {'.', 0, 0, 0};  // ASCII when `ascii`, else UTF-8
         uint8_t length = 0;
         char32_t code_point = U'.';
         bool ascii = true;
     } decimal_point;
     char32_t group_separator = U',';
-    int32_t settings[4] = {2, 0, '/', 0};
-    int32_t first_day_of_week = 1;
-    int32_t more_settings[2] = {12, 0};
+    int32_t system_decimals = 2;
+    int32_t system_date_style = 0;  // SHORT once init has run
+    int32_t system_date_mark = '/';
+    int32_t system_century = 0;
+    int32_t first_day_of_week = 1;  // 1 is Sunday; SET FDOW changes the runtime's current one
+    int32_t system_hours = 12;
+    int32_t system_seconds = 1;
     RuntimeRecord* impl;
 
     explicit Runtime(Screen* screen);
@@ -84,6 +95,19 @@ public:
     bool find_file(const String& name, String* found, bool use_search_path, bool default_prg) const;
     void set_path_to(const String& paths, bool additive);
     void set_path_to_null();
+    // The SET PATH folders in order.
+    std::vector<String> search_path() const;
+    // The cached formats of dates and datetimes, each built on its first request.
+    const date_format_st& dateFormat(int32_t style, bool century, const char* mark);
+    const datetime_format_st& dateTimeFormat(int32_t style, bool century, const char* mark,
+                                             int32_t hours, bool seconds, const char* separator,
+                                             const char* time_mark);
+    DateFormatCache& date_formats();
+    // The machine's format block, as SET SYSFORMATS ON copies it.
+    format_settings_st system_formats() const;
+    // SET FDOW: the current first day of the week, 1 (Sunday) to 7.
+    int32_t current_first_day_of_week() const;
+    void set_first_day_of_week(int32_t day);
     bool set_codepage_by_id(int id);
     bool set_codepage_by_name(const char* name);
     void shutdown();

@@ -2,8 +2,10 @@
 #include "base/call_trace.h"
 #include "objects/exception_object.h"
 #include "runtime/runtime.h"
+#include "runtime/module_cache.h"
 #include "runtime/runtime_resolver.h"
 #include "values/error.h"
+#include "vm/session_settings.h"
 
 namespace zobase {
 
@@ -51,6 +53,19 @@ public:
         object->error_no.set_integer(error.number);
         object->message.set_string(error.message);
         object->detail.set_string(error.parameter);
+    }
+
+    DateFormatCache& date_formats() override { return runtime_->date_formats(); }
+    format_settings_st system_formats() const override { return runtime_->system_formats(); }
+    int32_t first_day_of_week() const override { return runtime_->current_first_day_of_week(); }
+    void set_first_day_of_week(int32_t day) override { runtime_->set_first_day_of_week(day); }
+    int32_t system_first_day_of_week() const override { return runtime_->first_day_of_week; }
+
+    std::vector<String> search_path() const override { return runtime_->search_path(); }
+    std::vector<String> procedures() const override {
+        std::vector<String> files;
+        for (const auto& [path, module] : runtime_->module_cache().procedures()) files.push_back(path);
+        return files;
     }
 
 private:

@@ -4,6 +4,8 @@
 #   NAME.in      optional: fed to standard input (else /dev/null)
 #   NAME.args    optional: zosh options placed before the program name
 #   NAME.status  optional: the expected exit status (else 0)
+#   NAME.env     optional: NAME=value lines put into zosh's environment, for
+#                tests that depend on the locale or the time zone
 # The program runs in its own folder so that relative file names work, and
 # that folder is cut from the output so that reports naming the file match on
 # any checkout.
@@ -17,6 +19,11 @@ args=""
 [ -f "$stem.args" ] && args=$(cat "$stem.args")
 want_status=0
 [ -f "$stem.status" ] && want_status=$(cat "$stem.status")
+if [ -f "$stem.env" ]; then
+  while IFS= read -r setting; do
+    case "$setting" in ''|'#'*) ;; *) export "${setting?}" ;; esac
+  done < "$stem.env"
+fi
 
 actual=$(mktemp)
 trap 'rm -f "$actual"' EXIT

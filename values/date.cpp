@@ -117,4 +117,7 @@ long long date_diff_days(date_st a, date_st b) noexcept {
     return static_cast<long long>(a.julian) - static_cast<long long>(b.julian);
 }
 
+// Day number 0 fell on a Monday.
+int day_of_week(date_st date) noexcept { return static_cast<int>((date.julian + 1) % 7) + 1; }
+
 }  // namespace zobase

@@ -20,6 +20,9 @@ void unserial_julian_date(date_st date, int* year, int* month, int* day);
 void unserial_julian_date(datetime_st datetime, int* year, int* month, int* day, int* hour,
                           int* minute, int* second, int* msec);
 
+// The day of the week of a date that is not empty: 1 is Sunday, 7 Saturday.
+int day_of_week(date_st date) noexcept;
+
 // Date and datetime arithmetic. An empty value stays empty; a result outside
 // the day numbers 1 to 2^32 - 1 raises 2034.
 date_st date_add_days(date_st date, long long days);

@@ -1,5 +1,6 @@
 #include "values/numeric.h"
 
+#include <charconv>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
@@ -23,7 +24,9 @@ struct significant_digits_st {
 
 significant_digits_st significant_digits(double magnitude) {
     char sci[40];
-    std::snprintf(sci, sizeof sci, "%.*e", NUMBER_MAX_DIGITS - 1, magnitude);
+    auto written = std::to_chars(sci, sci + sizeof sci - 1, magnitude, std::chars_format::scientific,
+                                 NUMBER_MAX_DIGITS - 1);
+    *written.ptr = 0;
     significant_digits_st s{};
     int n = 0;
     const char* p = sci;
@@ -55,19 +58,23 @@ std::string format_wide_integer(bool negative, const significant_digits_st& s) {
     return text;
 }
 
+// "%*.*lf" of the value, written by to_chars: the same digits, without
+// printf's cost on the paths that print numbers by the million.
 std::string format_fixed(double value, uint64_t decimals, uint64_t width) {
-    char format[64];
-    std::snprintf(format, sizeof format, "%%%llu.%llulf", static_cast<unsigned long long>(width),
-                  static_cast<unsigned long long>(decimals));
-    int length = std::snprintf(nullptr, 0, format, value);
-    std::string text(static_cast<size_t>(length), '\0');
-    std::snprintf(text.data(), text.size() + 1, format, value);
+    char digits[400];
+    auto written = std::to_chars(digits, digits + sizeof digits, value, std::chars_format::fixed,
+                                 static_cast<int>(decimals));
+    size_t length = static_cast<size_t>(written.ptr - digits);
+    std::string text;
+    if (length < width) text.assign(width - length, ' ');
+    text.append(digits, length);
     return text;
 }
 
 // Keeps "-0.00" from showing for a negative value that rounds to zero.
 double drop_negative_zero(double value, uint64_t decimals) {
-    double scale = std::pow(10.0, static_cast<double>(decimals));
+    double scale = decimals < POWERS_OF_TEN_COUNT ? powers_of_ten[decimals]
+                                                  : std::pow(10.0, static_cast<double>(decimals));
     return std::fabs(value) * scale <= 0.5 ? 0.0 : value;
 }
 

@@ -274,10 +274,6 @@ String Variant::to_string(bool flag) const {
     }
 }
 
-// Session formats for numbers and dates come with the date and time settings;
-// until a session sets them the plain forms are the regional ones.
-String Variant::to_string_regional(VmStack*, bool flag) const { return to_string(flag); }
-
 String Variant::vartype() const {
     switch (tag) {
     case TAG_FALSE:

@@ -175,6 +175,8 @@ public:
 
     String to_string(bool flag) const;
     String to_string() const { return to_string(false); }
+    // As to_string, but numbers, money, dates and datetimes follow the current
+    // session's formats; it reads the session, so it lives in vm/regional_text.cpp.
     String to_string_regional(VmStack* stack, bool flag) const;
     String vartype() const;
     bool is_empty() const;

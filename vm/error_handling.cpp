@@ -144,7 +144,8 @@ frame_place_st place_of(const VmFrame* frame) {
 bool VmStack::find_handler(Variant* value, const VmFrame** handler_frame, long long* position,
                            unsigned int* symbol) {
     ZO_TRACE();
-    for (VmFrame* walked = frame; walked; walked = walked->previous) {
+    const VmFrame* boundary = native_catches ? catch_boundary : nullptr;
+    for (VmFrame* walked = frame; walked && walked != boundary; walked = walked->previous) {
         uint64_t at = position_in(walked);
         for (try_scope_st* entry = walked->try_scopes; entry; entry = entry->next) {
             if (!entry->scope->covers(at)) continue;
@@ -174,6 +175,7 @@ RuntimeErrorRecovery VmStack::handle_exception(how_to_handle_st& how) {
     if (services) services->create_exception_object(last_error, &how.exception);
     if (find_handler(&how.exception, &how.frame, &how.position, &how.symbol))
         return RECOVERY_HANDLER_FOUND;
+    if (native_catches) return RECOVERY_ABANDON_FRAME;
 
     // Text run by run_command belongs to no module: the host reports it.
     Screen* screen = services ? services->screen() : nullptr;

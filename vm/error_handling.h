@@ -43,4 +43,27 @@ struct frame_place_st {
 
 frame_place_st place_of(const VmFrame* frame);
 
+// While it lives, an error raised in code the native function runs is handled
+// only by that code's own TRY scopes: no outer TRY catches it and no dialog is
+// offered; it leaves as an exception for the native function to catch.
+class NativeErrorCatch {
+public:
+    explicit NativeErrorCatch(VmStack* stack)
+        : stack_(stack), saved_catches_(stack->native_catches), saved_boundary_(stack->catch_boundary) {
+        stack->native_catches = true;
+        stack->catch_boundary = stack->frame;
+    }
+    ~NativeErrorCatch() {
+        stack_->native_catches = saved_catches_;
+        stack_->catch_boundary = saved_boundary_;
+    }
+    NativeErrorCatch(const NativeErrorCatch&) = delete;
+    NativeErrorCatch& operator=(const NativeErrorCatch&) = delete;
+
+private:
+    VmStack* stack_;
+    bool saved_catches_;
+    const VmFrame* saved_boundary_;
+};
+
 }  // namespace zobase

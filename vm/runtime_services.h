@@ -10,10 +10,12 @@
 #include <vector>
 
 #include "values/string.h"
+#include "vm/session_settings.h"
 
 namespace zobase {
 
 class Charset;
+class DateFormatCache;
 class RuntimeError;
 class Screen;
 class Symtable;
@@ -65,6 +67,21 @@ public:
     // The built-in exception object for an error, with its number, message
     // and detail, as the value of dest, which must be clean.
     virtual void create_exception_object(const RuntimeError& error, Variant* dest) const = 0;
+
+    // ---- formats of numbers and dates ----
+    // The runtime's date and datetime formatters, each built once.
+    virtual DateFormatCache& date_formats() = 0;
+    // The machine's formats, which SET SYSFORMATS ON copies into the session.
+    virtual format_settings_st system_formats() const = 0;
+    // SET FDOW: the current first day of the week, 1 (Sunday) to 7, and the
+    // machine's.
+    virtual int32_t first_day_of_week() const = 0;
+    virtual void set_first_day_of_week(int32_t day) = 0;
+    virtual int32_t system_first_day_of_week() const = 0;
+    // What set() shows of SET PATH and SET PROCEDURE: the folders, and the
+    // files' full paths.
+    virtual std::vector<String> search_path() const = 0;
+    virtual std::vector<String> procedures() const = 0;
 };
 
 }  // namespace zobase

@@ -24,9 +24,17 @@ constexpr date_style_st DATE_STYLES[] = {
 
 }  // namespace
 
+// A row whose abbreviate_to is not 0 also answers to its prefixes of at least
+// that many letters: SET DATE AMER is AMERICAN.
 const date_style_st* find_date_style(std::string_view upper_name) noexcept {
-    for (const date_style_st& row : DATE_STYLES)
-        if (upper_name == row.name) return &row;
+    for (const date_style_st& row : DATE_STYLES) {
+        std::string_view name = row.name;
+        if (upper_name == name) return &row;
+        bool abbreviates = row.abbreviate_to > 0 &&
+                           upper_name.size() >= static_cast<size_t>(row.abbreviate_to) &&
+                           name.starts_with(upper_name);
+        if (abbreviates) return &row;
+    }
     return nullptr;
 }
 

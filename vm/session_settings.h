@@ -40,7 +40,8 @@ struct date_style_st {
     int32_t abbreviate_to;
 };
 
-// The row of a style name in upper case, or null.
+// The row of a style name in upper case, or of an abbreviation as long as the
+// row's abbreviate_to or longer; null for none.
 const date_style_st* find_date_style(std::string_view upper_name) noexcept;
 // The row of a style number, or null.
 const date_style_st* find_date_style(int32_t style) noexcept;

@@ -104,6 +104,10 @@ public:
     const CallResolver* resolver = nullptr;
     // Installed by the runtime: its screen, symbols and settings.
     RuntimeServices* services = nullptr;
+    // Set by a native function that catches errors itself (NativeErrorCatch):
+    // handlers are looked for only in frames newer than `catch_boundary`.
+    bool native_catches = false;
+    const VmFrame* catch_boundary = nullptr;
 
     Memvar* end() const noexcept { return base + capacity; }
     UndoMemvar* undo_end() const noexcept { return undo_base + undo_capacity; }
