@@ -148,6 +148,7 @@ void DbfFile::write_record() {
 void DbfFile::flush() {
     if (!pending_capacity || stored_count == record_count) return;
     uint64_t count = record_count - stored_count;
+    if (count > pending_capacity) throw assert_failed_exception("more records pending than the table holds");
     file->writeex(static_cast<std::streamoff>(record_position(stored_count + 1)), pending.get(),
                   count * record_length);
     if (descriptors_dirty) {
