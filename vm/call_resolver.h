@@ -8,6 +8,8 @@
 
 #include "base/document_location.h"
 #include "values/string.h"
+#include "vm/program.h"
+#include "vm/table_context.h"
 #include "vm/vm_op.h"
 
 namespace zobase {
@@ -50,8 +52,13 @@ public:
     // instruction reports. Compile errors are shown, then raised as the first.
     virtual std::unique_ptr<Program> compile_macro(VmStack* stack, const String& text,
                                                    const document_location_st* written_at) const = 0;
-    // One expression, as a program ending in VmOpReturnValue.
-    virtual std::unique_ptr<Program> compile_expression(VmStack* stack, const String& text) const = 0;
+    // One expression, as a program ending in VmOpReturnValue. With a table,
+    // its field names resolve first, by position.
+    virtual std::unique_ptr<Program> compile_expression(VmStack* stack, const String& text,
+                                                        const compiler_table_context_st* table) const = 0;
+    std::unique_ptr<Program> compile_expression(VmStack* stack, const String& text) const {
+        return compile_expression(stack, text, nullptr);
+    }
 };
 
 }  // namespace zobase
