@@ -130,10 +130,11 @@ void void_stackcall_gather_memvar(VmStack* stack, unsigned long long) {
 void void_stackcall_gather_name(VmStack* stack, unsigned long long) {
     ZO_TRACE();
     Table_Object* table = current_table(stack);
-    Object* object = static_cast<Object*>(argument(stack, 1));
+    long long flags = argument(stack, 1).integer;
+    Object* object = static_cast<Object*>(argument(stack, 2));
     if (!object) throw RuntimeError(ERR_ARGUMENT_INVALID);
     gather(stack, table, [&] {
-        for (uint64_t index : visited_fields(table, 0)) {
+        for (uint64_t index : visited_fields(table, flags)) {
             Variant value;
             try {
                 object->virtual_access(stack, table->get_symbol_id_by_field(index), 0, &value);

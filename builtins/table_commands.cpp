@@ -185,3 +185,17 @@ void void_stackcall_set_datasession_to(VmStack* stack, unsigned long long) {
 }
 
 }  // namespace zobase
+
+namespace zobase {
+
+void void_stackcall_begin_transaction(VmStack* stack, unsigned long long) {
+    current_session(stack).begin_transaction();
+}
+
+void void_stackcall_end_transaction(VmStack* stack, unsigned long long) {
+    current_session(stack).end_transaction();
+}
+
+void void_stackcall_rollback(VmStack* stack, unsigned long long) { current_session(stack).rollback(stack); }
+
+}  // namespace zobase

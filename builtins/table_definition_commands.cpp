@@ -109,7 +109,10 @@ void void_stackcall_create_table(VmStack* stack, unsigned long long argc) {
     for (uint64_t i = 0; i < count; ++i)
         fields.push_back(column_definition(stack, FIRST_COLUMN_ARGUMENT + i * COLUMN_ARGUMENTS));
     String name = argument(stack, 2).to_string();
-    current_session(stack).create(stack, name, &options, fields.data(), fields.size());
+    DataSession_Object& session = current_session(stack);
+    // SET BLOCKSIZE: the memo block size of new tables.
+    options.memo_block_size = static_cast<uint32_t>(session.settings.blocksize);
+    session.create(stack, name, &options, fields.data(), fields.size());
 }
 
 // The table may not be open anywhere: an exclusive open proves it.

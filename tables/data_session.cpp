@@ -95,6 +95,7 @@ void DataSession_Object::assign(const ObjectHolder<Table_Object>& table, Symtabl
                 throw RuntimeError(ERR_FILE_IN_USE);
     }
     table->alias = alias;
+    if (in_transaction_) table->begin_transaction();
     work_areas_.emplace(area, table);
     aliases_.emplace(symbol, area);
     if (area == current_) current_table_ = table.get();
@@ -139,6 +140,26 @@ void DataSession_Object::destroy(VmStack* stack) {
             if (stack && find_table_sessions(stack)) throw;
         }
     }
+}
+
+// ---- transactions
+
+void DataSession_Object::begin_transaction() {
+    if (in_transaction_) throw RuntimeError(ERR_BEGIN_TRANSACTION_FAILED, String("Transactions do not nest."));
+    for (auto& [area, table] : work_areas_) table->begin_transaction();
+    in_transaction_ = true;
+}
+
+void DataSession_Object::end_transaction() {
+    if (!in_transaction_) throw RuntimeError(ERR_END_TRANSACTION_WITHOUT_BEGIN);
+    in_transaction_ = false;
+    for (auto& [area, table] : work_areas_) table->end_transaction();
+}
+
+void DataSession_Object::rollback(VmStack* stack) {
+    if (!in_transaction_) throw RuntimeError(ERR_ROLLBACK_WITHOUT_BEGIN);
+    in_transaction_ = false;
+    for (auto& [area, table] : work_areas_) table->rollback_transaction(stack);
 }
 
 // ---- the object protocol: DataSessionId

@@ -70,6 +70,13 @@ public:
     // The work areas in use, by number.
     const std::map<int32_t, ObjectHolder<Table_Object>>& work_areas() const noexcept { return work_areas_; }
 
+    // BEGIN TRANSACTION, END TRANSACTION and ROLLBACK over every work area of
+    // the session, those opened meanwhile included. Transactions do not nest.
+    bool in_transaction() const noexcept { return in_transaction_; }
+    void begin_transaction();
+    void end_transaction();
+    void rollback(VmStack* stack);
+
     void datasessionid_access(VmStack* stack, unsigned long long argc, Variant* result);
 
     void virtual_call(VmStack* stack, unsigned symbol, size_t argc, Variant* ret) override;
@@ -79,6 +86,7 @@ public:
 
 private:
     int32_t current_ = 1;
+    bool in_transaction_ = false;
     Table_Object* current_table_ = nullptr;
     std::map<int32_t, ObjectHolder<Table_Object>> work_areas_;
     std::unordered_map<uint32_t, int32_t> aliases_;  // alias symbol to work area

@@ -116,6 +116,8 @@ public:
     dbf_order_st order;
     // The records this object holds locked, in a shared writable table.
     std::set<uint64_t> locked_records;
+    // A transaction holds the append lock from its first append to its end.
+    bool append_lock_held = false;
 
     std::unique_ptr<File> file;
     std::unique_ptr<FptFile> fpt;
@@ -263,6 +265,10 @@ public:
     void recall_record();
     // Writes the pending appended records and then the header.
     void flush();
+    // What a rolled back transaction puts back: a record as it stood, and
+    // the record count before its appends, the file cut after it.
+    void restore_record(uint64_t number, const char* record);
+    void truncate_records(uint64_t count);
 
     // ---- locks (dbf_locks.cpp); only a shared writable table takes them.
     bool lock();
@@ -271,6 +277,11 @@ public:
     bool internal_unlock();
     void unlock_all_records();
     bool isrlocked(uint64_t number) const { return locked_records.count(number) != 0; }
+    // Releases the lock of one record by number, wherever the cursor stands.
+    bool unlock_record_number(uint64_t number);
+    // The append lock for longer than one append (see DbfAppendLock).
+    void hold_append_lock();
+    void release_append_lock();
     // The locks of the index files, in their order; none while the table
     // has no index file.
     void lock_indizes();
@@ -342,11 +353,12 @@ private:
 // autoincrement values between processes. Raises
 // dbf_error_lock_for_append_failed when the lock is refused.
 // The release raises dbf_error_release_append_lock_failed when refused.
+// While a transaction holds the lock for its whole length, this takes nothing.
 class DbfAppendLock
     : public ScopedFileLock<dbf_error_lock_for_append_failed, dbf_error_release_append_lock_failed> {
 public:
     explicit DbfAppendLock(DbfFile* table)
-        : ScopedFileLock(table->file.get(), table->append_lock_position()) {}
+        : ScopedFileLock(table->append_lock_held ? nullptr : table->file.get(), table->append_lock_position()) {}
 };
 
 }  // namespace zobase

@@ -49,6 +49,26 @@ void DbfFile::unlock_all_records() {
     for (uint64_t number : released) locked_records.erase(number);
 }
 
+bool DbfFile::unlock_record_number(uint64_t number) {
+    if (!shared_writable() || !isrlocked(number)) return false;
+    bool unlocked = file->unlock(static_cast<std::streamoff>(record_lock_position(number)), 1);
+    if (unlocked) locked_records.erase(number);
+    return unlocked;
+}
+
+void DbfFile::hold_append_lock() {
+    if (append_lock_held || !file->is_shared()) return;
+    if (!file->lock(static_cast<std::streamoff>(append_lock_position()), 1)) throw dbf_error_lock_for_append_failed();
+    append_lock_held = true;
+}
+
+void DbfFile::release_append_lock() {
+    if (!append_lock_held) return;
+    append_lock_held = false;
+    if (!file->unlock(static_cast<std::streamoff>(append_lock_position()), 1))
+        throw dbf_error_release_append_lock_failed();
+}
+
 // A table has no index file until the index layer opens one.
 void DbfFile::lock_indizes() {}
 void DbfFile::unlock_indizes() {}

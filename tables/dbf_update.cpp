@@ -159,6 +159,23 @@ void DbfFile::flush() {
     if (!file->is_temporary()) write_dbf_header();
 }
 
+void DbfFile::restore_record(uint64_t number, const char* record) {
+    if (in_pending(number)) std::memcpy(pending_record(number), record, record_length);
+    else file->writeex(static_cast<std::streamoff>(record_position(number)), record, record_length);
+    update_buffer(number, record);
+}
+
+void DbfFile::truncate_records(uint64_t count) {
+    if (count >= record_count) return;
+    readahead_count = 0;
+    record_count = count;
+    if (pending_capacity && count >= stored_count) return;
+    // The header goes first: it must never count a record the file lacks.
+    if (!file->is_temporary()) write_dbf_header();
+    file->truncate(record_position(count + 1));
+    stored_count = count;
+}
+
 void DbfFile::revert() {
     std::memcpy(shown_record, saved_record.get(), record_length);
     if (appending) {

@@ -145,6 +145,15 @@ public:
     // Writes what is pending and closes the files; the object stays, closed.
     virtual void close() = 0;
 
+    // ---- transactions of the data session (BEGIN TRANSACTION). Records are
+    // written as ever, but each first keeps the record as it stood and stays
+    // locked, and the first append holds the append lock, until the end.
+    virtual void begin_transaction() = 0;
+    // Releases what the transaction locked.
+    virtual void end_transaction() = 0;
+    // Puts every record back as it stood and drops the appended ones.
+    virtual void rollback_transaction(VmStack* stack) = 0;
+
     // The alias its work area knows it by.
     String alias;
     const Charset* charset = nullptr;

@@ -2,6 +2,7 @@
 // with the translation list it owns.
 #include "tables/table_object_zodbf.h"
 
+#include <cstring>
 #include <ctime>
 #include <filesystem>
 #include <system_error>
@@ -282,7 +283,67 @@ void Table_Object_ZoDbf::recall_record() {
 // Key and filter expressions of the indexes see this table's fields.
 void Table_Object_ZoDbf::update(VmStack* stack) {
     ExpressionTableScope scope(stack, this);
-    table_operation(TABLE_UPDATE, [&] { return alias; }, [&] { table_->update(stack); });
+    table_operation(TABLE_UPDATE, [&] { return alias; }, [&] {
+        if (journal_) journal_update();
+        table_->update(stack);
+    });
+}
+
+// ---- transactions
+
+void Table_Object_ZoDbf::begin_transaction() { journal_ = std::make_unique<journal_st>(); }
+
+// The first append takes the append lock for the whole transaction, so that
+// nobody appends behind records that a rollback may take away. A rewritten
+// record is locked before its old bytes are kept, so that they are the
+// bytes on disk.
+void Table_Object_ZoDbf::journal_update() {
+    DbfFile* table = table_.get();
+    if (table->eof || table->bof) return;
+    if (table->appending) {
+        if (journal_->appended) return;
+        table->hold_append_lock();
+        journal_->count = table->reccount();
+        journal_->appended = true;
+        return;
+    }
+    if (journal_->before.count(table->recno)) return;
+    if (std::memcmp(table->shown_record, table->saved_record.get(), table->record_length) == 0) return;
+    bool was_locked = table->isrlocked(table->recno);
+    if (!was_locked && table->file->is_shared() && table->file->is_writable()) {
+        if (!table->internal_lock()) throw dbf_error_record_in_use();
+        journal_->locked.insert(table->recno);
+    }
+    journal_->before.emplace(table->recno, std::string(table->saved_record.get(), table->record_length));
+}
+
+void Table_Object_ZoDbf::release_journal_locks() {
+    for (uint64_t number : journal_->locked) table_->unlock_record_number(number);
+    table_->release_append_lock();
+}
+
+void Table_Object_ZoDbf::end_transaction() {
+    if (!journal_) return;
+    table_operation(TABLE_OTHER, no_detail, [&] { release_journal_locks(); });
+    journal_.reset();
+}
+
+// Afterwards the cursor shows its record as it now stands, or the end of
+// file when that record was taken away.
+void Table_Object_ZoDbf::rollback_transaction(VmStack* stack) {
+    if (!journal_) return;
+    std::unique_ptr<journal_st> journal = std::move(journal_);
+    table_operation(TABLE_OTHER, no_detail, [&] {
+        table_->revert();
+        for (const auto& [number, record] : journal->before) table_->restore_record(number, record.data());
+        if (journal->appended) table_->truncate_records(journal->count);
+        journal_ = std::move(journal);
+        release_journal_locks();
+        journal_.reset();
+        uint64_t recno = table_->recno;
+        if (table_->eof || recno > table_->record_count) table_->go_eof();
+        else table_->go_to(stack, recno);
+    });
 }
 
 }  // namespace zobase

@@ -2,7 +2,10 @@
 // A work area over a DBF table. Every operation translates the engine's
 // dbf_ and file_ exceptions into numbered errors by its own list (see
 // table_errors.h); nothing else in the system does.
+#include <map>
 #include <memory>
+#include <set>
+#include <string>
 
 #include "tables/dbf_file.h"
 #include "tables/object_holder.h"
@@ -68,9 +71,24 @@ public:
     void update(VmStack* stack) override;
     void revert() override { table_->revert(); }
     void close() override;
+    void begin_transaction() override;
+    void end_transaction() override;
+    void rollback_transaction(VmStack* stack) override;
 
 private:
+    // What a transaction keeps to undo its writes.
+    struct journal_st {
+        std::map<uint64_t, std::string> before;  // records as they stood, by number
+        std::set<uint64_t> locked;               // record locks the transaction took
+        bool appended = false;
+        uint64_t count = 0;                      // the record count before the first append
+    };
+    // Notes what the coming update changes.
+    void journal_update();
+    void release_journal_locks();
+
     std::unique_ptr<DbfFile> table_;
+    std::unique_ptr<journal_st> journal_;
     bool closed_ = false;
 };
 

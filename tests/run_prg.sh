@@ -6,7 +6,9 @@
 #   NAME.status  optional: the expected exit status (else 0)
 # The program runs in its own folder so that relative file names work, and
 # that folder is cut from the output so that reports naming the file match on
-# any checkout.
+# any checkout. In a folder holding a file named "sandbox" each program runs
+# instead in a fresh temporary folder with a copy of itself (and of any
+# *.py helpers beside it), removed afterwards: programs that write files.
 zosh=$1
 prg=$2
 stem=${prg%.prg}
@@ -19,8 +21,17 @@ want_status=0
 [ -f "$stem.status" ] && want_status=$(cat "$stem.status")
 
 actual=$(mktemp)
-trap 'rm -f "$actual"' EXIT
-cd "$dir" || exit 1
+sandbox=""
+trap 'rm -f "$actual"; [ -n "$sandbox" ] && rm -rf "$sandbox"' EXIT
+if [ -f "$dir/sandbox" ]; then
+  sandbox=$(mktemp -d)
+  cp "$prg" "$sandbox/"
+  for helper in "$dir"/*.py; do [ -f "$helper" ] && cp "$helper" "$sandbox/"; done
+  case "$input" in /dev/null) ;; *) input=$(cd "$(dirname "$input")" && pwd -P)/$(basename "$input") ;; esac
+  cd "$sandbox" || exit 1
+else
+  cd "$dir" || exit 1
+fi
 here=$(pwd -P)
 # shellcheck disable=SC2086
 "$zosh" $args "$(basename "$prg")" < "$input" > "$actual.raw" 2>&1
