@@ -3,6 +3,7 @@
 // DATASESSION. Each picks its work area and calls the table object; a write
 // is committed at once unless the table buffers its rows.
 #include <climits>
+#include <cstring>
 #include <string>
 
 #include "base/call_trace.h"
@@ -38,7 +39,9 @@ long long flags_argument(VmStack* stack, unsigned long long i) { return argument
 Symtable* symbols_of(VmStack* stack) { return &stack->services->symbols(); }
 
 // "alias.field" and "alias->field" name the work area with the field.
-bool split_field_name(const std::string& name, std::string* alias, std::string* field) {
+bool qualified_field_name(const String& text, std::string* alias, std::string* field) {
+    if (!std::memchr(text.read(), '.', text.size()) && !std::memchr(text.read(), '>', text.size())) return false;
+    std::string name = text.u8str();
     size_t arrow = name.find("->");
     size_t dot = name.find('.');
     if (arrow != std::string::npos) {
@@ -113,19 +116,17 @@ void void_stackcall_replace(VmStack* stack, unsigned long long) {
     const String& name = string_argument(stack, 1);
     const Variant& in = argument(stack, 3);
     std::string alias, field;
-    Table_Object* table;
-    uint32_t symbol;
-    if (is_null_argument(in) && split_field_name(name.u8str(), &alias, &field)) {
+    if (is_null_argument(in) && qualified_field_name(name, &alias, &field)) {
         Variant alias_value;
         alias_value.set_string(String(alias.c_str()));
-        table = work_area_table(stack, alias_value, true);
+        Table_Object* table = work_area_table(stack, alias_value, true);
         alias_value.release(stack);
-        symbol = stack->resolver->symbolize(String(field.c_str()));
-    } else {
-        table = work_area_table(stack, in, true);
-        symbol = stack->resolver->symbolize(name);
+        table->set_field_by_symbol(stack, stack->resolver->symbolize(String(field.c_str())), Param(stack, 2));
+        table->commit(stack);
+        return;
     }
-    table->set_field_by_symbol(stack, symbol, Param(stack, 2));
+    Table_Object* table = work_area_table(stack, in, true);
+    table->set_field(stack, table->field_by_name(stack, name), Param(stack, 2));
     table->commit(stack);
 }
 

@@ -4,7 +4,7 @@
 
 namespace zobase {
 
-thread_local int TableOperationDepth::depth_ = 0;
+thread_local int TableOperationDepth::depth_ __attribute__((tls_model("initial-exec"))) = 0;
 
 namespace {
 

@@ -29,6 +29,24 @@ bool condition_holds(const Variant& value, int error) {
 
 }  // namespace
 
+void FieldSymbolMap::insert(uint32_t symbol, uint16_t index) {
+    if (symbol == 0) return;
+    if ((count_ + 1) * 2 > slots_.size()) grow();
+    size_t i = hash(symbol) & mask_;
+    while (slots_[i].symbol != 0 && slots_[i].symbol != symbol) i = (i + 1) & mask_;
+    if (slots_[i].symbol == 0) ++count_;
+    slots_[i] = {symbol, index};
+}
+
+void FieldSymbolMap::grow() {
+    std::vector<slot_st> old = std::move(slots_);
+    slots_.assign(old.empty() ? 8 : old.size() * 2, slot_st{0, 0});
+    mask_ = slots_.size() - 1;
+    count_ = 0;
+    for (const slot_st& slot : old)
+        if (slot.symbol != 0) insert(slot.symbol, slot.index);
+}
+
 Table_Object::~Table_Object() = default;
 
 void Table_Object::internal_open(VmStack* stack) {
@@ -38,7 +56,7 @@ void Table_Object::internal_open(VmStack* stack) {
         table_field_info_st info = get_field_info(index);
         uint32_t symbol = stack->resolver->symbolize(info.name);
         symbol_by_field_[index] = symbol;
-        field_by_symbol_.emplace(symbol, static_cast<uint16_t>(index));
+        field_by_symbol_.insert(symbol, static_cast<uint16_t>(index));
         // A general field has no value an expression could use.
         if (info.type == FIELD_TYPE_GENERAL || info.type == FIELD_TYPE_NONE) continue;
         expression_fields_.fields.push_back({symbol, static_cast<uint8_t>(info.type),
@@ -210,6 +228,23 @@ void Table_Object::set_field(VmStack* stack, uint64_t index, const Variant* valu
     case TAG_ARRAY: throw RuntimeError(ERR_ARGUMENT_INVALID);
     default: raise_not_available("field value of this kind");
     }
+}
+
+// A name held here keeps its text alive, so a name with the same bytes at
+// the same place is the same name.
+uint64_t Table_Object::field_by_name(VmStack* stack, const String& name) {
+    constexpr size_t REMEMBERED_NAMES = 8;
+    for (const named_field_st& known : named_fields_)
+        if (known.name.read() == name.read() && known.name.size() == name.size() &&
+            known.name.get_charset() == name.get_charset())
+            return known.index;
+    uint32_t symbol = stack->resolver->symbolize(name);
+    int index = get_field_by_symbol_id(symbol);
+    if (index < 0) throw RuntimeError(ERR_VARIABLE_NOT_FOUND, name);
+    named_field_st known{name, static_cast<uint64_t>(index)};
+    if (named_fields_.size() < REMEMBERED_NAMES) named_fields_.push_back(known);
+    else named_fields_[next_named_field_++ % REMEMBERED_NAMES] = known;
+    return known.index;
 }
 
 void Table_Object::set_field_by_symbol(VmStack* stack, uint32_t symbol, const Variant* value) {

@@ -12,7 +12,6 @@
 // cursor next moves, and when the work area closes.
 #include <cstdint>
 #include <memory>
-#include <unordered_map>
 #include <vector>
 
 #include "values/string.h"
@@ -46,6 +45,32 @@ struct table_field_info_st {
     uint64_t step;
 };
 
+// Field positions by symbol, looked up for every bare name a program reads:
+// open addressing over a power-of-two table. Symbol 0 marks a free slot.
+class FieldSymbolMap {
+public:
+    void insert(uint32_t symbol, uint16_t index);
+    int find(uint32_t symbol) const noexcept {
+        if (slots_.empty()) return -1;
+        for (size_t i = hash(symbol) & mask_;; i = (i + 1) & mask_) {
+            if (slots_[i].symbol == symbol) return slots_[i].index;
+            if (slots_[i].symbol == 0) return -1;
+        }
+    }
+
+private:
+    struct slot_st {
+        uint32_t symbol;
+        uint16_t index;
+    };
+    static size_t hash(uint32_t symbol) noexcept { return (symbol * 0x9E3779B1u) >> 7; }
+    void grow();
+
+    std::vector<slot_st> slots_;
+    size_t mask_ = 0;
+    size_t count_ = 0;
+};
+
 class Table_Object : public Object {
 public:
     Table_Object() = default;
@@ -58,10 +83,10 @@ public:
     void virtual_assign(VmStack* stack, unsigned symbol, size_t argc) override;
 
     // ---- field names: position from 0 to symbol and back
-    int get_field_by_symbol_id(uint32_t symbol) const {
-        auto found = field_by_symbol_.find(symbol);
-        return found == field_by_symbol_.end() ? -1 : static_cast<int>(found->second);
-    }
+    int get_field_by_symbol_id(uint32_t symbol) const { return field_by_symbol_.find(symbol); }
+    // The field of a name as REPLACE gives it; error 12 when there is none.
+    // The names a program repeats are found again without hashing their text.
+    uint64_t field_by_name(VmStack* stack, const String& name);
     uint32_t get_symbol_id_by_field(uint64_t index) const { return symbol_by_field_.at(index); }
     const compiler_table_context_st& expression_fields() const noexcept { return expression_fields_; }
 
@@ -170,7 +195,13 @@ private:
     bool locate_stops_here(VmStack* stack);
     std::unique_ptr<Program> compile(VmStack* stack, const String& text);
 
-    std::unordered_map<uint32_t, uint16_t> field_by_symbol_;
+    FieldSymbolMap field_by_symbol_;
+    struct named_field_st {
+        String name;
+        uint64_t index;
+    };
+    std::vector<named_field_st> named_fields_;
+    size_t next_named_field_ = 0;
     std::vector<uint32_t> symbol_by_field_;
     compiler_table_context_st expression_fields_;
     std::unique_ptr<Program> filter_;

@@ -1,6 +1,8 @@
 // The data sessions of a stack, and the names the VM asks them about.
 #include "tables/table_sessions.h"
 
+#include <typeinfo>
+
 #include "tables/table_object.h"
 #include "values/error.h"
 #include "vm/vm_stack.h"
@@ -54,8 +56,12 @@ void TableDataSessions::select_session(int32_t id) {
 
 namespace zobase {
 
+// Every table command asks this; the type test of a final class is a
+// comparison, where a dynamic_cast walks the hierarchy.
 TableDataSessions* find_table_sessions(VmStack* stack) noexcept {
-    return stack ? dynamic_cast<TableDataSessions*>(stack->sessions.get()) : nullptr;
+    DataSessions* sessions = stack ? stack->sessions.get() : nullptr;
+    if (!sessions || typeid(*sessions) != typeid(TableDataSessions)) return nullptr;
+    return static_cast<TableDataSessions*>(sessions);
 }
 
 TableDataSessions& table_sessions(VmStack* stack) {
