@@ -17,12 +17,19 @@ std::filesystem::path path_argument(VmStack* stack, unsigned long long i) {
     return std::filesystem::path(string_argument(stack, i).u8str());
 }
 
+// The name as written after CD, quotes around it taken away.
+std::filesystem::path unquoted(std::string text) {
+    if (text.size() >= 2 && (text.front() == '"' || text.front() == '\'') && text.back() == text.front())
+        text = text.substr(1, text.size() - 2);
+    return std::filesystem::path(text);
+}
+
 }  // namespace
 
 // A folder that cannot be entered is error 202.
 void void_stackcall_cd(VmStack* stack, unsigned long long) {
     std::error_code error;
-    std::filesystem::current_path(path_argument(stack, 1), error);
+    std::filesystem::current_path(unquoted(string_argument(stack, 1).u8str()), error);
     if (error) throw RuntimeError(ERR_INVALID_PATH, string_argument(stack, 1));
 }
 
