@@ -20,15 +20,9 @@ import tempfile
 
 import dbf
 
+from interop_checks import check, finish
+
 ZOSH = os.path.abspath(sys.argv[1])
-FAILURES = []
-CHECKS = [0]
-
-
-def check(condition, what):
-    CHECKS[0] += 1
-    if not condition:
-        FAILURES.append(what)
 
 
 def literal(value):
@@ -151,10 +145,7 @@ def main():
     with tempfile.TemporaryDirectory(prefix="zobase_language_interop_") as folder:
         language_writes(folder)
         language_reads(folder)
-    for failure in FAILURES:
-        print("FAIL:", failure)
-    print("%d checks, %d mismatches" % (CHECKS[0], len(FAILURES)))
-    return 1 if FAILURES else 0
+    return finish()
 
 
 if __name__ == "__main__":
