@@ -41,8 +41,10 @@ bool DbfFile::go(uint64_t number, char* target, unsigned bits) {
             return true;
         }
     }
-    // A single byte is the end-of-file mark.
-    if (got <= 1) return false;
+    // A single byte is the end-of-file mark. A record cut short past the
+    // records the header counts is an append still being written, or one a
+    // crash left unfinished: the header says it is no part of the table.
+    if (got <= 1 || number > record_count) return false;
     throw dbf_error_file_corruption();
 }
 

@@ -334,6 +334,26 @@ TEST_F(DbfCursor, RefreshMergesChangesFromElsewhere) {
     EXPECT_EQ(qty_of(elsewhere.get()), 50);
 }
 
+// Bytes of a record past the header's count are an append that never
+// finished: the end of the table. A counted record cut short is damage.
+TEST_F(DbfCursor, PartialRecordsPastTheCountEndTheTable) {
+    String name = make(2);
+    std::string bytes = folder.read("t.dbf");
+    folder.write("t.dbf", bytes + "  x");
+    {
+        auto table = open_table(name, FILE_OPEN_READ);
+        table->go_top();
+        table->go_next();
+        table->go_next();
+        EXPECT_TRUE(table->eof);
+        EXPECT_EQ(table->recno, 3u);
+    }
+    folder.write("t.dbf", bytes.substr(0, bytes.size() - 3));
+    auto table = open_table(name, FILE_OPEN_READ);
+    table->go_top();
+    EXPECT_THROW(table->go_next(), dbf_error_file_corruption);
+}
+
 TEST_F(DbfCursor, LockPositionsCountDownFromTheAppendLock) {
     const dbf_version_st* dbase = find_dbf_version(0x03);
     const dbf_version_st* visual = find_dbf_version(0x30);
