@@ -354,13 +354,5 @@ TEST_F(DbfCursor, PartialRecordsPastTheCountEndTheTable) {
     EXPECT_THROW(table->go_next(), dbf_error_file_corruption);
 }
 
-TEST_F(DbfCursor, LockPositionsCountDownFromTheAppendLock) {
-    const dbf_version_st* dbase = find_dbf_version(0x03);
-    const dbf_version_st* visual = find_dbf_version(0x30);
-    EXPECT_EQ(dbase->record_lock_position(1), 0x3FFFFFFFu);
-    EXPECT_EQ(visual->record_lock_position(1), 0x7FFFFFFDu);
-    EXPECT_EQ(visual->append_lock_position(), 0x7FFFFFFEu);
-}
-
 }  // namespace
 }  // namespace zobase
