@@ -130,17 +130,17 @@ void void_stackcall_replace(VmStack* stack, unsigned long long) {
     table->commit(stack);
 }
 
-// At either end there is no record to mark.
+// At the end of the file there is no record to mark.
 void void_stackcall_delete_record(VmStack* stack, unsigned long long) {
     Table_Object* table = current_table(stack);
-    if (table->eof() || table->bof()) return;
+    if (table->eof()) return;
     table->delete_record();
     table->commit(stack);
 }
 
 void void_stackcall_recall_record(VmStack* stack, unsigned long long) {
     Table_Object* table = current_table(stack);
-    if (table->eof() || table->bof()) return;
+    if (table->eof()) return;
     table->recall_record();
     table->commit(stack);
 }

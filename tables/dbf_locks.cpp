@@ -18,9 +18,11 @@ bool DbfFile::unlock_record() {
 }
 
 // The record is read again once the lock is held, whatever the result, so
-// that what another process wrote before is seen.
+// that what another process wrote before is seen. At the beginning of the
+// file the first record is still shown, and is locked; only the end of the
+// file (where an empty table stands as well) has no record.
 bool DbfFile::internal_lock() {
-    if (bof || eof) return false;
+    if (eof) return false;
     if (!shared_writable()) return true;
     if (isrlocked(recno)) return true;
     bool locked = file->lock(static_cast<std::streamoff>(record_lock_position(recno)), 1);
@@ -30,7 +32,7 @@ bool DbfFile::internal_lock() {
 }
 
 bool DbfFile::internal_unlock() {
-    if (bof || eof) return false;
+    if (eof) return false;
     if (!shared_writable()) return true;
     if (!isrlocked(recno)) return false;
     bool unlocked = file->unlock(static_cast<std::streamoff>(record_lock_position(recno)), 1);
@@ -38,11 +40,11 @@ bool DbfFile::internal_unlock() {
     return unlocked;
 }
 
-// At bof or eof nothing happens at all: the locks stay held. A lock that
+// At end of file nothing happens at all: the locks stay held. A lock that
 // cannot be released stays in the set.
 void DbfFile::unlock_all_records() {
     DbfRecursionGuard guard(this);
-    if (bof || eof || !shared_writable()) return;
+    if (eof || !shared_writable()) return;
     std::vector<uint64_t> released;
     for (uint64_t number : locked_records)
         if (file->unlock(static_cast<std::streamoff>(record_lock_position(number)), 1)) released.push_back(number);

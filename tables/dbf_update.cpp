@@ -50,9 +50,11 @@ void DbfFile::begin_append() {
     std::memcpy(saved_record.get(), blank_record.get(), record_length);
 }
 
+// A change made while the cursor stands at the beginning of the file is a
+// change of the first record, which is shown there, and is written like any.
 void DbfFile::update(VmStack* stack) {
     DbfRecursionGuard guard(this);
-    if (eof || bof) return;
+    if (eof) return;
     if (!appending && std::memcmp(shown_record, saved_record.get(), record_length) == 0) return;
     if (!file->is_writable()) throw dbf_error_file_readonly();
     if (appending) append_record(stack);

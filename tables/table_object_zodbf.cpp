@@ -299,7 +299,7 @@ void Table_Object_ZoDbf::begin_transaction() { journal_ = std::make_unique<journ
 // bytes on disk.
 void Table_Object_ZoDbf::journal_update() {
     DbfFile* table = table_.get();
-    if (table->eof || table->bof) return;
+    if (table->eof) return;
     if (table->appending) {
         if (journal_->appended) return;
         table->hold_append_lock();

@@ -38,6 +38,10 @@ TRY
 CATCH TO e
   ? "skip at bof:", e.errorno, e.message
 ENDTRY
+* At the beginning of the file the first record is shown, and takes changes.
+REPLACE n WITH 11
+GO TOP
+? "changed at bof:", recno(), n
 GO 3
 ? "go 3:", recno(), n
 GOTO RECORD 4
