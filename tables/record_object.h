@@ -3,7 +3,7 @@
 // each a plain value the program may read and change; GATHER NAME takes
 // them back. Properties can be added (SCATTER NAME ... ADDITIVE).
 #include <cstdint>
-#include <vector>
+#include <deque>
 
 #include "values/variant.h"
 #include "vm/object.h"
@@ -31,7 +31,9 @@ private:
     // 1734 with the name when there is none.
     Variant* property(VmStack* stack, uint32_t symbol);
 
-    std::vector<property_st> properties_;
+    // A deque never moves its elements: a Variant copied by a move of the
+    // storage would take a second reference that nothing releases.
+    std::deque<property_st> properties_;
 };
 
 // A new, empty record object as the value of dest, which must be clean.
