@@ -23,10 +23,12 @@ check: build
 	cd $(BUILD) && ctest --output-on-failure -j $(JOBS)
 
 # Native benchmarks print their own figures; bench-compare times the
-# language benchmarks of bench/lang side by side with Python and Lua.
+# language benchmarks of bench/lang side by side with Python and Lua, and
+# bench/tables.py the table programs beside Python's sqlite3.
 bench: build
 	for b in $(BUILD)/bench_*; do echo "== $$b"; $$b; done
 	python3 bench/compare.py $(BUILD)/zosh
+	python3 bench/tables.py $(BUILD)/zosh
 
 bench-compare: build
 	python3 bench/compare.py $(BUILD)/zosh

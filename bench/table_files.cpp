@@ -100,7 +100,7 @@ double write_each(const std::string& path, const std::vector<String>& names) {
         table->file->writeex(static_cast<std::streamoff>(table->record_position(i + 1)),
                              table->shown_record, table->record_length);
     }
-    table->record_count = RECORDS;
+    table->record_count = table->stored_count = RECORDS;
     table->write_dbf_header();
     return RECORDS / seconds_since(start);
 }
@@ -121,7 +121,7 @@ double write_blocks(const std::string& path, const std::vector<String>& names) {
         table->file->writeex(static_cast<std::streamoff>(table->record_position(first + 1)), block,
                              count * length);
     }
-    table->record_count = RECORDS;
+    table->record_count = table->stored_count = RECORDS;
     table->write_dbf_header();
     return RECORDS / seconds_since(start);
 }

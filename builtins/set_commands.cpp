@@ -28,6 +28,19 @@ bool logical_value(VmStack* stack) {
     return value.tag == TAG_TRUE;
 }
 
+// SET BLOCKSIZE TO 0 to 32768: 0 is kept as 1, 1 to 32 count units of 512
+// bytes, larger values are bytes. Anything else is error 10.
+uint64_t blocksize_value(VmStack* stack) {
+    constexpr integer_type_st BLOCK_UNITS = 32;
+    constexpr integer_type_st MAX_BLOCKSIZE = 32768;
+    const Variant& value = argument(stack, 2);
+    if (value.tag != TAG_INTEGER && value.tag != TAG_NUMERIC) throw RuntimeError(ERR_SYNTAX);
+    integer_type_st size = value.tag == TAG_INTEGER ? value.integer : static_cast<integer_type_st>(value.numeric.value);
+    if (size < 0 || size > MAX_BLOCKSIZE) throw RuntimeError(ERR_SYNTAX);
+    if (size == 0) return 1;
+    return static_cast<uint64_t>(size <= BLOCK_UNITS ? size * 512 : size);
+}
+
 }  // namespace
 
 void void_stackcall_set(VmStack* stack, unsigned long long argc) {
@@ -37,11 +50,11 @@ void void_stackcall_set(VmStack* stack, unsigned long long argc) {
     case SET_SPACE: stack->space = logical_value(stack); return;
     case SET_ASSERTS: stack->services->set_asserts(logical_value(stack)); return;
     case SET_DECIMALS: set_decimals(stack, argument(stack, 2)); return;
-    // Session settings whose readers are not built yet: 1001 until they are.
-    case SET_EXCLUSIVE: raise_not_available("set exclusive");
-    case SET_DELETED: raise_not_available("set deleted");
-    case SET_BLOCKSIZE: raise_not_available("set blocksize");
-    case SET_NEAR: raise_not_available("set near");
+    // Settings of the data session that the table commands read.
+    case SET_EXCLUSIVE: stack->sessions->settings().exclusive = logical_value(stack); return;
+    case SET_DELETED: stack->sessions->settings().deleted = logical_value(stack); return;
+    case SET_BLOCKSIZE: stack->sessions->settings().blocksize = blocksize_value(stack); return;
+    case SET_NEAR: stack->sessions->settings().near = logical_value(stack); return;
     default: throw RuntimeError(ERR_NOT_AVAILABLE);
     }
 }

@@ -90,6 +90,7 @@ void BuildInput::set_module_context_from_frame(VmStack* running) {
 void BuildInput::init_compiler(Compiler& compiler) const {
     compiler.libraries = libraries;
     compiler.module = module;
+    compiler.table = table;
     if (forced_location) {
         compiler.has_forced_location = true;
         compiler.forced_location = *forced_location;

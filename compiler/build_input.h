@@ -62,6 +62,8 @@ public:
     String source;  // the text being built
     // Where a macro's text counts as written: every instruction carries it.
     const document_location_st* forced_location = nullptr;
+    // The table whose fields an expression reads first (filters, FOR clauses).
+    const compiler_table_context_st* table = nullptr;
 
     void import_library(const Library* library);
     void set_module_context_from_frame(VmStack* running);

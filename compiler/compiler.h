@@ -19,6 +19,7 @@
 #include "frontend/token.h"
 #include "values/string.h"
 #include "vm/program.h"
+#include "vm/table_context.h"
 #include "vm/vm_op.h"
 
 namespace zobase {
@@ -90,19 +91,6 @@ struct compile_error_st {
     int32_t number;
     document_location_st location;
     String detail{};  // what the message's format takes, or empty
-};
-
-// A field the compiler can read when an expression is compiled for a table.
-struct compiler_field_st {
-    unsigned symbol;
-    uint8_t field_type;  // the DBF field type number
-    uint32_t width;
-    uint16_t index;
-};
-
-// The table whose field names resolve first (index keys, filters).
-struct compiler_table_context_st {
-    std::vector<compiler_field_st> fields;
 };
 
 enum CompilerFlags : int {

@@ -83,6 +83,31 @@ comes to <<price * quantity>>.
 ENDTEXT
 ? report
 
+* Tables: a cursor lives in memory; CREATE TABLE would write a DBF file.
+CREATE CURSOR orders (item C(12), qty N(4), price Y)
+APPEND BLANK
+REPLACE item WITH "Pencils"
+REPLACE qty WITH 40
+REPLACE price WITH $0.35
+APPEND BLANK
+REPLACE item WITH "Notebooks"
+REPLACE qty WITH 6
+REPLACE price WITH $2.90
+APPEND BLANK
+REPLACE item WITH "Stapler"
+REPLACE qty WITH 1
+REPLACE price WITH $7.50
+? "Orders:", reccount()
+value = $0
+SCAN FOR qty > 1
+  ? item, qty, "at", price
+  value = value + qty * price
+ENDSCAN
+? "Value of the larger orders:", value
+LOCATE FOR item = "Stapler"
+? "Found the stapler in record", recno()
+USE
+
 FUNCTION factorial(n)
 IF n <= 1
   RETURN 1

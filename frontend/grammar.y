@@ -7,8 +7,8 @@
 %define api.prefix {kestro}
 %locations
 %param {zobase::ParseContext* ctx}
-%expect 2847
-%expect-rr 2312
+%expect 2850
+%expect-rr 2317
 
 %code requires {
 #include "frontend/syntax_tree.h"
@@ -329,6 +329,7 @@ static void kestroerror(KESTROLTYPE* location, ParseContext* ctx, const char* me
 %type <opd> power_level operand call literal integer_literal numeric_literal money_literal logical_literal
 %type <opd> null_literal string_literal binary_literal date_literal datetime_literal blank_date blank_datetime
 %type <opd> bracket_element paren_element assign_target argument on_off opt_step name_expression file_expression
+%type <opd> field_expression
 %type <var> variable
 %type <path> path member_tail index_tail
 %type <item> path_root path_root_index path_root_call member member_index member_call
@@ -490,9 +491,9 @@ statement:
         { $$ = grammar_create_table(ctx, $10, $5, false, $6); }
   | K_PACK eol                                    { $$ = CMD(STMT_PACK); }
   | K_ZAP eol                                     { $$ = CMD(STMT_ZAP); }
-  | K_REPLACE ws name_expression ws K_WITH ws expression eol
+  | K_REPLACE ws field_expression ws K_WITH ws expression eol
         { auto* c = CMD(STMT_REPLACE); PUSH(c, OPT("FIELD", $3, @3)); PUSH(c, OPT("VALUE", $7, @7)); $$ = c; }
-  | K_REPLACE ws name_expression ws K_WITH ws expression ws K_IN ws name_expression eol
+  | K_REPLACE ws field_expression ws K_WITH ws expression ws K_IN ws name_expression eol
         { auto* c = CMD(STMT_REPLACE); PUSH(c, OPT("FIELD", $3, @3)); PUSH(c, OPT("VALUE", $7, @7));
           PUSH(c, OPT("IN", $11, @11)); $$ = c; }
   | K_SCATTER ws scatter_to_options eol           { $$ = $3; $$->type = STMT_SCATTER_TO; }
@@ -676,7 +677,7 @@ copy_option: K_WITH ws K_CDX { $$ = FLAG("CDX", @3); } ;
 copy_options: copy_option { $$ = CMD(STMT_INVALID); PUSH($$, $1); } | copy_options ws copy_option { $$ = $1; PUSH($$, $3); } ;
 do_option: K_WITH ws argument_list { $$ = new Option("WITH", $3); $$->location = @3; } | in_clause ;
 do_options: do_option { $$ = CMD(STMT_INVALID); PUSH($$, $1); } | do_options ws do_option { $$ = $1; PUSH($$, $3); } ;
-filter_option: K_TO ws expression { $$ = OPT("TO", $3, @3); } | in_clause ;
+filter_option: K_TO ws expression { $$ = grammar_text_option(ctx, "TO", $3, @3); } | in_clause ;
 filter_options: filter_option { $$ = CMD(STMT_INVALID); PUSH($$, $1); } | filter_options ws filter_option { $$ = $1; PUSH($$, $3); } ;
 index_option:
     K_ADDITIVE { $$ = FLAG("ADDITIVE", @1); } | K_ASCENDING { $$ = FLAG("ASCENDING", @1); }
@@ -687,7 +688,8 @@ index_option:
   ;
 index_options: index_option { $$ = CMD(STMT_INVALID); PUSH($$, $1); } | index_options ws index_option { $$ = $1; PUSH($$, $3); } ;
 locate_option:
-    K_FOR ws expression { $$ = OPT("FOR", $3, @3); } | K_WHILE ws expression { $$ = OPT("WHILE", $3, @3); }
+    K_FOR ws expression { $$ = grammar_text_option(ctx, "FOR", $3, @3); }
+  | K_WHILE ws expression { $$ = grammar_text_option(ctx, "WHILE", $3, @3); }
   | K_REST { $$ = FLAG("REST", @1); } | K_NOOPTIMIZE { $$ = FLAG("NOOPTIMIZE", @1); }
   ;
 locate_options: locate_option { $$ = CMD(STMT_INVALID); PUSH($$, $1); } | locate_options ws locate_option { $$ = $1; PUSH($$, $3); } ;
@@ -838,6 +840,12 @@ dotted_name:
 name_expression:
     name %dprec 2                                 { $$ = new Operand_Name(NAME_STR($1)); $$->location = @$; }
   | expression %dprec 1
+  ;
+/* REPLACE alias.field and alias->field name the field with its work area, as text. */
+field_expression:
+    name_expression %dprec 1
+  | name '.' name %dprec 3                        { $$ = grammar_field_name($1, ".", $3, @$); }
+  | name '-' '>' name %dprec 3                    { $$ = grammar_field_name($1, "->", $4, @$); }
   ;
 file_expression:
     dotted_name %dprec 3                          { $$ = new Operand_Name(grammar_join($1)); $$->location = @$; delete $1; }

@@ -123,6 +123,23 @@ Option* grammar_option(const char* key, Operand* value, const document_location_
     return option;
 }
 
+Operand* grammar_field_name(const scan_string_st& alias, const char* separator, const scan_string_st& field,
+                            const document_location_st& location) {
+    std::string text = String::create_from_scan_string(alias).u8str() + separator +
+                       String::create_from_scan_string(field).u8str();
+    Operand* name = new Operand_Name(String(text.c_str()));
+    name->location = location;
+    return name;
+}
+
+Option* grammar_text_option(ParseContext* ctx, const char* key, Operand* parsed,
+                            const document_location_st& location) {
+    delete parsed;
+    Operand* text = new Const_String(grammar_source_text(ctx, location));
+    text->location = location;
+    return grammar_option(key, text, location);
+}
+
 void grammar_push(ParseContext* ctx, BasicCommand* command, Option* option) {
     command->options.push(option, report_duplicate_option, ctx);
 }

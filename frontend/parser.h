@@ -98,6 +98,13 @@ String grammar_join(const TextPieces* text);
 String grammar_source_text(ParseContext* ctx, const document_location_st& location);
 
 Option* grammar_option(const char* key, Operand* value, const document_location_st& location);
+// An option whose value is the source text of an expression, compiled later
+// for a table (LOCATE FOR, SET FILTER TO); the parsed expression is dropped.
+Option* grammar_text_option(ParseContext* ctx, const char* key, Operand* parsed,
+                            const document_location_st& location);
+// A field named with its alias, "alias.field" or "alias->field", as text.
+Operand* grammar_field_name(const scan_string_st& alias, const char* separator, const scan_string_st& field,
+                            const document_location_st& location);
 void grammar_push(ParseContext* ctx, BasicCommand* command, Option* option);
 BasicCommand* grammar_command_to(ParseContext* ctx, StatementTypes type, const char* key, Operand* value,
                                  const document_location_st& location);

@@ -22,6 +22,7 @@
 #include "runtime/module_cache.h"
 #include "runtime/runtime_resolver.h"
 #include "runtime/screen.h"
+#include "tables/table_sessions.h"
 #include "text/charset.h"
 #include "text/collation.h"
 #include "text/date_format.h"
@@ -144,12 +145,13 @@ VmStack* Runtime::get_main_stack() {
 
 uint64_t Runtime::create_stack_id() { return impl->next_stack_id++; }
 
-// The stack keeps the PlainDataSessions it was made with until the table
-// engine's sessions are installed here.
+// Every stack the runtime makes gets the table engine's data sessions in
+// place of the PlainDataSessions it was made with.
 void Runtime::attach_stack(VmStack* stack) {
     stack->id = create_stack_id();
     stack->resolver = call_resolver();
     stack->services = services();
+    stack->sessions = std::make_unique<TableDataSessions>(stack);
 }
 
 void Runtime::pass_arguments(int argc, const char* const* argv) {

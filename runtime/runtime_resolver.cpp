@@ -97,10 +97,12 @@ public:
         return std::make_unique<ScriptFunction>(build.build_module(String("<script>"), text));
     }
 
-    std::unique_ptr<Program> compile_expression(VmStack* stack, const String& text) const override {
+    std::unique_ptr<Program> compile_expression(VmStack* stack, const String& text,
+                                                const compiler_table_context_st* table) const override {
         ZO_TRACE();
         BuildInput build(stack);
         prepare(build, stack);
+        build.table = table;
         const Program* program = nullptr;
         try {
             build.build_expression(text, &program);

@@ -66,7 +66,14 @@ const char* memo_extension_for(const std::string& table_extension) {
 
 int64_t runtime_load_time() noexcept { return load_time; }
 
-DbfFile::~DbfFile() { close(); }
+// A failure to write what is pending can only be dropped here; close()
+// reports it to a caller that closes explicitly.
+DbfFile::~DbfFile() {
+    try {
+        close();
+    } catch (const Exception&) {
+    }
+}
 
 DbfFile* DbfFile::open(File* file) {
     ZO_TRACE();
@@ -91,11 +98,38 @@ void DbfFile::run_open_sequence() {
     for (DbfField* field : autoinc_fields) set_field_readonly(field);
     if (file->is_writable()) check_record_count();
     open_memo_file();
+    setup_pending_appends();
 }
 
+// Appended records of an unshared writable table collect in memory up to
+// this size before they go out together.
+constexpr uint64_t PENDING_APPEND_BYTES = 256 * 1024;
+
+void DbfFile::setup_pending_appends() {
+    stored_count = record_count;
+    pending_capacity = 0;
+    pending.reset();
+    if (!file->is_writable() || file->is_shared()) return;
+    pending_capacity = std::max<uint64_t>(1, PENDING_APPEND_BYTES / record_length);
+    pending.reset(new char[pending_capacity * record_length]);
+}
+
+// The memo file closes even when the pending records fail to go out.
 void DbfFile::close() {
-    if (file) file->close();
-    if (fpt) fpt->close();
+    struct memo_closer {
+        FptFile* fpt;
+        ~memo_closer() {
+            if (fpt) fpt->close();
+        }
+    } memo{fpt.get()};
+    if (!file) return;
+    try {
+        flush();
+    } catch (...) {
+        file->close();
+        throw;
+    }
+    file->close();
 }
 
 void DbfFile::free() {

@@ -17,6 +17,7 @@
 // A DbfFile belongs to one thread at a time and takes no in-process lock.
 #include <cstdint>
 #include <memory>
+#include <set>
 #include <vector>
 
 #include "tables/dbf_field.h"
@@ -31,7 +32,29 @@
 namespace zobase {
 
 class Charset;
+class DbfFile;
+class Index;
 class Variant;
+class VmStack;
+
+// How go() reads a record; a set of bits.
+enum Readahead : unsigned {
+    READAHEAD_DROP = 1,    // empty the read-ahead block first
+    READAHEAD_DIRECT = 2,  // read straight into the target
+    READAHEAD_BLOCK = 4,   // read through the read-ahead block
+};
+
+// The order the cursor moves in. Without an index it is file order; the
+// index layer selects an Index and sets the four moves, swapped for a
+// descending order (to top is then go_bottom_in_index, and so on).
+struct dbf_order_st {
+    Index* index = nullptr;
+    bool descending = false;
+    void (DbfFile::*to_top)() = nullptr;
+    void (DbfFile::*next)() = nullptr;
+    void (DbfFile::*previous)() = nullptr;
+    void (DbfFile::*to_bottom)() = nullptr;
+};
 
 // The time the runtime was loaded, in units of 100 nanoseconds since
 // 1970-01-01 (whole seconds times 10,000,000). Written records stamp the
@@ -79,6 +102,23 @@ public:
     uint64_t readahead_capacity = 0;  // in records
     std::unique_ptr<char[]> readahead;
 
+    // ---- records appended to an unshared table that are not on disk yet.
+    // Nobody else can read such a file, so whole runs of appended records go
+    // out in one write, followed by the header: the header on disk counts
+    // stored_count records, every one of them fully written, and records
+    // stored_count + 1 to record_count live in `pending`. A shared table
+    // writes each record and then its header at once (stored_count unused).
+    uint64_t stored_count = 0;
+    uint64_t pending_capacity = 0;  // in records; 0: the table writes through
+    std::unique_ptr<char[]> pending;
+    bool descriptors_dirty = false;  // autoincrement values wait for the flush
+
+    dbf_order_st order;
+    // The records this object holds locked, in a shared writable table.
+    std::set<uint64_t> locked_records;
+    // A transaction holds the append lock from its first append to its end.
+    bool append_lock_held = false;
+
     std::unique_ptr<File> file;
     std::unique_ptr<FptFile> fpt;
 
@@ -112,7 +152,8 @@ public:
     DbfFile(const DbfFile&) = delete;
     DbfFile& operator=(const DbfFile&) = delete;
 
-    // Closes the table file, then the memo file; frees nothing.
+    // Writes what is pending, then closes the table file and the memo file;
+    // frees nothing.
     void close();
     // Drops the field lists and clears the header image; the object can then
     // run the open sequence again.
@@ -175,10 +216,97 @@ public:
     // dbf_invalid_reccount_detected.
     void check_record_count();
 
+    // ---- the cursor (dbf_cursor.cpp). Movements never write: a changed
+    // record left without update() loses its changes.
+
+    // Record `number` into `target` as the Readahead bits say. False when
+    // the file holds no such record (nothing, or the end-of-file byte);
+    // raises dbf_error_file_corruption for a partial record.
+    bool go(uint64_t number, char* target, unsigned bits);
+    void go_top();
+    void go_bottom();
+    void go_next();
+    void go_prev();
+    void go_eof();
+    // To a record by number; with an order, the order's position follows.
+    void go_to(VmStack* stack, uint64_t number);
+    void go_to_in_file(uint64_t number);
+    void go_top_in_file();
+    void go_next_in_file();
+    // The moves of an index order; the index layer builds them. While no
+    // index is selected they raise dbf_error_no_index_selected.
+    void go_to_in_index(VmStack* stack);
+    void go_top_in_index();
+    void go_next_in_index();
+    void go_prev_in_index();
+    void go_bottom_in_index();
+    // Overwrites record `number` in the read-ahead block, if the block holds it.
+    void update_buffer(uint64_t number, const char* record);
+    // In shared mode, reads the header for the current record count.
+    uint64_t reccount();
+    void refresh_dbf_header();
+    bool deleted() const noexcept { return shown_record[0] != ' '; }
+
+    // ---- changing records (dbf_update.cpp)
+
+    // A blank record to be appended by the next update().
+    void begin_append();
+    // Writes the shown record when it differs from the saved one, or when it
+    // is being appended: the record, then its index keys, then the header.
+    void update(VmStack* stack);
+    void update_keys(VmStack* stack);
+    void write_record();
+    // The shown record takes the saved one; an append is dropped.
+    void revert();
+    // After taking a record lock in shared mode: what another process wrote
+    // to fields this one has not changed is taken over.
+    void refresh();
+    void delete_record();
+    void recall_record();
+    // Writes the pending appended records and then the header.
+    void flush();
+    // What a rolled back transaction puts back: a record as it stood, and
+    // the record count before its appends, the file cut after it.
+    void restore_record(uint64_t number, const char* record);
+    void truncate_records(uint64_t count);
+
+    // ---- locks (dbf_locks.cpp); only a shared writable table takes them.
+    bool lock();
+    bool unlock_record();
+    bool internal_lock();
+    bool internal_unlock();
+    void unlock_all_records();
+    bool isrlocked(uint64_t number) const { return locked_records.count(number) != 0; }
+    // Releases the lock of one record by number, wherever the cursor stands.
+    bool unlock_record_number(uint64_t number);
+    // The append lock for longer than one append (see DbfAppendLock).
+    void hold_append_lock();
+    void release_append_lock();
+    // The locks of the index files, in their order; none while the table
+    // has no index file.
+    void lock_indizes();
+    void unlock_indizes();
+
 private:
+    bool shared_writable() const noexcept { return file->is_shared() && file->is_writable(); }
+    bool in_pending(uint64_t number) const noexcept {
+        return pending_capacity && number > stored_count && number <= record_count;
+    }
+    char* pending_record(uint64_t number) const noexcept {
+        return pending.get() + (number - stored_count - 1) * record_length;
+    }
+    void show_blank();
+    void go_last_in_file();
+    void append_record(VmStack* stack);
+    void rewrite_record(VmStack* stack);
+    void take_next_values();
+    void move_next_values_past_new_ones();
+    void store_descriptor(DbfField* field);
+    void write_header_after_append();
     void create_table(const createopts_st& options, fielddef_st* definitions, uint64_t count);
     void create_memo_file(uint32_t block_size);
     void run_open_sequence();
+    void setup_pending_appends();
     void read_field_descriptors();
     void open_memo_file();
     void check_layout();
@@ -202,15 +330,35 @@ private:
     DbfFile* table_;
 };
 
+// Holds the locks of all index files of a table for a scope, in their
+// order: the structural file first, then the file of each tag by name.
+class LockAllIndizes {
+public:
+    explicit LockAllIndizes(DbfFile* table) : table_(table) {
+        table->lock_indizes();
+        locked_ = true;
+    }
+    ~LockAllIndizes() {
+        if (locked_) table_->unlock_indizes();
+    }
+    LockAllIndizes(const LockAllIndizes&) = delete;
+    LockAllIndizes& operator=(const LockAllIndizes&) = delete;
+
+private:
+    DbfFile* table_;
+    bool locked_ = false;
+};
+
 // The append lock of a shared table: serialises appends and the next
 // autoincrement values between processes. Raises
 // dbf_error_lock_for_append_failed when the lock is refused.
 // The release raises dbf_error_release_append_lock_failed when refused.
+// While a transaction holds the lock for its whole length, this takes nothing.
 class DbfAppendLock
     : public ScopedFileLock<dbf_error_lock_for_append_failed, dbf_error_release_append_lock_failed> {
 public:
     explicit DbfAppendLock(DbfFile* table)
-        : ScopedFileLock(table->file.get(), table->append_lock_position()) {}
+        : ScopedFileLock(table->append_lock_held ? nullptr : table->file.get(), table->append_lock_position()) {}
 };
 
 }  // namespace zobase

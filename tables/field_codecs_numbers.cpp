@@ -165,6 +165,34 @@ void set_double_from_money(DbfFile*, const DbfField* field, const money_type_st&
 
 // ---- N and F
 
+// The common form of a numeric field, digits with an optional sign and
+// point up to the end of the field, read without the general parser: up to
+// 15 digits are exact as an integer, and one division by an exact power of
+// ten rounds correctly, so the result is the one from_chars gives.
+bool parse_plain_decimal(const char* p, const char* end, double* out) {
+    static const double powers[] = {1e0, 1e1, 1e2, 1e3, 1e4, 1e5, 1e6, 1e7, 1e8,
+                                    1e9, 1e10, 1e11, 1e12, 1e13, 1e14, 1e15};
+    bool negative = p < end && *p == '-';
+    if (negative) ++p;
+    uint64_t mantissa = 0;
+    int digits = 0, decimals = -1;
+    for (; p < end; ++p) {
+        if (*p >= '0' && *p <= '9') {
+            mantissa = mantissa * 10 + static_cast<uint64_t>(*p - '0');
+            if (++digits > 15) return false;
+            if (decimals >= 0) ++decimals;
+        } else if (*p == '.' && decimals < 0) {
+            decimals = 0;
+        } else {
+            return false;
+        }
+    }
+    if (digits == 0) return false;
+    double value = static_cast<double>(mantissa) / powers[decimals < 0 ? 0 : decimals];
+    *out = negative ? -value : value;
+    return true;
+}
+
 // Reads like strtod in the C locale, whatever locale the host set: blanks
 // first, then the longest number; text that is no number reads as 0.
 double parse_number_text(const char* text, size_t size) {
@@ -176,6 +204,7 @@ double parse_number_text(const char* text, size_t size) {
         if (p < end && *p == '-') return 0;
     }
     double value = 0;
+    if (parse_plain_decimal(p, end, &value)) return value;
     std::from_chars_result read = std::from_chars(p, end, value);
     if (read.ec == std::errc()) return value;
     if (read.ec != std::errc::result_out_of_range) return 0;

@@ -70,6 +70,8 @@ public:
     virtual bool unlock(std::streampos pos, uint64_t size) = 0;
     // In bytes; 0 when the query fails.
     virtual int64_t size() = 0;
+    // Cuts the file to `size` bytes. Raises file_write_failed.
+    virtual void truncate(uint64_t size) = 0;
     // Whole seconds since 1970-01-01; 0 when unknown.
     virtual int64_t modified_time() = 0;
     virtual int64_t created_time() = 0;

@@ -14,9 +14,9 @@ namespace zobase {
 template <typename LockRefused, typename ReleaseRefused>
 class ScopedFileLock {
 public:
-    // Blocks until the byte is free.
+    // Blocks until the byte is free. A null file takes nothing.
     ScopedFileLock(File* file, uint64_t position)
-        : file_(file->is_shared() ? file : nullptr), position_(position),
+        : file_(file && file->is_shared() ? file : nullptr), position_(position),
           exceptions_(std::uncaught_exceptions()) {
         if (file_ && !file_->lock(pos(), 1)) {
             file_ = nullptr;

@@ -100,4 +100,13 @@ uint64_t FileMemory::read(char* data, uint64_t size) {
     return n;
 }
 
+void FileMemory::truncate(uint64_t size) {
+    if (size >= size_) return;
+    uint64_t first_gone = (size + PAGE_SIZE - 1) / PAGE_SIZE;
+    pages_.erase(pages_.lower_bound(first_gone), pages_.end());
+    auto last = pages_.find(size / PAGE_SIZE);
+    if (last != pages_.end()) std::memset(last->second.get() + size % PAGE_SIZE, 0, PAGE_SIZE - size % PAGE_SIZE);
+    size_ = size;
+}
+
 }  // namespace zobase

@@ -29,6 +29,8 @@ public:
     bool lock(std::streampos, uint64_t) override { return true; }
     bool unlock(std::streampos, uint64_t) override { return true; }
     int64_t size() override { return static_cast<int64_t>(size_); }
+    // Pages past the end go; the rest of the last page reads as zero again.
+    void truncate(uint64_t size) override;
     int64_t modified_time() override { return modified_; }
     int64_t created_time() override { return created_; }
 

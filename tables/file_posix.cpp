@@ -195,6 +195,14 @@ int64_t FilePosix::size() {
     return ::fstat(fd_, &info) == 0 ? info.st_size : 0;
 }
 
+void FilePosix::truncate(uint64_t size) {
+    if (!is_writable()) throw file_access_denied();
+    int result;
+    do result = ::ftruncate(fd_, static_cast<off_t>(size));
+    while (result < 0 && errno == EINTR);
+    if (result != 0) throw file_write_failed();
+}
+
 int64_t FilePosix::modified_time() {
     struct stat info;
     return ::fstat(fd_, &info) == 0 ? info.st_mtim.tv_sec : 0;

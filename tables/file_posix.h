@@ -24,6 +24,7 @@ public:
     bool lock(std::streampos pos, uint64_t size) override;
     bool unlock(std::streampos pos, uint64_t size) override;
     int64_t size() override;
+    void truncate(uint64_t size) override;
     int64_t modified_time() override;
     int64_t created_time() override;
 

@@ -8,7 +8,9 @@
 #                tests that depend on the locale or the time zone
 # The program runs in its own folder so that relative file names work, and
 # that folder is cut from the output so that reports naming the file match on
-# any checkout.
+# any checkout. In a folder holding a file named "sandbox" each program runs
+# instead in a fresh temporary folder with a copy of itself (and of any
+# *.py helpers beside it), removed afterwards: programs that write files.
 zosh=$1
 prg=$2
 stem=${prg%.prg}
@@ -26,8 +28,17 @@ if [ -f "$stem.env" ]; then
 fi
 
 actual=$(mktemp)
-trap 'rm -f "$actual"' EXIT
-cd "$dir" || exit 1
+sandbox=""
+trap 'rm -f "$actual"; [ -n "$sandbox" ] && rm -rf "$sandbox"' EXIT
+if [ -f "$dir/sandbox" ]; then
+  sandbox=$(mktemp -d)
+  cp "$prg" "$sandbox/"
+  for helper in "$dir"/*.py; do [ -f "$helper" ] && cp "$helper" "$sandbox/"; done
+  case "$input" in /dev/null) ;; *) input=$(cd "$(dirname "$input")" && pwd -P)/$(basename "$input") ;; esac
+  cd "$sandbox" || exit 1
+else
+  cd "$dir" || exit 1
+fi
 here=$(pwd -P)
 # shellcheck disable=SC2086
 "$zosh" $args "$(basename "$prg")" < "$input" > "$actual.raw" 2>&1

@@ -8,6 +8,8 @@
 
 #include "base/document_location.h"
 #include "values/string.h"
+#include "vm/program.h"
+#include "vm/table_context.h"
 #include "vm/vm_op.h"
 
 namespace zobase {
@@ -55,8 +57,13 @@ public:
     // PARAMETERS. It owns all that was compiled. Compile errors are shown,
     // then raised as the first.
     virtual std::unique_ptr<UserFunction> compile_script(VmStack* stack, const String& text) const = 0;
-    // One expression, as a program ending in VmOpReturnValue.
-    virtual std::unique_ptr<Program> compile_expression(VmStack* stack, const String& text) const = 0;
+    // One expression, as a program ending in VmOpReturnValue. With a table,
+    // its field names resolve first, by position.
+    virtual std::unique_ptr<Program> compile_expression(VmStack* stack, const String& text,
+                                                        const compiler_table_context_st* table) const = 0;
+    std::unique_ptr<Program> compile_expression(VmStack* stack, const String& text) const {
+        return compile_expression(stack, text, nullptr);
+    }
 };
 
 }  // namespace zobase

@@ -27,15 +27,9 @@ import tempfile
 
 import dbf
 
+from interop_checks import check, finish
+
 TOOL = sys.argv[1]
-FAILURES = []
-CHECKS = [0]
-
-
-def check(condition, what):
-    CHECKS[0] += 1
-    if not condition:
-        FAILURES.append(what)
 
 
 def escape(text):
@@ -241,10 +235,7 @@ def main():
     with tempfile.TemporaryDirectory(prefix="zobase_interop_") as folder:
         zobase_writes_python_reads(folder)
         python_writes_zobase_reads(folder)
-    for failure in FAILURES:
-        print("FAIL:", failure)
-    print("%d checks, %d mismatches" % (CHECKS[0], len(FAILURES)))
-    return 1 if FAILURES else 0
+    return finish()
 
 
 if __name__ == "__main__":

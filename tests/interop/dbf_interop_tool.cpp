@@ -138,14 +138,12 @@ int write_table(const char* name, const char* spec_path) {
     File* file = create_file(String(name), 0);
     std::unique_ptr<DbfFile> table(DbfFile::create(file, &options, defs.data(), defs.size()));
     for (const std::vector<std::string>& record : records) {
-        std::memcpy(table->shown_record, table->blank_record.get(), table->record_length);
+        table->begin_append();
         for (size_t i = 0; i < fields.size() && i < record.size(); ++i)
             set_value(table.get(), i, fields[i].letter, record[i]);
-        table->file->writeex(static_cast<std::streamoff>(table->record_position(table->record_count + 1)),
-                             table->shown_record, table->record_length);
-        ++table->record_count;
-        table->write_dbf_header();
+        table->update(nullptr);
     }
+    table->flush();
     if (version) {
         const char byte = static_cast<char>(version);
         table->file->writeex(0, &byte, 1);

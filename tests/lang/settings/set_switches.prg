@@ -17,7 +17,7 @@ CATCH TO e
   ? "assert failed:", e.errorno
 ENDTRY
 TRY
-  SET DELETED ON
+  SET STEP ON
 CATCH TO e
-  ? "not yet:", e.errorno, e.message
+  ? "no debugger:", e.errorno
 ENDTRY

@@ -129,14 +129,14 @@ TEST(LibraryTables, PendingHandlersNameTheirFunction) {
               "1001 Feature 'syntaxinfo' is not available.");
     EXPECT_EQ(error_text_of_call(find("__debugbreak")->handler),
               "1001 Feature '__debugbreak' is not available.");
-    const library_command_def_st* use = core_library().find_command(String("USE"));
-    ASSERT_NE(use, nullptr);
+    const library_command_def_st* pack = core_library().find_command(String("PACK"));
+    ASSERT_NE(pack, nullptr);
     VmStack stack(nullptr, 16, 4);
     try {
-        use->handler(&stack, 0);
-        FAIL() << "use is not built yet";
+        pack->handler(&stack, 0);
+        FAIL() << "pack is not built yet";
     } catch (const RuntimeError& e) {
-        EXPECT_EQ(e.message.u8str(), "Feature 'use' is not available.");
+        EXPECT_EQ(e.message.u8str(), "Feature 'pack' is not available.");
     }
 }
 

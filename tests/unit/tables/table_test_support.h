@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <cstdio>
+#include <cstring>
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
@@ -95,13 +96,12 @@ inline std::unique_ptr<DbfFile> open_table(const String& name, uint32_t flags = 
     }
 }
 
-// What the record layer will do, reduced to the bytes: the shown record
-// appended after the last one, with the header counting it.
+// The shown record appended after the last one through the record layer.
 inline void append_shown_record(DbfFile* table) {
-    table->file->writeex(static_cast<std::streamoff>(table->record_position(table->record_count + 1)),
-                         table->shown_record, table->record_length);
-    ++table->record_count;
-    table->write_dbf_header();
+    std::string record(table->shown_record, table->record_length);
+    table->begin_append();
+    std::memcpy(table->shown_record, record.data(), record.size());
+    table->update(nullptr);
 }
 
 // Record `recno` into the shown record; false when it is not all there.

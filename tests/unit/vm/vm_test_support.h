@@ -50,7 +50,8 @@ public:
                                            const document_location_st*) const override {
         raise_not_available("compile_macro");
     }
-    std::unique_ptr<Program> compile_expression(VmStack*, const String&) const override {
+    std::unique_ptr<Program> compile_expression(VmStack*, const String&,
+                                                const compiler_table_context_st*) const override {
         raise_not_available("compile_expression");
     }
     std::unique_ptr<UserFunction> compile_script(VmStack*, const String&) const override {

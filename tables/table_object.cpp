@@ -1,0 +1,298 @@
+// What a work area does whatever its file format: the moves that skip
+// records out of range, the filter, LOCATE and CONTINUE, and the fields as
+// members of the object.
+#include "tables/table_object.h"
+
+#include <cstring>
+
+#include "base/call_trace.h"
+#include "tables/table_definition.h"
+#include "tables/table_sessions.h"
+#include "values/error.h"
+#include "vm/call_resolver.h"
+#include "vm/param.h"
+#include "vm/program.h"
+#include "vm/vm_run.h"
+#include "vm/vm_stack.h"
+
+namespace zobase {
+
+namespace {
+
+// What a condition yields: false and null fail, true passes, anything else
+// is the error given.
+bool condition_holds(const Variant& value, int error) {
+    if (value.tag == TAG_TRUE) return true;
+    if (value.tag == TAG_FALSE || value.tag == TAG_NULL) return false;
+    throw RuntimeError(error);
+}
+
+}  // namespace
+
+void FieldSymbolMap::insert(uint32_t symbol, uint16_t index) {
+    if (symbol == 0) return;
+    if ((count_ + 1) * 2 > slots_.size()) grow();
+    size_t i = hash(symbol) & mask_;
+    while (slots_[i].symbol != 0 && slots_[i].symbol != symbol) i = (i + 1) & mask_;
+    if (slots_[i].symbol == 0) ++count_;
+    slots_[i] = {symbol, index};
+}
+
+void FieldSymbolMap::grow() {
+    std::vector<slot_st> old = std::move(slots_);
+    slots_.assign(old.empty() ? 8 : old.size() * 2, slot_st{0, 0});
+    mask_ = slots_.size() - 1;
+    count_ = 0;
+    for (const slot_st& slot : old)
+        if (slot.symbol != 0) insert(slot.symbol, slot.index);
+}
+
+Table_Object::~Table_Object() = default;
+
+void Table_Object::internal_open(VmStack* stack) {
+    uint64_t count = cnt_fields();
+    symbol_by_field_.resize(count);
+    for (uint64_t index = 0; index < count; ++index) {
+        table_field_info_st info = get_field_info(index);
+        uint32_t symbol = stack->resolver->symbolize(info.name);
+        symbol_by_field_[index] = symbol;
+        field_by_symbol_.insert(symbol, static_cast<uint16_t>(index));
+        // A general field has no value an expression could use.
+        if (info.type == FIELD_TYPE_GENERAL || info.type == FIELD_TYPE_NONE) continue;
+        expression_fields_.fields.push_back({symbol, static_cast<uint8_t>(info.type),
+                                             static_cast<uint32_t>(info.width), static_cast<uint16_t>(index)});
+    }
+}
+
+// ---- evaluation
+
+std::unique_ptr<Program> Table_Object::compile(VmStack* stack, const String& text) {
+    return stack->resolver->compile_expression(stack, text, &expression_fields_);
+}
+
+// The program runs in the frame of the code that moves the cursor; its
+// names are looked up there, after this table's fields.
+void Table_Object::evaluate(VmStack* stack, const Program* program, Variant* result) {
+    ExpressionTableScope scope(stack, this);
+    Memvar* mark = stack->esp;
+    VmOp** ip = const_cast<VmOp**>(program->code());
+    try {
+        vm_run(stack, &ip, result);
+    } catch (...) {
+        result->release(stack);
+        stack->pop_to(mark);
+        throw;
+    }
+}
+
+bool Table_Object::record_in_range(VmStack* stack) {
+    if (stack->sessions->settings().deleted && deleted()) return false;
+    if (!filter_) return true;
+    Variant value;
+    evaluate(stack, filter_.get(), &value);
+    bool holds = condition_holds(value, ERR_FILTER_NOT_LOGICAL);
+    value.release(stack);
+    return holds;
+}
+
+void Table_Object::set_filter_to(VmStack* stack, const String& condition) {
+    ZO_TRACE();
+    filter_ = compile(stack, condition);
+    filter_text_ = condition;
+}
+
+void Table_Object::set_filter_to() {
+    filter_.reset();
+    filter_text_ = String();
+}
+
+// ---- moves
+
+void Table_Object::movefirst(VmStack* stack) {
+    leave_record(stack);
+    movefirst_lowlevel(stack);
+    if (!eof() && !record_in_range(stack)) movenext(stack, 1);
+}
+
+void Table_Object::movelast(VmStack* stack) {
+    leave_record(stack);
+    movelast_lowlevel(stack);
+    if (!bof() && !record_in_range(stack)) moveprevious(stack, 1);
+}
+
+void Table_Object::movenext(VmStack* stack, uint64_t count) {
+    leave_record(stack);
+    bool at_end = eof();
+    uint64_t passed = 0;
+    for (;;) {
+        movenext_lowlevel(stack);
+        if (eof()) {
+            if (at_end) throw RuntimeError(ERR_END_OF_FILE);
+            return;
+        }
+        if (record_in_range(stack) && ++passed == count) return;
+    }
+}
+
+void Table_Object::moveprevious(VmStack* stack, uint64_t count) {
+    leave_record(stack);
+    if (bof()) throw RuntimeError(ERR_BEGINNING_OF_FILE);
+    uint64_t passed = 0;
+    for (;;) {
+        moveprevious_lowlevel(stack);
+        if (bof()) return;
+        if (record_in_range(stack) && ++passed == count) return;
+    }
+}
+
+void Table_Object::go_record(VmStack* stack, uint64_t number) {
+    leave_record(stack);
+    go(stack, number);
+}
+
+void Table_Object::append_blank(VmStack* stack) {
+    leave_record(stack);
+    begin_append();
+    commit(stack);
+}
+
+// ---- LOCATE
+
+void Table_Object::locate_for(VmStack* stack, const String& condition, bool rest) {
+    ZO_TRACE();
+    locate_for_ = compile(stack, condition);
+    locate_while_.reset();
+    if (!rest) movefirst(stack);
+    locate_continue_for(stack);
+}
+
+void Table_Object::locate_for_while(VmStack* stack, const String& condition, const String& while_condition,
+                                    bool rest) {
+    ZO_TRACE();
+    locate_for_ = compile(stack, condition);
+    locate_while_ = compile(stack, while_condition);
+    if (!rest) movefirst(stack);
+    locate_continue_for(stack);
+}
+
+// Stops at the first record where FOR holds, or where WHILE no longer does.
+void Table_Object::locate_continue_for(VmStack* stack) {
+    found = false;
+    while (!eof()) {
+        if (locate_stops_here(stack)) return;
+        movenext(stack, 1);
+    }
+}
+
+bool Table_Object::locate_stops_here(VmStack* stack) {
+    Variant value;
+    if (locate_while_) {
+        evaluate(stack, locate_while_.get(), &value);
+        bool holds = condition_holds(value, ERR_FOR_WHILE_NOT_LOGICAL);
+        value.release(stack);
+        if (!holds) return true;
+    }
+    evaluate(stack, locate_for_.get(), &value);
+    found = condition_holds(value, ERR_FOR_WHILE_NOT_LOGICAL);
+    value.release(stack);
+    return found;
+}
+
+// CONTINUE before any LOCATE searches nothing and finds nothing.
+void Table_Object::locate_continue(VmStack* stack) {
+    if (eof()) throw RuntimeError(ERR_END_OF_FILE);
+    movenext(stack, 1);
+    if (!locate_for_) {
+        found = false;
+        return;
+    }
+    locate_continue_for(stack);
+}
+
+// ---- writing fields
+
+// The value's kind picks the setter; objects and arrays fit no field.
+void Table_Object::set_field(VmStack* stack, uint64_t index, const Variant* value) {
+    const Variant* v = value->follow();
+    switch (v->tag) {
+    case TAG_NULL: return set_field_null(index);
+    case TAG_FALSE: return set_field_bool(index, false);
+    case TAG_TRUE: return set_field_bool(index, true);
+    case TAG_INTEGER: return set_field_integer(index, v->integer);
+    case TAG_NUMERIC: return set_field_numeric(index, v->numeric);
+    case TAG_MONEY: return set_field_money(index, v->money);
+    case TAG_DATE: return set_field_date(index, v->date);
+    case TAG_DATETIME: return set_field_datetime(index, v->datetime);
+    case TAG_STRING: return set_field_string(index, v->str());
+    case TAG_OBJECT:
+    case TAG_ARRAY: throw RuntimeError(ERR_ARGUMENT_INVALID);
+    default: raise_not_available("field value of this kind");
+    }
+}
+
+// A name held here keeps its text alive, so a name with the same bytes at
+// the same place is the same name.
+uint64_t Table_Object::field_by_name(VmStack* stack, const String& name) {
+    constexpr size_t REMEMBERED_NAMES = 8;
+    for (const named_field_st& known : named_fields_)
+        if (known.name.read() == name.read() && known.name.size() == name.size() &&
+            known.name.get_charset() == name.get_charset())
+            return known.index;
+    uint32_t symbol = stack->resolver->symbolize(name);
+    int index = get_field_by_symbol_id(symbol);
+    if (index < 0) throw RuntimeError(ERR_VARIABLE_NOT_FOUND, name);
+    named_field_st known{name, static_cast<uint64_t>(index)};
+    if (named_fields_.size() < REMEMBERED_NAMES) named_fields_.push_back(known);
+    else named_fields_[next_named_field_++ % REMEMBERED_NAMES] = known;
+    return known.index;
+}
+
+void Table_Object::set_field_by_symbol(VmStack* stack, uint32_t symbol, const Variant* value) {
+    int index = get_field_by_symbol_id(symbol);
+    if (index < 0) throw RuntimeError(ERR_VARIABLE_NOT_FOUND, stack->symbol_text(symbol));
+    set_field(stack, static_cast<uint64_t>(index), value);
+}
+
+// A write that cannot be committed is taken back, so that the work area
+// never carries a change that is neither on disk nor wanted.
+void Table_Object::commit(VmStack* stack) {
+    if (buffering != BUFFERING_NONE) return;
+    try {
+        update(stack);
+    } catch (...) {
+        revert();
+        throw;
+    }
+}
+
+void Table_Object::leave_record(VmStack* stack) {
+    if (buffering != BUFFERING_NONE) update(stack);
+}
+
+// ---- the object protocol
+
+void Table_Object::virtual_call(VmStack* stack, unsigned symbol, size_t, Variant*) {
+    throw RuntimeError(ERR_PROPERTY_NOT_FOUND, stack->symbol_text(symbol));
+}
+
+void Table_Object::virtual_access(VmStack* stack, unsigned symbol, size_t argc, Variant* ret) {
+    int index = get_field_by_symbol_id(symbol);
+    if (index < 0) throw RuntimeError(ERR_PROPERTY_NOT_FOUND, stack->symbol_text(symbol));
+    if (argc) throw RuntimeError(ERR_ARGUMENT_INVALID);
+    ret->release(stack);
+    get_field(stack, static_cast<uint64_t>(index), ret);
+}
+
+// A field's value lives in a record buffer, never in a slot to lend.
+void Table_Object::virtual_access_ref(VmStack* stack, unsigned symbol, size_t, Variant*) {
+    if (get_field_by_symbol_id(symbol) < 0) throw RuntimeError(ERR_PROPERTY_NOT_FOUND, stack->symbol_text(symbol));
+    throw RuntimeError(ERR_PROPERTY_POINTER);
+}
+
+void Table_Object::virtual_assign(VmStack* stack, unsigned symbol, size_t argc) {
+    if (argc != 1) throw RuntimeError(ERR_ARGUMENT_INVALID);
+    set_field_by_symbol(stack, symbol, Param(stack, argc));
+    commit(stack);
+}
+
+}  // namespace zobase

@@ -1,0 +1,213 @@
+#pragma once
+// A work area: one open table as the language sees it, an object of the
+// class "File". Table_Object holds what does not depend on the file format:
+// the field names as symbols, the filter, the state of LOCATE, and the moves
+// that skip what SET DELETED and the filter hide. Table_Object_ZoDbf
+// (table_object_zodbf.h) wraps a DbfFile and is the one place where the
+// engine's dbf_ and file_ exceptions become numbered errors.
+//
+// Writes to fields change the record buffer only; the command that wrote
+// calls commit() afterwards. Without buffering (the default) that writes the
+// record at once; with row buffering the record is written before the
+// cursor next moves, and when the work area closes.
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+#include "values/string.h"
+#include "values/variant.h"
+#include "vm/object.h"
+#include "vm/program.h"
+#include "vm/table_context.h"
+
+namespace zobase {
+
+class Charset;
+class VmStack;
+
+// Buffering modes of cursorsetprop("Buffering").
+enum TableBuffering : int32_t {
+    BUFFERING_NONE = 1,        // every write is committed at once
+    BUFFERING_ROW = 3,         // a changed record is committed when the cursor leaves it
+};
+
+// What afields() and DISPLAY STRUCTURE tell of a field.
+struct table_field_info_st {
+    String name;
+    char letter;
+    int32_t type;  // FieldTypeNumber
+    uint64_t width;
+    uint64_t decimals;
+    bool nullable;
+    bool binary;
+    bool autoincrement;
+    uint64_t next_value;
+    uint64_t step;
+};
+
+// Field positions by symbol, looked up for every bare name a program reads:
+// open addressing over a power-of-two table. Symbol 0 marks a free slot.
+class FieldSymbolMap {
+public:
+    void insert(uint32_t symbol, uint16_t index);
+    int find(uint32_t symbol) const noexcept {
+        if (slots_.empty()) return -1;
+        for (size_t i = hash(symbol) & mask_;; i = (i + 1) & mask_) {
+            if (slots_[i].symbol == symbol) return slots_[i].index;
+            if (slots_[i].symbol == 0) return -1;
+        }
+    }
+
+private:
+    struct slot_st {
+        uint32_t symbol;
+        uint16_t index;
+    };
+    static size_t hash(uint32_t symbol) noexcept { return (symbol * 0x9E3779B1u) >> 7; }
+    void grow();
+
+    std::vector<slot_st> slots_;
+    size_t mask_ = 0;
+    size_t count_ = 0;
+};
+
+class Table_Object : public Object {
+public:
+    Table_Object() = default;
+    ~Table_Object() override;
+
+    // ---- the language's protocol: a member is a field
+    void virtual_call(VmStack* stack, unsigned symbol, size_t argc, Variant* ret) override;
+    void virtual_access(VmStack* stack, unsigned symbol, size_t argc, Variant* ret) override;
+    void virtual_access_ref(VmStack* stack, unsigned symbol, size_t argc, Variant* ret) override;
+    void virtual_assign(VmStack* stack, unsigned symbol, size_t argc) override;
+
+    // ---- field names: position from 0 to symbol and back
+    int get_field_by_symbol_id(uint32_t symbol) const { return field_by_symbol_.find(symbol); }
+    // The field of a name as REPLACE gives it; error 12 when there is none.
+    // The names a program repeats are found again without hashing their text.
+    uint64_t field_by_name(VmStack* stack, const String& name);
+    uint32_t get_symbol_id_by_field(uint64_t index) const { return symbol_by_field_.at(index); }
+    const compiler_table_context_st& expression_fields() const noexcept { return expression_fields_; }
+
+    // ---- moves that skip records out of range
+    void movefirst(VmStack* stack);
+    void movelast(VmStack* stack);
+    // Error 4 when already at the end; the move that reaches it is no error.
+    void movenext(VmStack* stack, uint64_t count);
+    // Error 38 when already at the beginning.
+    void moveprevious(VmStack* stack, uint64_t count);
+    bool bof() { return bof_lowlevel(); }
+    bool eof() { return eof_lowlevel(); }
+    // Not deleted while SET DELETED is on, and passing the filter.
+    bool record_in_range(VmStack* stack);
+    // To a record by number (GO); the record need not be in range.
+    void go_record(VmStack* stack, uint64_t number);
+    // APPEND BLANK: a blank record at the end, committed as a write is.
+    void append_blank(VmStack* stack);
+
+    // ---- LOCATE and CONTINUE
+    bool found = false;
+    void locate_for(VmStack* stack, const String& condition, bool rest);
+    void locate_for_while(VmStack* stack, const String& condition, const String& while_condition, bool rest);
+    void locate_continue(VmStack* stack);
+
+    // ---- the filter: compiled for this table, evaluated on every move
+    void set_filter_to(VmStack* stack, const String& condition);
+    void set_filter_to();
+    const String& filter_text() const noexcept { return filter_text_; }
+
+    // ---- writing fields; commit() after the command
+    void set_field(VmStack* stack, uint64_t index, const Variant* value);
+    // Error 12 for a symbol that names no field.
+    void set_field_by_symbol(VmStack* stack, uint32_t symbol, const Variant* value);
+    void commit(VmStack* stack);
+    // Before the cursor moves: a record changed under row buffering is written.
+    void leave_record(VmStack* stack);
+    int32_t buffering = BUFFERING_NONE;
+
+    // ---- the format's operations
+    virtual void get_field(VmStack* stack, uint64_t index, Variant* out) = 0;
+    virtual void get_old_value(VmStack* stack, uint64_t index, Variant* out) = 0;
+    virtual void get_blank(VmStack* stack, uint64_t index, Variant* out) = 0;
+    virtual uint64_t cnt_fields() const = 0;
+    virtual table_field_info_st get_field_info(uint64_t index) const = 0;
+    virtual bool deleted() = 0;
+    virtual void set_field_null(uint64_t index) = 0;
+    virtual void set_field_integer(uint64_t index, integer_type_st value) = 0;
+    virtual void set_field_numeric(uint64_t index, numeric_type_st value) = 0;
+    virtual void set_field_bool(uint64_t index, bool value) = 0;
+    virtual void set_field_string(uint64_t index, const String& value) = 0;
+    virtual void set_field_datetime(uint64_t index, datetime_st value) = 0;
+    virtual void set_field_date(uint64_t index, date_st value) = 0;
+    virtual void set_field_money(uint64_t index, money_type_st value) = 0;
+    virtual void go(VmStack* stack, uint64_t number) = 0;
+    virtual void movetoeof() = 0;
+    virtual bool bof_lowlevel() = 0;
+    virtual bool eof_lowlevel() = 0;
+    virtual void movefirst_lowlevel(VmStack* stack) = 0;
+    virtual void movenext_lowlevel(VmStack* stack) = 0;
+    virtual void moveprevious_lowlevel(VmStack* stack) = 0;
+    virtual void movelast_lowlevel(VmStack* stack) = 0;
+    virtual bool lock_lowlevel() = 0;
+    virtual bool isrlocked(uint64_t number) = 0;
+    virtual bool isrlocked() = 0;
+    virtual bool unlock() = 0;
+    virtual void unlock_all() = 0;
+    virtual void begin_append() = 0;
+    virtual void delete_record() = 0;
+    virtual void recall_record() = 0;
+    virtual uint64_t recno() = 0;
+    virtual uint64_t reccount() = 0;
+    virtual int32_t last_modified_yyyymmdd() = 0;
+    virtual String filename() const = 0;
+    virtual int32_t get_version() const = 0;
+    virtual int32_t codepage() const = 0;
+    virtual bool is_shared() const = 0;
+    virtual bool is_temporary() const = 0;
+    virtual void update(VmStack* stack) = 0;
+    virtual void revert() = 0;
+    // Writes what is pending and closes the files; the object stays, closed.
+    virtual void close() = 0;
+
+    // ---- transactions of the data session (BEGIN TRANSACTION). Records are
+    // written as ever, but each first keeps the record as it stood and stays
+    // locked, and the first append holds the append lock, until the end.
+    virtual void begin_transaction() = 0;
+    // Releases what the transaction locked.
+    virtual void end_transaction() = 0;
+    // Puts every record back as it stood and drops the appended ones.
+    virtual void rollback_transaction(VmStack* stack) = 0;
+
+    // The alias its work area knows it by.
+    String alias;
+    const Charset* charset = nullptr;
+
+protected:
+    // Enters every visible field under the symbol of its name.
+    void internal_open(VmStack* stack);
+
+private:
+    // The program's value on this table's record, with its fields first.
+    void evaluate(VmStack* stack, const Program* program, Variant* result);
+    // Runs the FOR condition (and WHILE) from the current record on.
+    void locate_continue_for(VmStack* stack);
+    bool locate_stops_here(VmStack* stack);
+    std::unique_ptr<Program> compile(VmStack* stack, const String& text);
+
+    FieldSymbolMap field_by_symbol_;
+    struct named_field_st {
+        String name;
+        uint64_t index;
+    };
+    std::vector<named_field_st> named_fields_;
+    size_t next_named_field_ = 0;
+    std::vector<uint32_t> symbol_by_field_;
+    compiler_table_context_st expression_fields_;
+    std::unique_ptr<Program> filter_;
+    String filter_text_;
+    std::unique_ptr<Program> locate_for_;
+    std::unique_ptr<Program> locate_while_;
+};
+
+}  // namespace zobase

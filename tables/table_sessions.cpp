@@ -1,0 +1,107 @@
+// The data sessions of a stack, and the names the VM asks them about.
+#include "tables/table_sessions.h"
+
+#include <typeinfo>
+
+#include "tables/table_object.h"
+#include "values/error.h"
+#include "vm/vm_stack.h"
+
+namespace zobase {
+
+TableDataSessions::TableDataSessions(VmStack* stack) : DataSessions(nullptr), stack_(stack) {
+    Variant first;
+    create_session(&first);
+    first_ = ObjectHolder<DataSession_Object>::of(first.object);
+    first.release(nullptr);
+    make_current(first_);
+}
+
+// The work areas close while the stack still stands; sessions that the
+// language holds elsewhere outlive it, closed, and no longer know it.
+TableDataSessions::~TableDataSessions() {
+    for (auto& [id, reference] : sessions_) {
+        auto* session = static_cast<DataSession_Object*>(reference.object);
+        try {
+            session->destroy(stack_);
+        } catch (const Exception&) {
+        }
+        session->owner = nullptr;
+    }
+    sessions_.clear();
+    current_.reset(nullptr);
+    first_.reset(nullptr);
+}
+
+void TableDataSessions::make_current(const ObjectHolder<DataSession_Object>& session) {
+    current_ = session;
+    use_settings_of(&session->settings);
+}
+
+void TableDataSessions::create_session(Variant* dest) {
+    auto* session = new DataSession_Object(this, next_id_++);
+    dest->set_new_object(session);
+    sessions_.emplace(session->id, dest->object);
+}
+
+void TableDataSessions::forget(DataSession_Object* session) noexcept { sessions_.erase(session->id); }
+
+void TableDataSessions::select_session(int32_t id) {
+    auto found = sessions_.find(id);
+    if (found == sessions_.end()) throw RuntimeError(ERR_SESSION_INVALID);
+    make_current(ObjectHolder<DataSession_Object>::of(found->second));
+}
+
+}  // namespace zobase
+
+namespace zobase {
+
+// Every table command asks this; the type test of a final class is a
+// comparison, where a dynamic_cast walks the hierarchy.
+TableDataSessions* find_table_sessions(VmStack* stack) noexcept {
+    DataSessions* sessions = stack ? stack->sessions.get() : nullptr;
+    if (!sessions || typeid(*sessions) != typeid(TableDataSessions)) return nullptr;
+    return static_cast<TableDataSessions*>(sessions);
+}
+
+TableDataSessions& table_sessions(VmStack* stack) {
+    TableDataSessions* sessions = find_table_sessions(stack);
+    if (!sessions) raise_not_available("work areas");
+    return *sessions;
+}
+
+// A bare name reads a field of the table whose expression runs, else of the
+// current work area.
+bool TableDataSessions::find_field(VmStack*, uint32_t symbol, field_ref_st* out) {
+    Table_Object* table = expression_table ? expression_table : current_->current_table();
+    if (!table) return false;
+    int index = table->get_field_by_symbol_id(symbol);
+    if (index < 0) return false;
+    *out = {table, static_cast<uint32_t>(index)};
+    return true;
+}
+
+void TableDataSessions::read_field(VmStack* stack, const field_ref_st& field, Variant* dest) {
+    auto* table = static_cast<Table_Object*>(const_cast<void*>(field.table));
+    table->get_field(stack, field.index, dest);
+}
+
+void TableDataSessions::write_field(VmStack* stack, const field_ref_st& field, const Variant& value) {
+    auto* table = static_cast<Table_Object*>(const_cast<void*>(field.table));
+    table->set_field(stack, field.index, &value);
+    table->commit(stack);
+}
+
+bool TableDataSessions::find_work_area(VmStack* stack, uint32_t alias, Variant* dest) {
+    int32_t area = 0;
+    if (!current_->resolve_symbol(alias, &area)) return false;
+    current_->work_areas().at(area).copy_to(dest);
+    return true;
+}
+
+void TableDataSessions::read_expression_field(VmStack* stack, uint16_t index, Variant* dest) {
+    if (!expression_table) throw assert_failed_exception("a field by position without a table");
+    expression_table->get_field(stack, index, dest);
+}
+
+}  // namespace zobase

@@ -1,0 +1,84 @@
+#pragma once
+// The data sessions of one stack, behind the VM's door (vm/data_sessions.h):
+// session 1, made with the stack, and every session made on it since; the
+// current one; and the table whose filter or FOR expression is running,
+// whose fields a bare name reads first. The runtime installs one on every
+// stack it makes.
+#include <cstdint>
+#include <map>
+
+#include "tables/data_session.h"
+#include "tables/object_holder.h"
+#include "vm/data_sessions.h"
+
+namespace zobase {
+
+class Table_Object;
+
+class TableDataSessions final : public DataSessions {
+public:
+    explicit TableDataSessions(VmStack* stack);
+    ~TableDataSessions() override;
+
+    VmStack* stack() const noexcept { return stack_; }
+
+    DataSession_Object& current() const noexcept { return *current_.get(); }
+    int32_t session_id() const override { return current_->id; }
+
+    // SET DATASESSION TO id: error 1540 when this stack has no such session.
+    void select_session(int32_t id);
+    // A new session of this stack, as a value of the language, into a clean dest.
+    void create_session(Variant* dest);
+    // A session's destructor tells its stack it is gone.
+    void forget(DataSession_Object* session) noexcept;
+
+    // The table whose filter, FOR clause or index expression is running.
+    Table_Object* expression_table = nullptr;
+
+    bool find_field(VmStack* stack, uint32_t symbol, field_ref_st* out) override;
+    void read_field(VmStack* stack, const field_ref_st& field, Variant* dest) override;
+    void write_field(VmStack* stack, const field_ref_st& field, const Variant& value) override;
+    bool find_work_area(VmStack* stack, uint32_t alias, Variant* dest) override;
+    void read_expression_field(VmStack* stack, uint16_t index, Variant* dest) override;
+
+private:
+    void make_current(const ObjectHolder<DataSession_Object>& session);
+
+    VmStack* stack_;
+    ObjectHolder<DataSession_Object> first_;
+    ObjectHolder<DataSession_Object> current_;
+    // Every session made on this stack that still exists, by id. Not
+    // counted: a session's destructor takes it out.
+    std::map<int32_t, object_ptr_st> sessions_;
+    int32_t next_id_ = 1;
+};
+
+// The sessions of a stack the runtime made; error 1001 on a stack that has
+// none (made without a runtime).
+TableDataSessions& table_sessions(VmStack* stack);
+// The same, or null.
+TableDataSessions* find_table_sessions(VmStack* stack) noexcept;
+// The current data session of a stack.
+inline DataSession_Object& current_session(VmStack* stack) { return table_sessions(stack).current(); }
+
+// While a filter or a FOR clause runs, its table's fields come first. A
+// stack being torn down has no sessions left, and runs no expression.
+class ExpressionTableScope {
+public:
+    ExpressionTableScope(VmStack* stack, Table_Object* table) : sessions_(find_table_sessions(stack)) {
+        if (!sessions_) return;
+        previous_ = sessions_->expression_table;
+        sessions_->expression_table = table;
+    }
+    ~ExpressionTableScope() {
+        if (sessions_) sessions_->expression_table = previous_;
+    }
+    ExpressionTableScope(const ExpressionTableScope&) = delete;
+    ExpressionTableScope& operator=(const ExpressionTableScope&) = delete;
+
+private:
+    TableDataSessions* sessions_;
+    Table_Object* previous_ = nullptr;
+};
+
+}  // namespace zobase
