@@ -123,8 +123,15 @@ void cast_logical_or_object(VmStack* stack, const VmOp* op, bool object) {
     throw RuntimeError(ERR_ARGUMENT_INVALID);
 }
 
+// Assigning to a whole array fills every element and keeps the array; an
+// array assigned to it (DIMENSION, STORE, a function's result) replaces it.
 void write_slot(VmStack* stack, Memvar* slot) {
     Variant* target = slot->follow();
+    if (target->tag == TAG_ARRAY && stack->esp->tag != TAG_ARRAY) [[unlikely]] {
+        target->store_recursive(stack, stack->esp);
+        stack->pop();
+        return;
+    }
     target->release(stack);
     stack->esp->deliver(target);
     stack->pop();
