@@ -3,6 +3,7 @@
 #include "vm/error_handling.h"
 
 #include <cstdio>
+#include <list>
 #include <string>
 
 #include "base/call_trace.h"
@@ -57,9 +58,35 @@ uint64_t position_in(const VmFrame* frame) {
     return static_cast<uint64_t>(frame->ip - frame->program->code());
 }
 
+// While a scope's filter runs, the scope is out of reach of the search: an
+// error in a WHEN clause is not inside the TRY region the clause belongs to.
+class FilteringScope {
+public:
+    FilteringScope(VmStack* stack, const VmOpTryEnter* scope) : stack_(stack) {
+        stack_->filtering_scopes.push_back(scope);
+    }
+    ~FilteringScope() { stack_->filtering_scopes.pop_back(); }
+    FilteringScope(const FilteringScope&) = delete;
+    FilteringScope& operator=(const FilteringScope&) = delete;
+
+private:
+    VmStack* stack_;
+};
+
+bool is_filtering(const VmStack* stack, const VmOpTryEnter* scope) {
+    for (const VmOpTryEnter* running : stack->filtering_scopes)
+        if (running == scope) return true;
+    return false;
+}
+
 // The filter sees the caught value as its one local, passed as its argument.
-bool filter_accepts(VmStack* stack, const Program* filter, const Variant* value) {
+// An error the filter raised and that was recovered from (Ignore) must not
+// replace the error being searched for.
+bool filter_accepts(VmStack* stack, const VmOpTryEnter* scope, const Program* filter, const Variant* value) {
     if (!filter) return true;
+    FilteringScope filtering(stack, scope);
+    RuntimeError searched = stack->last_error;
+    std::list<Error> searched_rows(stack->errors);
     Memvar* argument_top = stack->esp;
     size_t argc = 0;
     if (filter->frame_size() == 1) {
@@ -76,6 +103,8 @@ bool filter_accepts(VmStack* stack, const Program* filter, const Variant* value)
         throw;
     }
     stack->pop_to(argument_top);
+    stack->last_error = searched;
+    stack->errors.swap(searched_rows);
     bool accepted = result.follow()->tag == TAG_TRUE;
     result.release(stack);
     return accepted;
@@ -155,9 +184,9 @@ bool VmStack::find_handler(Variant* value, const VmFrame** handler_frame, long l
     for (VmFrame* walked = frame; walked; walked = walked->previous) {
         uint64_t at = position_in(walked);
         for (try_scope_st* entry = walked->try_scopes; entry; entry = entry->next) {
-            if (!entry->scope->covers(at)) continue;
+            if (!entry->scope->covers(at) || is_filtering(this, entry->scope)) continue;
             for (const catch_record_st& record : entry->scope->catches) {
-                if (!filter_accepts(this, record.filter.get(), value)) continue;
+                if (!filter_accepts(this, entry->scope, record.filter.get(), value)) continue;
                 *handler_frame = walked;
                 *position = static_cast<long long>(record.target);
                 *symbol = record.symbol;
