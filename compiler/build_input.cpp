@@ -129,8 +129,9 @@ void BuildInput::log_compiler_errors(Compiler& compiler) {
 void BuildInput::raise_diagnostics() const {
     if (diagnostics.empty()) return;
     const diagnostic_st& first = diagnostics.front();
-    if (first.detail.size()) throw RuntimeError(first.number, first.detail);
-    throw RuntimeError(first.number);
+    RuntimeError error = first.detail.size() ? RuntimeError(first.number, first.detail) : RuntimeError(first.number);
+    error.compile_report = String(diagnostics_report().c_str());
+    throw error;
 }
 
 void BuildInput::parse_statements(const String& text, statement_list& statements) {
@@ -316,8 +317,10 @@ std::string BuildInput::format_diagnostic(const diagnostic_st& diagnostic) const
     return block;
 }
 
-void BuildInput::report_diagnostics(Screen* screen) const {
-    for (const diagnostic_st& diagnostic : diagnostics) screen->err(String(format_diagnostic(diagnostic).c_str()));
+std::string BuildInput::diagnostics_report() const {
+    std::string report;
+    for (const diagnostic_st& diagnostic : diagnostics) report += format_diagnostic(diagnostic);
+    return report;
 }
 
 }  // namespace zobase

@@ -7,6 +7,7 @@
 #include "runtime/runtime.h"
 #include "runtime/screen.h"
 #include "values/error.h"
+#include "vm/error_handling.h"
 #include "vm/vm_run.h"
 #include "vm/vm_stack.h"
 
@@ -26,8 +27,7 @@ int Runtime::run_command(const String& text) {
         VmOp** ip = program->code();
         vm_run(stack, &ip, &result);
     } catch (const RuntimeError& error) {
-        build.report_diagnostics(screen);
-        screen->errendl(error.message);
+        report_final_error(screen, error);
         stack->pop_to(top);
         result.release(stack);
         return error.number;

@@ -68,12 +68,7 @@ public:
         BuildInput build(stack);
         prepare(build, stack);
         build.forced_location = written_at;
-        try {
-            return std::unique_ptr<Program>(build.build_command(text));
-        } catch (const RuntimeError&) {
-            build.report_diagnostics(runtime_->screen);
-            throw;
-        }
+        return std::unique_ptr<Program>(build.build_command(text));
     }
 
     std::unique_ptr<Program> compile_expression(VmStack* stack, const String& text) const override {
@@ -81,12 +76,7 @@ public:
         BuildInput build(stack);
         prepare(build, stack);
         const Program* program = nullptr;
-        try {
-            build.build_expression(text, &program);
-        } catch (const RuntimeError&) {
-            build.report_diagnostics(runtime_->screen);
-            throw;
-        }
+        build.build_expression(text, &program);
         return std::unique_ptr<Program>(const_cast<Program*>(program));
     }
 

@@ -47,7 +47,8 @@ public:
                                                uint32_t symbol) const = 0;
     // The statements of a macro's text, compiled in the module of the stack's
     // running frame; `written_at`, when given, is the location every
-    // instruction reports. Compile errors are shown, then raised as the first.
+    // instruction reports. Compile errors are raised as the first, carrying
+    // the report of them all (RuntimeError::compile_report).
     virtual std::unique_ptr<Program> compile_macro(VmStack* stack, const String& text,
                                                    const document_location_st* written_at) const = 0;
     // One expression, as a program ending in VmOpReturnValue.

@@ -41,6 +41,11 @@ void free_try_scopes(VmFrame* frame) {
     }
 }
 
+void report_final_error(Screen* screen, const RuntimeError& error) {
+    if (error.compile_report.size()) screen->err(error.compile_report);
+    screen->errendl(error.message);
+}
+
 void enter_handler(VmStack* stack, VmFrame* frame, const Variant& value, unsigned symbol,
                    long long position) {
     if (symbol) {
@@ -138,6 +143,7 @@ std::string printf_text(const char* format, auto... arguments) {
 }
 
 void report_error(Screen* screen, const RuntimeError& error, const VmFrame* frame) {
+    if (error.compile_report.size()) screen->err(error.compile_report);
     frame_place_st place = place_of(frame);
     screen->errendl(String(printf_text("%s %d - %s", "(Runtime error)", error.number,
                                        error.message.u8str().c_str()).c_str()));
@@ -216,6 +222,7 @@ RuntimeErrorRecovery VmStack::handle_exception(how_to_handle_st& how) {
     Screen* screen = services ? services->screen() : nullptr;
     if (!frame->program->module || !screen) return RECOVERY_ABANDON_FRAME;
     report_error(screen, last_error, frame);
+    last_error.compile_report = String();
     switch (screen->msgbox(String(""), String(""), ERROR_DIALOG_BUTTONS, MSGBOX_ABORT, 1)) {
     case MSGBOX_ABORT:
         print_stack_trace(screen, frame);
