@@ -9,11 +9,14 @@
 #include <vector>
 
 #include "base/call_trace.h"
+#include "runtime/keyboard_interrupt.h"
+#include "runtime/run_edge.h"
 #include "runtime/runtime.h"
 #include "runtime/screen.h"
 #include "runtime/screen_input.h"
 #include "text/charset.h"
 #include "values/error.h"
+#include "vm/interrupt.h"
 
 namespace zobase {
 
@@ -101,15 +104,6 @@ void print_banner(Screen* screen) {
     screen->outendl(String("Type QUIT or end the input to leave."));
 }
 
-// A state the runtime believes impossible was reached: the user gets the
-// failed condition instead of a crash, and the shell's status says so.
-constexpr int INTERNAL_ERROR_STATUS = 70;
-
-int report_internal_error(Screen* screen, const assert_failed_exception& failure) {
-    screen->errendl(String((std::string("(Internal error) ") + failure.what).c_str()));
-    return INTERNAL_ERROR_STATUS;
-}
-
 String prompt_text() {
     std::error_code ignored;
     std::string directory = std::filesystem::current_path(ignored).string();
@@ -153,13 +147,18 @@ int RunZosh(Runtime* runtime) {
         screen->errendl(String("--codepage not supported"));
         return 1;
     }
+    InterruptHandlerScope interrupts;
     if (script_args.empty()) {
         print_banner(screen);
         return RunInteractiveShell(runtime);
     }
+    clear_interrupt();
     try {
         return runtime->run_program(String(script_args[0]), static_cast<int>(script_args.size()),
                                     script_args.data());
+    } catch (const RuntimeInterrupt&) {
+        // QUIT ended quietly inside run_program; this is Ctrl-C, reported where it stopped.
+        return INTERRUPTED_STATUS;
     } catch (const assert_failed_exception& failure) {
         return report_internal_error(screen, failure);
     }
@@ -174,10 +173,14 @@ int RunInteractiveShell(Runtime* runtime) {
         String line;
         if (!read_screen_line(screen, &line)) return 0;
         if (line.size() == 0) continue;
+        // A Ctrl-C pressed while nothing ran must not stop this command.
+        clear_interrupt();
         try {
             runtime->run_command(line);
         } catch (const RuntimeQuit&) {
             return 0;
+        } catch (const RuntimeInterrupt&) {
+            // Ctrl-C: reported where the program stopped; the prompt comes back.
         } catch (const assert_failed_exception& failure) {
             report_internal_error(screen, failure);
         }

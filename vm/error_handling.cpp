@@ -1,6 +1,7 @@
 // Run-time error handling: the error list, the search for a TRY handler,
 // and the report and dialog for errors that nothing catches.
 #include "vm/error_handling.h"
+#include "vm/interrupt.h"
 
 #include <cstdio>
 #include <list>
@@ -142,15 +143,19 @@ std::string printf_text(const char* format, auto... arguments) {
     return buffer;
 }
 
+// The second line of a report: where the frame stands.
+String place_line(const VmFrame* frame) {
+    frame_place_st place = place_of(frame);
+    return String(printf_text(" in %s, line %d, column %d, program %s", place.module.c_str(),
+                              static_cast<int>(place.line), static_cast<int>(place.column), place.program.c_str())
+                      .c_str());
+}
+
 void report_error(Screen* screen, const RuntimeError& error, const VmFrame* frame) {
     if (error.compile_report.size()) screen->err(error.compile_report);
-    frame_place_st place = place_of(frame);
     screen->errendl(String(printf_text("%s %d - %s", "(Runtime error)", error.number,
                                        error.message.u8str().c_str()).c_str()));
-    screen->errendl(String(printf_text(" in %s, line %d, column %d, program %s",
-                                       place.module.c_str(), static_cast<int>(place.line),
-                                       static_cast<int>(place.column), place.program.c_str())
-                               .c_str()));
+    screen->errendl(place_line(frame));
     screen->flush();
 }
 
@@ -183,6 +188,21 @@ void skip_to_next_statement(VmFrame* frame) {
 }
 
 }  // namespace
+
+std::atomic<bool> vm_interrupt_requested{false};
+
+// Where the program stood, so that a user who stopped a program that hung
+// learns where it hung.
+void take_interrupt(VmStack* stack) {
+    if (!vm_interrupt_requested.exchange(false)) return;
+    Screen* screen = stack->services ? stack->services->screen() : nullptr;
+    if (screen) {
+        screen->errendl(String("(Interrupted)"));
+        if (stack->frame && stack->frame->program->module) screen->errendl(place_line(stack->frame));
+        screen->flush();
+    }
+    throw RuntimeInterrupt(INTERRUPT_BREAK);
+}
 
 bool VmStack::find_handler(Variant* value, const VmFrame** handler_frame, long long* position,
                            unsigned int* symbol) {

@@ -5,6 +5,7 @@
 
 #include "base/call_trace.h"
 #include "vm/error_handling.h"
+#include "vm/interrupt.h"
 #include "vm/try_scope.h"
 #include "vm/vm_run.h"
 
@@ -112,6 +113,8 @@ void run_frame(VmStack* stack, VmFrame& frame, Variant* ret, deferred_st& deferr
 void execute_program(VmStack* stack, size_t argc, bool has_this, const Program* program,
                      Variant* ret) {
     ZO_TRACE();
+    // Recursion goes round through calls: Ctrl-C is answered here too.
+    poll_interrupt(stack);
     // Deliberately "Must specify additional parameters." although there are too many.
     if (argc > program->parameter_count) throw RuntimeError(ERR_MISSING_PARAMETERS);
     size_t slot_count = argc + (has_this ? 1 : 0);

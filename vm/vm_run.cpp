@@ -4,6 +4,7 @@
 #include <string>
 
 #include "values/numeric.h"
+#include "vm/interrupt.h"
 #include "vm/macro_execute.h"
 #include "vm/try_scope.h"
 #include "vm/variant_compare.h"
@@ -396,6 +397,8 @@ void run_loop(VmStack* stack, VmOp*** ip, Variant* ret) {
             break;
         }
         case OP_JUMP:
+            // Every loop goes round through a jump: Ctrl-C is answered here.
+            poll_interrupt(stack);
             *ip = op_as<VmOpJump>(op).target;
             completed(true);
             continue;
