@@ -5,11 +5,13 @@
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
+#include <memory>
 #include <string>
 #include <vector>
 
 #include "base/call_trace.h"
 #include "runtime/keyboard_interrupt.h"
+#include "runtime/line_editor.h"
 #include "runtime/run_edge.h"
 #include "runtime/runtime.h"
 #include "runtime/screen.h"
@@ -104,10 +106,23 @@ void print_banner(Screen* screen) {
     screen->outendl(String("Type QUIT or end the input to leave."));
 }
 
-String prompt_text() {
+std::string prompt_text() {
     std::error_code ignored;
     std::string directory = std::filesystem::current_path(ignored).string();
-    return String(("zo " + directory + "> ").c_str());
+    return "zo " + directory + "> ";
+}
+
+LineRead read_plain_line(Screen* screen, String* line) {
+    screen->out(String(prompt_text().c_str()));
+    screen->flush();
+    return read_screen_line(screen, line) ? LineRead::LINE : LineRead::END;
+}
+
+LineRead read_edited_line(LineEditor* editor, String* line) {
+    std::string text;
+    LineRead read = editor->read_line(prompt_text(), &text);
+    *line = String(text.c_str());
+    return read;
 }
 
 }  // namespace
@@ -167,11 +182,17 @@ int RunZosh(Runtime* runtime) {
 int RunInteractiveShell(Runtime* runtime) {
     ZO_TRACE();
     Screen* screen = runtime->screen;
+    std::unique_ptr<LineEditor> editor = LineEditor::for_terminal(runtime);
     for (;;) {
-        screen->out(prompt_text());
-        screen->flush();
         String line;
-        if (!read_screen_line(screen, &line)) return 0;
+        switch (editor ? read_edited_line(editor.get(), &line) : read_plain_line(screen, &line)) {
+        case LineRead::END: return 0;
+        case LineRead::INTERRUPTED:
+            // Ctrl-C at the prompt drops the line typed so far.
+            screen->outendl(String("^C"));
+            continue;
+        case LineRead::LINE: break;
+        }
         if (line.size() == 0) continue;
         // A Ctrl-C pressed while nothing ran must not stop this command.
         clear_interrupt();
