@@ -18,6 +18,10 @@ args=""
 want_status=0
 [ -f "$stem.status" ] && want_status=$(cat "$stem.status")
 
+# The machine charset follows the locale: the tests are written for UTF-8.
+LC_ALL=C.UTF-8
+export LC_ALL
+
 actual=$(mktemp)
 trap 'rm -f "$actual"' EXIT
 cd "$dir" || exit 1
