@@ -55,6 +55,11 @@ public:
         return module_of(program)->find_function(symbol);
     }
 
+    bool has_program_file(const String& file) const override {
+        String found;
+        return runtime_->find_file(file, &found, true, true);
+    }
+
     const UserFunction* load_from_file(VmStack* stack, const String& file,
                                        uint32_t symbol) const override {
         const Module* module = runtime_->module_cache().load_from_disk(stack, file, CachePolicy(0));

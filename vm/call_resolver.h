@@ -41,6 +41,9 @@ public:
     virtual uint32_t symbolize(const String& name) const = 0;
     // A function of the module that `program` belongs to; null when none.
     virtual const UserFunction* find_in_module_of(const Program* program, uint32_t symbol) const = 0;
+    // Whether a source file of that name is there to load: as written, along
+    // SET PATH, or with ".prg" added.
+    virtual bool has_program_file(const String& file) const = 0;
     // Loads a source file through the module cache: the named function of it,
     // or what running the file runs when `symbol` is 0. Raises error 1 for a missing file.
     virtual const UserFunction* load_from_file(VmStack* stack, const String& file,
