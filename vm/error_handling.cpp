@@ -1,13 +1,13 @@
 // Run-time error handling: the error list, the search for a TRY handler,
-// and the report and dialog for errors that nothing catches.
+// the report and dialog for errors that nothing catches, and Ctrl-C.
 #include "vm/error_handling.h"
-#include "vm/interrupt.h"
 
 #include <cstdio>
 #include <list>
 #include <string>
 
 #include "base/call_trace.h"
+#include "vm/interrupt.h"
 #include "vm/program.h"
 #include "vm/runtime_services.h"
 #include "vm/screen.h"

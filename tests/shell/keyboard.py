@@ -1,6 +1,6 @@
 """zosh at the keyboard, driven through a pseudo-terminal: line editing and
-history, Ctrl-R, Ctrl-C during a program and at the prompt, and Ctrl-C
-ending a script run from the command line.
+history, Ctrl-R, Ctrl-C during a program, at the error dialog and at the
+prompt, and Ctrl-C ending a script run from the command line.
 
   keyboard.py ZOSH
 
@@ -124,6 +124,11 @@ def editing_and_interrupts(zosh, folder, env):
     term.type(b"? x\r")
     check("the variables set before are still there", term.wait_for(b"4\r\n") and term.prompt())
 
+    term.type(b"DO fails\r")
+    check("an error asks what to do", term.wait_for(b"[A]bort, [R]etry, [I]gnore? "))
+    term.type(CTRL_C)
+    check("Ctrl-C at the error dialog answers Abort", term.wait_for(b"(Stack trace)") and term.prompt())
+
     term.type(b"x = 100")
     time.sleep(0.1)
     term.type(CTRL_C)
@@ -165,6 +170,8 @@ def main():
     with tempfile.TemporaryDirectory() as folder:
         with open(os.path.join(folder, "spin.prg"), "w") as spin:
             spin.write("DO WHILE .T.\nENDDO\n")
+        with open(os.path.join(folder, "fails.prg"), "w") as fails:
+            fails.write("? no_such_variable\n")
         state = os.path.join(folder, "state")
         env = dict(os.environ, TERM="xterm", HOME=folder, XDG_STATE_HOME=state, LC_ALL="C.UTF-8")
         editing_and_interrupts(zosh, folder, env)
