@@ -1,8 +1,13 @@
 # Entry points: `make demo` and `make check` work on a fresh Debian 12 machine.
+#   JOBS=N     parallel compile jobs (default: the number of cores)
+#   PREFIX=DIR where `make install` puts bin/zosh and lib/libzobase.so (default /usr/local)
 BUILD ?= build
 JOBS ?= $(shell nproc)
+PREFIX ?= /usr/local
+# What the demo runs: the shell, the library and the example host.
+DEMO_TARGETS = zobase zosh first_run
 
-.PHONY: all deps build demo check bench bench-compare clean
+.PHONY: all deps build demo install check bench bench-compare clean
 
 all: build
 
@@ -15,9 +20,14 @@ $(BUILD)/build.ninja:
 build: deps $(BUILD)/build.ninja
 	cmake --build $(BUILD) -j $(JOBS)
 
-demo: build
+demo: deps $(BUILD)/build.ninja
+	cmake --build $(BUILD) -j $(JOBS) --target $(DEMO_TARGETS)
 	$(BUILD)/first_run
-	@if [ -f examples/tour.prg ]; then $(BUILD)/zosh examples/tour.prg; fi
+	$(BUILD)/zosh examples/tour.prg
+
+install: deps $(BUILD)/build.ninja
+	cmake --build $(BUILD) -j $(JOBS) --target zobase zosh
+	cmake --install $(BUILD) --prefix $(PREFIX)
 
 check: build
 	cd $(BUILD) && ctest --output-on-failure -j $(JOBS)

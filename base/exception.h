@@ -16,7 +16,8 @@ public:
     virtual const char* name() const noexcept;
 };
 
-enum InterruptType : int32_t { INTERRUPT_QUIT = 0, INTERRUPT_CANCEL = 1, INTERRUPT_THROW = 2 };
+// INTERRUPT_BREAK is the user's Ctrl-C, raised as a plain RuntimeInterrupt.
+enum InterruptType : int32_t { INTERRUPT_QUIT = 0, INTERRUPT_CANCEL = 1, INTERRUPT_THROW = 2, INTERRUPT_BREAK = 3 };
 
 class ZO_API RuntimeInterrupt : public Exception {
 public:

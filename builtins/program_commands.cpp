@@ -18,7 +18,7 @@ const CallResolver& resolver_of(VmStack* stack) {
 }
 
 // The procedure DO runs: from the IN file, else from the running program's
-// module, else the file of that name.
+// module, else the file of that name, else from the SET PROCEDURE modules.
 const UserFunction* find_do_target(VmStack* stack, const String& name, const Variant& in_file) {
     const CallResolver& resolver = resolver_of(stack);
     uint32_t symbol = resolver.symbolize(name);
@@ -30,6 +30,8 @@ const UserFunction* find_do_target(VmStack* stack, const String& name, const Var
     }
     const Program* running = stack->frame ? stack->frame->program : nullptr;
     if (const UserFunction* target = resolver.find_in_module_of(running, symbol)) return target;
+    if (!resolver.has_program_file(name))
+        if (const UserFunction* target = resolver.find_procedure(symbol)) return target;
     const UserFunction* target = resolver.load_from_file(stack, name, 0);
     if (!target) throw RuntimeError(ERR_FILE_NOT_FOUND, name);
     return target;

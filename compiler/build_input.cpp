@@ -13,15 +13,33 @@
 #include "values/symtable.h"
 #include "vm/program.h"
 #include "vm/screen.h"
+#include "vm/try_scope.h"
 #include "vm/vm_stack.h"
 
 namespace zobase {
 
 // ---- linking ----
 
+namespace {
+
+// The WHEN filters of a program's TRY statements are programs of their own,
+// linked along with it.
+template <typename Link>
+void link_catch_filters(Program* program, Link link) {
+    VmOp** code = program->code();
+    for (size_t i = 0; i < program->instruction_count(); ++i) {
+        if (code[i]->opcode != OP_TRY_ENTER) continue;
+        for (catch_record_st& record : static_cast<VmOpTryEnter*>(code[i])->catches)
+            if (record.filter) link(record.filter.get());
+    }
+}
+
+}  // namespace
+
 void link_program(LinkerInfo& info, Program* program, const Module* module) {
     ZO_TRACE();
     program->module = module;
+    link_catch_filters(program, [&](Program* filter) { link_program(info, filter, module); });
     VmOp** code = program->code();
     for (size_t i = 0; i < program->instruction_count(); ++i) {
         if (code[i]->opcode != OP_UNRESOLVED_CALL) continue;
@@ -38,6 +56,7 @@ void link_program(LinkerInfo& info, Program* program, const Module* module) {
 
 void link_anonymous_program(LinkerInfo& info, Program* program) {
     ZO_TRACE();
+    link_catch_filters(program, [&](Program* filter) { link_anonymous_program(info, filter); });
     VmOp** code = program->code();
     for (size_t i = 0; i < program->instruction_count(); ++i) {
         if (code[i]->opcode != OP_UNRESOLVED_CALL) continue;
@@ -111,8 +130,9 @@ void BuildInput::log_compiler_errors(Compiler& compiler) {
 void BuildInput::raise_diagnostics() const {
     if (diagnostics.empty()) return;
     const diagnostic_st& first = diagnostics.front();
-    if (first.detail.size()) throw RuntimeError(first.number, first.detail);
-    throw RuntimeError(first.number);
+    RuntimeError error = first.detail.size() ? RuntimeError(first.number, first.detail) : RuntimeError(first.number);
+    error.compile_report = String(diagnostics_report().c_str());
+    throw error;
 }
 
 void BuildInput::parse_statements(const String& text, statement_list& statements) {
@@ -298,8 +318,10 @@ std::string BuildInput::format_diagnostic(const diagnostic_st& diagnostic) const
     return block;
 }
 
-void BuildInput::report_diagnostics(Screen* screen) const {
-    for (const diagnostic_st& diagnostic : diagnostics) screen->err(String(format_diagnostic(diagnostic).c_str()));
+std::string BuildInput::diagnostics_report() const {
+    std::string report;
+    for (const diagnostic_st& diagnostic : diagnostics) report += format_diagnostic(diagnostic);
+    return report;
 }
 
 }  // namespace zobase

@@ -71,7 +71,8 @@ public:
     void log_compiler_errors(Compiler& compiler);
     void add_diagnostic(int32_t category, int32_t number, const document_location_st& location,
                         const String& detail = String());
-    // Raises the first diagnostic's number when any was recorded.
+    // Raises the first diagnostic's number when any was recorded, with the
+    // report of them all as the error's compile report.
     void raise_diagnostics() const;
 
     // The statement form: a free-standing program of a command line. The
@@ -91,9 +92,9 @@ public:
     // parse failures become diagnostics.
     void parse_statements(const String& text, statement_list& statements);
 
-    // The report block of one diagnostic, and all of them through Screen::err.
+    // The report block of one diagnostic, and the blocks of all of them.
     std::string format_diagnostic(const diagnostic_st& diagnostic) const;
-    void report_diagnostics(Screen* screen) const;
+    std::string diagnostics_report() const;
     // The place name of reports: the file, or "<command prompt>".
     std::string place_name() const;
 

@@ -159,10 +159,7 @@ Module* BuildInput::build_module(const String& name, const String& text) {
     document_location_st start = it != build.end ? (*it)->location : document_location_st{};
     module->main = compile_function(*this, COMPILER_FLAGS_FUNCTION, file_stem(name), build.end, it, nullptr, start);
     while (it != build.end) compile_module_statement(build, it);
-    if (!diagnostics.empty()) {
-        report_diagnostics(stack->services->screen());
-        raise_diagnostics();
-    }
+    raise_diagnostics();
     LinkerInfo info{&stack->services->symbols(), find_module_function};
     link_module(info, module.get());
     return module.release();

@@ -74,9 +74,13 @@ private:
     OperandList list;
 };
 
+// Where each line of a merged text begins in the source, the first line first.
+typedef std::vector<document_position_st> text_line_starts;
+
 // Splits text at "<<" and ">>" into pairs: 0 and a literal, 1 and a field's
-// expression. A field that fails to parse is error 10.
-void create_merge_list(CodePath& path, const document_location_st& location, const String& text,
+// expression, whose locations are its place in the source. A field that
+// fails to parse is error 10.
+void create_merge_list(CodePath& path, const String& text, const text_line_starts& lines,
                        BorrowedOperands& list);
 
 }  // namespace zobase

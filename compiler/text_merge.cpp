@@ -1,5 +1,6 @@
 // TEXT ... ENDTEXT and the `\` and `\\` lines. Both become one built-in call
 // whose arguments are pairs: 0 and a literal, or 1 and a merge field's value.
+#include <algorithm>
 #include <string>
 #include <vector>
 
@@ -21,6 +22,30 @@ void add_literal(const std::string& text, BorrowedOperands& list) {
     list.own(new Const_String(String(text.c_str())));
 }
 
+size_t utf8_characters(const std::string& text, size_t from, size_t to) {
+    size_t count = 0;
+    for (size_t i = from; i < to; ++i)
+        if ((static_cast<unsigned char>(text[i]) & 0xC0) != 0x80) ++count;
+    return count;
+}
+
+// The source position of the byte `offset` of a merged text.
+document_position_st position_in_source(const std::string& text, size_t offset, const text_line_starts& lines) {
+    size_t line = 0, line_begin = 0;
+    for (size_t i = 0; i < offset; ++i)
+        if (text[i] == '\n') {
+            ++line;
+            line_begin = i + 1;
+        }
+    document_position_st position = lines.empty() ? document_position_st{0, 0, 1, 1}
+                                                   : lines[std::min(line, lines.size() - 1)];
+    uint32_t characters = static_cast<uint32_t>(utf8_characters(text, line_begin, offset));
+    position.column += characters;
+    position.offset_chars += characters;
+    position.offset_bytes += static_cast<uint32_t>(offset - line_begin);
+    return position;
+}
+
 void add_field(const std::string& source, const document_location_st& location, CodePath& path,
                BorrowedOperands& list) {
     list.own(new_integer_constant(1));
@@ -29,7 +54,7 @@ void add_field(const std::string& source, const document_location_st& location, 
         return;
     }
     std::vector<parse_error_st> errors;
-    Operand* field = parse_expression_text(source.c_str(), errors);
+    Operand* field = parse_expression_text(source.c_str(), errors, location.start);
     if (!field || !errors.empty()) {
         delete field;
         path.compiler->record_error(ERR_SYNTAX, location);
@@ -65,19 +90,21 @@ int compile_stmt_textmerge_operator(const statement_iterator&, statement_iterato
     code->push_back(merge);
     BorrowedOperands merged;
     merged.own(new_integer_constant(linefeed));
-    create_merge_list(path, statement->location, statement->text, merged);
+    create_merge_list(path, statement->text, {statement->text_start}, merged);
     compile_call_spec_void_core(statement->location, textmerge, merged.get(), code, path);
     code->push_back(after);
     return 0;
 }
 
-// The lines up to ENDTEXT, joined by line ends.
-String collect_text_lines(const statement_iterator& end, statement_iterator& it) {
+// The lines up to ENDTEXT, joined by line ends, and where each begins.
+String collect_text_lines(const statement_iterator& end, statement_iterator& it, text_line_starts& lines) {
     std::string text;
     bool first = true;
     for (; it != end && (*it)->type == STMT_TEXT_LINE; ++it) {
         if (!first) text += '\n';
-        text += static_cast<const Stmt_Text*>(it->get())->text.u8str();
+        const auto* line = static_cast<const Stmt_Text*>(it->get());
+        text += line->text.u8str();
+        lines.push_back(line->text.size() ? line->text_start : line->location.start);
         first = false;
     }
     if (it != end && (*it)->type == STMT_ENDTEXT) ++it;
@@ -96,7 +123,8 @@ int compile_stmt_text(const statement_iterator& end, statement_iterator& it, Com
                       CodePath& path) {
     ZO_TRACE();
     const auto* statement = static_cast<const BasicCommand*>((it++)->get());
-    String text = collect_text_lines(end, it);
+    text_line_starts lines;
+    String text = collect_text_lines(end, it, lines);
     const library_func_def_st& function = require_function(path, "stackcall_text");
     const Option* target = statement->options.find("TO");
     const Option* pretext = statement->options.find("PRETEXT");
@@ -105,7 +133,7 @@ int compile_stmt_text(const statement_iterator& end, statement_iterator& it, Com
     arguments.own(new_integer_constant(flags));
     if (pretext) arguments.add(pretext->value.get());
     else arguments.own(new_null_constant());
-    if (flags & TEXT_MERGE) create_merge_list(path, statement->location, text, arguments);
+    if (flags & TEXT_MERGE) create_merge_list(path, text, lines, arguments);
     else add_literal(text.u8str(), arguments);
     const document_location_st& location = statement->location;
     auto emit_call = [&] {
@@ -127,8 +155,7 @@ int compile_stmt_text(const statement_iterator& end, statement_iterator& it, Com
 
 }  // namespace
 
-void create_merge_list(CodePath& path, const document_location_st& location, const String& text,
-                       BorrowedOperands& list) {
+void create_merge_list(CodePath& path, const String& text, const text_line_starts& lines, BorrowedOperands& list) {
     std::string source = text.u8str();
     size_t at = 0;
     for (;;) {
@@ -136,7 +163,9 @@ void create_merge_list(CodePath& path, const document_location_st& location, con
         size_t close = open == std::string::npos ? open : source.find(">>", open + 2);
         if (close == std::string::npos) break;
         if (open > at) add_literal(source.substr(at, open - at), list);
-        add_field(source.substr(open + 2, close - open - 2), location, path, list);
+        document_location_st field{position_in_source(source, open + 2, lines),
+                                   position_in_source(source, close, lines)};
+        add_field(source.substr(open + 2, close - open - 2), field, path, list);
         at = close + 2;
     }
     if (at < source.size()) add_literal(source.substr(at), list);

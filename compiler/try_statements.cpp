@@ -33,15 +33,19 @@ Program* compile_catch_filter(const Stmt_Catch* clause, unsigned symbol, CodePat
     CodePath filter_path(&filter);
     unsigned long long offset;
     if (symbol && filter.compile_time_define_memvar(symbol, &offset)) filter_path.known_locals.insert(symbol);
+    ++filter.statement_number;
     compile_value(clause->when.get(), &filter.code, filter_path);
     filter.code.push_back(new VmOpReturnValue());
+    // Ignore in the error dialog goes on with the next statement: a filter
+    // whose expression failed refuses the exception.
+    ++filter.statement_number;
+    filter.code.push_back(clause->location, new VmOpReadConstFalse());
+    filter.code.push_back(clause->location, new VmOpReturnValue());
     owner->errors.insert(owner->errors.end(), filter.errors.begin(), filter.errors.end());
     uint64_t parameters = filter.locals.size();
-    std::unique_ptr<Program> program(filter.create_program(String("<catch filter>"), &filter.code, filter.locals,
-                                                           parameters, clause->location, &filter.unresolved));
-    LinkerInfo info{&filter.symbols()};
-    link_anonymous_program(info, program.get());
-    return program.release();
+    // Linked with the program holding the TRY, so that it belongs to its module.
+    return filter.create_program(String("<catch filter>"), &filter.code, filter.locals, parameters,
+                                 clause->location, &filter.unresolved);
 }
 
 void compile_catch(const statement_iterator& end, statement_iterator& it, VmOpTryEnter* enter,

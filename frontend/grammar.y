@@ -359,7 +359,7 @@ static void kestroerror(KESTROLTYPE* location, ParseContext* ctx, const char* me
 start:
     START_STATEMENT line                          { grammar_statement(ctx, $2, @2); }
   | START_TEXT endl %dprec 1                      { grammar_statement(ctx, new Stmt_Text(STMT_TEXT_LINE, String()), @$); }
-  | START_TEXT raw_text endl %dprec 2             { grammar_statement(ctx, new Stmt_Text(STMT_TEXT_LINE, grammar_join($2)), @$); delete $2; }
+  | START_TEXT raw_text endl %dprec 2             { grammar_statement(ctx, new Stmt_Text(STMT_TEXT_LINE, grammar_join($2), @2.start), @$); delete $2; }
   | START_TEXT K_ENDTEXT opt_raw_text endl %dprec 3 { delete $3; grammar_statement(ctx, new Statement(STMT_ENDTEXT), @$); }
   | START_MACRO macro_line endl %dprec 1          { grammar_statement(ctx, grammar_macro_statement(ctx, STMT_INCOMPLETE, $2, @2), @$); }
   | START_MACRO K_IF macro_line endl %dprec 2     { grammar_statement(ctx, grammar_macro_statement(ctx, STMT_IF, $3, @3), @$); }
@@ -397,8 +397,8 @@ statement:
   | '?' '?' ws expression_list eol                { $$ = new Stmt_Echo(false, $4); }
   | '\\' endl                                     { $$ = new Stmt_Text(STMT_TEXTMERGE, String()); }
   | '\\' '\\' endl %dprec 2                       { auto* s = new Stmt_Text(STMT_TEXTMERGE, String()); s->no_linefeed = true; $$ = s; }
-  | '\\' raw_text endl %dprec 1                   { $$ = new Stmt_Text(STMT_TEXTMERGE, grammar_join($2)); delete $2; }
-  | '\\' '\\' raw_text endl %dprec 2              { auto* s = new Stmt_Text(STMT_TEXTMERGE, grammar_join($3)); s->no_linefeed = true; delete $3; $$ = s; }
+  | '\\' raw_text endl %dprec 1                   { $$ = new Stmt_Text(STMT_TEXTMERGE, grammar_join($2), @2.start); delete $2; }
+  | '\\' '\\' raw_text endl %dprec 2              { auto* s = new Stmt_Text(STMT_TEXTMERGE, grammar_join($3), @3.start); s->no_linefeed = true; delete $3; $$ = s; }
   | K_ALTER ws K_TABLE ws file_expression ws K_ADD ws K_COLUMN ws column eol
         { auto* t = new Stmt_Table(STMT_ADD_COLUMN); t->table.reset($5); t->columns.emplace_back($11); $$ = t; }
   | K_ALTER ws K_TABLE ws file_expression ws K_DROP ws K_COLUMN ws name_expression eol

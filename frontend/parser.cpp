@@ -493,10 +493,27 @@ Statement* parse_statement_text(const char* utf8, std::vector<parse_error_st>& e
     return result.statement;
 }
 
-Operand* parse_expression_text(const char* utf8, std::vector<parse_error_st>& errors) {
+namespace {
+
+// A position counted from the start of a text, moved to where the text stands.
+void place_at(document_position_st& position, const document_position_st& origin) {
+    if (position.line == 1) position.column += origin.column - 1;
+    position.line += origin.line - 1;
+    position.offset_chars += origin.offset_chars;
+    position.offset_bytes += origin.offset_bytes;
+}
+
+}  // namespace
+
+Operand* parse_expression_text(const char* utf8, std::vector<parse_error_st>& errors,
+                               const document_position_st& origin) {
     String text(utf8);
     token_vector tokens;
     tokenize(text, tokens);
+    for (token_st& token : tokens) {
+        place_at(token.location.start, origin);
+        place_at(token.location.end, origin);
+    }
     single_result_st result;
     parse_options_st options;
     options.callback = keep_single_result;

@@ -64,7 +64,9 @@ Operand* parse_operand(const token_st* begin, const token_st* end, bool retry, c
 // Convenience for tests and tools: tokenizes UTF-8 text and parses it whole.
 Statement* parse_statement_text(const char* utf8, std::vector<parse_error_st>& errors,
                                 int start_token = static_cast<int>(ParserToken::start_statement));
-Operand* parse_expression_text(const char* utf8, std::vector<parse_error_st>& errors);
+// `origin` is where the text stands in a larger source: locations count from there.
+Operand* parse_expression_text(const char* utf8, std::vector<parse_error_st>& errors,
+                               const document_position_st& origin = {0, 0, 1, 1});
 
 // ---- used by the grammar's actions ----
 

@@ -207,6 +207,10 @@ bool Preprocessor::read_logical_line(frame_st& frame, token_vector& line, bool r
         size_t resume;
         if (type == ';' && continuation_after(frame, frame.pos, resume)) {
             frame.pos = resume;
+            // The grammar takes one blank between words: the next line's
+            // indentation joins the blank before the ';' rather than adding one.
+            if (open == NONE && !line.empty() && is_blank(line.back()))
+                while (!frame.at_end() && is_blank(frame.current())) ++frame.pos;
             continue;
         }
         ++frame.pos;

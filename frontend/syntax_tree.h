@@ -395,7 +395,10 @@ class Stmt_Text : public Statement {
 public:
     String text;
     bool no_linefeed = false;  // the `\\` form
+    document_position_st text_start{};  // where `text` begins in the source
     Stmt_Text(StatementTypes t, const String& s) : Statement(t), text(s) {}
+    Stmt_Text(StatementTypes t, const String& s, const document_position_st& start)
+        : Statement(t), text(s), text_start(start) {}
 };
 
 class Stmt_For : public Statement {

@@ -10,6 +10,7 @@
 #include "runtime/screen_input.h"
 #include "text/charset.h"
 #include "text/collation.h"
+#include "vm/interrupt.h"
 
 namespace zobase {
 
@@ -123,14 +124,15 @@ void ConsoleScreen::clear() {
 void ConsoleScreen::flush() { std::fflush(stdout); }
 
 // Reads until `count` characters are decoded, the buffer is full or the input
-// ends; returns the bytes read.
+// ends; returns the bytes read. Ctrl-C ends a read as the end of input does,
+// so that it answers the error dialog with Abort.
 size_t ConsoleScreen::read(char* buffer, size_t size, size_t count, const Charset** charset) {
     if (!*charset) *charset = input_charset;
     const Charset* cs = *charset;
     size_t used = 0, chars = 0, char_start = 0;
     while (used < size && chars < count) {
         ssize_t got = ::read(STDIN_FILENO, buffer + used, 1);
-        if (got < 0 && errno == EINTR) continue;
+        if (got < 0 && errno == EINTR && !vm_interrupt_requested.load()) continue;
         if (got <= 0) break;
         ++used;
         const char* p = buffer + char_start;

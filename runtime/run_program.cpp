@@ -11,6 +11,7 @@
 #include "values/error.h"
 #include "values/symtable.h"
 #include "values/variant.h"
+#include "vm/error_handling.h"
 #include "vm/program.h"
 #include "vm/vm_stack.h"
 
@@ -97,7 +98,7 @@ int Runtime::run_program(const String& file, int argc, const char* const* argv) 
     } catch (const RuntimeQuit&) {
         return 0;
     } catch (const RuntimeError& error) {
-        screen->errendl(error.message);
+        report_final_error(screen, error);
         return error.number;
     }
 }

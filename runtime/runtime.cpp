@@ -5,9 +5,11 @@
 #include <unicode/uloc.h>
 #include <unicode/unum.h>
 #include <unicode/ustring.h>
+#include <langinfo.h>
+#include <strings.h>
 
+#include <clocale>
 #include <cstdlib>
-
 #include <cstring>
 #include <filesystem>
 #include <map>
@@ -100,6 +102,31 @@ void read_separators(Runtime* rt, const char* locale) {
     unum_close(format);
 }
 
+// The codeset of the process's character locale or, while the host has left
+// it at "C", of the locale the environment names (LC_ALL, LC_CTYPE, LANG).
+// Asked through a locale object of its own: the process's stays as it is.
+bool locale_codeset_is_utf8() {
+    const char* current = std::setlocale(LC_CTYPE, nullptr);
+    bool host_chose = current && std::strcmp(current, "C") != 0 && std::strcmp(current, "POSIX") != 0;
+    locale_t locale = newlocale(LC_CTYPE_MASK, host_chose ? current : "", static_cast<locale_t>(nullptr));
+    if (!locale) return false;
+    const char* codeset = nl_langinfo_l(CODESET, locale);
+    bool utf8 = codeset && (strcasecmp(codeset, "UTF-8") == 0 || strcasecmp(codeset, "UTF8") == 0);
+    freelocale(locale);
+    return utf8;
+}
+
+// UTF-8 when the locale says so, else the charset of ICU's language and country.
+const Charset* machine_charset(const char* icu_locale) {
+    if (locale_codeset_is_utf8()) return Charset::utf8;
+    char language[16] = {}, country[16] = {};
+    UErrorCode status = U_ZERO_ERROR;
+    uloc_getLanguage(icu_locale, language, sizeof language, &status);
+    uloc_getCountry(icu_locale, country, sizeof country, &status);
+    std::string key = std::string(language) + "_" + country;
+    return get_charset_by_country_lang(key.c_str());
+}
+
 }  // namespace
 
 Runtime::Runtime(Screen* s) : screen(s), impl(new RuntimeRecord) {
@@ -127,12 +154,7 @@ void Runtime::init() {
     read_separators(this, locale);
     impl->first_day_of_week = first_day_of_week;
     system_date_style = DATE_STYLE_SHORT;
-    char language[16] = {}, country[16] = {};
-    UErrorCode status = U_ZERO_ERROR;
-    uloc_getLanguage(locale, language, sizeof language, &status);
-    uloc_getCountry(locale, country, sizeof country, &status);
-    std::string key = std::string(language) + "_" + country;
-    default_charset = get_charset_by_country_lang(key.c_str());
+    default_charset = machine_charset(locale);
 }
 
 VmStack* Runtime::get_main_stack() {

@@ -62,6 +62,9 @@ public:
     void init();
     VmStack* get_main_stack();
     uint64_t create_stack_id();
+    // Both return 0 or the number of the error that ended the run. QUIT ends
+    // a program quietly; from a command it passes out as RuntimeQuit. Ctrl-C
+    // passes out of both as RuntimeInterrupt (INTERRUPT_BREAK).
     int run_program(const String& file, int argc, const char* const* argv);
     int run_command(const String& text);
     // The module of a file, compiled unless a fresh copy is cached.
@@ -125,6 +128,10 @@ ZO_API int CreateStack(Runtime* runtime, uint64_t size, VmStack** out);
 ZO_API int GetMainStack(Runtime* runtime, VmStack** out);
 ZO_API int ReleaseStack(VmStack* stack);
 ZO_API Runtime* GetRuntime(VmStack* stack);
+// The exported calls never throw: QUIT, CANCEL and Ctrl-C end the run, and
+// errors have been reported on the screen. A host that wants the error's
+// number, or to know that the text asked to QUIT, calls the members
+// run_program and run_command instead.
 ZO_API void RunProgram(Runtime* runtime, const String& file);
 ZO_API void RunCommand(Runtime* runtime, const String& text);
 ZO_API void RunScript(Runtime* runtime, const String& text);
@@ -138,6 +145,9 @@ ZO_API Class* GetClass(VmStack* stack, const String* name);
 ZO_API int AllocArgsW(const wchar_t* const* argv, int argc, char*** out);
 ZO_API int FreeArgsW(char** args);
 
+// Asks the running program to stop at its next jump or call, with
+// RuntimeInterrupt: what a host installs for SIGINT. RunZosh installs it.
+ZO_API void sig_INT_handler(int signal);
 ZO_API void sig_ABRT_handler(int signal);
 ZO_API void sig_SEGV_handler(int signal);
 ZO_API void terminate_handler();

@@ -69,6 +69,11 @@ public:
         return module_of(program)->find_function(symbol);
     }
 
+    bool has_program_file(const String& file) const override {
+        String found;
+        return runtime_->find_file(file, &found, true, true);
+    }
+
     const UserFunction* load_from_file(VmStack* stack, const String& file,
                                        uint32_t symbol) const override {
         const Module* module = runtime_->module_cache().load_from_disk(stack, file, CachePolicy(0));
@@ -82,12 +87,7 @@ public:
         BuildInput build(stack);
         prepare(build, stack);
         build.forced_location = written_at;
-        try {
-            return std::unique_ptr<Program>(build.build_command(text));
-        } catch (const RuntimeError&) {
-            build.report_diagnostics(runtime_->screen);
-            throw;
-        }
+        return std::unique_ptr<Program>(build.build_command(text));
     }
 
     std::unique_ptr<UserFunction> compile_script(VmStack* stack, const String& text) const override {
@@ -104,12 +104,7 @@ public:
         prepare(build, stack);
         build.table = table;
         const Program* program = nullptr;
-        try {
-            build.build_expression(text, &program);
-        } catch (const RuntimeError&) {
-            build.report_diagnostics(runtime_->screen);
-            throw;
-        }
+        build.build_expression(text, &program);
         return std::unique_ptr<Program>(const_cast<Program*>(program));
     }
 

@@ -5,15 +5,20 @@
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
+#include <memory>
 #include <string>
 #include <vector>
 
 #include "base/call_trace.h"
+#include "runtime/keyboard_interrupt.h"
+#include "runtime/line_editor.h"
+#include "runtime/run_edge.h"
 #include "runtime/runtime.h"
 #include "runtime/screen.h"
 #include "runtime/screen_input.h"
 #include "text/charset.h"
 #include "values/error.h"
+#include "vm/interrupt.h"
 
 namespace zobase {
 
@@ -101,19 +106,23 @@ void print_banner(Screen* screen) {
     screen->outendl(String("Type QUIT or end the input to leave."));
 }
 
-// A state the runtime believes impossible was reached: the user gets the
-// failed condition instead of a crash, and the shell's status says so.
-constexpr int INTERNAL_ERROR_STATUS = 70;
-
-int report_internal_error(Screen* screen, const assert_failed_exception& failure) {
-    screen->errendl(String((std::string("(Internal error) ") + failure.what).c_str()));
-    return INTERNAL_ERROR_STATUS;
-}
-
-String prompt_text() {
+std::string prompt_text() {
     std::error_code ignored;
     std::string directory = std::filesystem::current_path(ignored).string();
-    return String(("zo " + directory + "> ").c_str());
+    return "zo " + directory + "> ";
+}
+
+LineRead read_plain_line(Screen* screen, String* line) {
+    screen->out(String(prompt_text().c_str()));
+    screen->flush();
+    return read_screen_line(screen, line) ? LineRead::LINE : LineRead::END;
+}
+
+LineRead read_edited_line(LineEditor* editor, String* line) {
+    std::string text;
+    LineRead read = editor->read_line(prompt_text(), &text);
+    *line = String(text.c_str());
+    return read;
 }
 
 }  // namespace
@@ -153,13 +162,18 @@ int RunZosh(Runtime* runtime) {
         screen->errendl(String("--codepage not supported"));
         return 1;
     }
+    InterruptHandlerScope interrupts;
     if (script_args.empty()) {
         print_banner(screen);
         return RunInteractiveShell(runtime);
     }
+    clear_interrupt();
     try {
         return runtime->run_program(String(script_args[0]), static_cast<int>(script_args.size()),
                                     script_args.data());
+    } catch (const RuntimeInterrupt&) {
+        // QUIT ended quietly inside run_program; this is Ctrl-C, reported where it stopped.
+        return INTERRUPTED_STATUS;
     } catch (const assert_failed_exception& failure) {
         return report_internal_error(screen, failure);
     }
@@ -168,16 +182,26 @@ int RunZosh(Runtime* runtime) {
 int RunInteractiveShell(Runtime* runtime) {
     ZO_TRACE();
     Screen* screen = runtime->screen;
+    std::unique_ptr<LineEditor> editor = LineEditor::for_terminal(runtime);
     for (;;) {
-        screen->out(prompt_text());
-        screen->flush();
         String line;
-        if (!read_screen_line(screen, &line)) return 0;
+        switch (editor ? read_edited_line(editor.get(), &line) : read_plain_line(screen, &line)) {
+        case LineRead::END: return 0;
+        case LineRead::INTERRUPTED:
+            // Ctrl-C at the prompt drops the line typed so far.
+            screen->outendl(String("^C"));
+            continue;
+        case LineRead::LINE: break;
+        }
         if (line.size() == 0) continue;
+        // A Ctrl-C pressed while nothing ran must not stop this command.
+        clear_interrupt();
         try {
             runtime->run_command(line);
         } catch (const RuntimeQuit&) {
             return 0;
+        } catch (const RuntimeInterrupt&) {
+            // Ctrl-C: reported where the program stopped; the prompt comes back.
         } catch (const assert_failed_exception& failure) {
             report_internal_error(screen, failure);
         }

@@ -1,4 +1,5 @@
 // zosh: a screen, a runtime, the arguments and the shell.
+#include <clocale>
 #include <csignal>
 #include <exception>
 
@@ -15,6 +16,8 @@ int main(int argc, char** argv) {
     if (old_sig_ABRT_handler == SIG_DFL || old_sig_ABRT_handler == SIG_ERR) old_sig_ABRT_handler = nullptr;
     if (old_sig_SEGV_handler == SIG_DFL || old_sig_SEGV_handler == SIG_ERR) old_sig_SEGV_handler = nullptr;
 
+    // The terminal's encoding, for the line editor.
+    std::setlocale(LC_CTYPE, "");
     Screen* screen = CreateScreen(0);
     Runtime* runtime = CreateRuntime(screen);
     runtime->pass_arguments(argc, argv);

@@ -21,6 +21,11 @@ args=""
 [ -f "$stem.args" ] && args=$(cat "$stem.args")
 want_status=0
 [ -f "$stem.status" ] && want_status=$(cat "$stem.status")
+# The machine charset follows the locale: the tests are written for UTF-8
+# unless NAME.env names another locale.
+LC_ALL=C.UTF-8
+export LC_ALL
+
 if [ -f "$stem.env" ]; then
   while IFS= read -r setting; do
     case "$setting" in ''|'#'*) ;; *) export "${setting?}" ;; esac

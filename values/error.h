@@ -23,6 +23,10 @@ public:
     String message;    // already formatted
     String parameter;  // the detail as given
     int32_t recovery = 0;  // not 0 once a frame has handled it: outer frames only unwind
+    // The diagnostics of source compiled at run time (a macro, evaluate(), a
+    // program loaded by DO): shown with the error when nothing catches it,
+    // then cleared so that it shows once.
+    String compile_report;
 
     RuntimeError();
     explicit RuntimeError(int number);

@@ -43,13 +43,17 @@ public:
     virtual uint32_t symbolize(const String& name) const = 0;
     // A function of the module that `program` belongs to; null when none.
     virtual const UserFunction* find_in_module_of(const Program* program, uint32_t symbol) const = 0;
+    // Whether a source file of that name is there to load: as written, along
+    // SET PATH, or with ".prg" added.
+    virtual bool has_program_file(const String& file) const = 0;
     // Loads a source file through the module cache: the named function of it,
     // or what running the file runs when `symbol` is 0. Raises error 1 for a missing file.
     virtual const UserFunction* load_from_file(VmStack* stack, const String& file,
                                                uint32_t symbol) const = 0;
     // The statements of a macro's text, compiled in the module of the stack's
     // running frame; `written_at`, when given, is the location every
-    // instruction reports. Compile errors are shown, then raised as the first.
+    // instruction reports. Compile errors are raised as the first, carrying
+    // the report of them all (RuntimeError::compile_report).
     virtual std::unique_ptr<Program> compile_macro(VmStack* stack, const String& text,
                                                    const document_location_st* written_at) const = 0;
     // A script's text as a whole program of its own, FUNCTIONs included:

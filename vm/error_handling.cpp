@@ -1,11 +1,13 @@
 // Run-time error handling: the error list, the search for a TRY handler,
-// and the report and dialog for errors that nothing catches.
+// the report and dialog for errors that nothing catches, and Ctrl-C.
 #include "vm/error_handling.h"
 
 #include <cstdio>
+#include <list>
 #include <string>
 
 #include "base/call_trace.h"
+#include "vm/interrupt.h"
 #include "vm/program.h"
 #include "vm/runtime_services.h"
 #include "vm/screen.h"
@@ -40,6 +42,11 @@ void free_try_scopes(VmFrame* frame) {
     }
 }
 
+void report_final_error(Screen* screen, const RuntimeError& error) {
+    if (error.compile_report.size()) screen->err(error.compile_report);
+    screen->errendl(error.message);
+}
+
 void enter_handler(VmStack* stack, VmFrame* frame, const Variant& value, unsigned symbol,
                    long long position) {
     if (symbol) {
@@ -57,9 +64,35 @@ uint64_t position_in(const VmFrame* frame) {
     return static_cast<uint64_t>(frame->ip - frame->program->code());
 }
 
+// While a scope's filter runs, the scope is out of reach of the search: an
+// error in a WHEN clause is not inside the TRY region the clause belongs to.
+class FilteringScope {
+public:
+    FilteringScope(VmStack* stack, const VmOpTryEnter* scope) : stack_(stack) {
+        stack_->filtering_scopes.push_back(scope);
+    }
+    ~FilteringScope() { stack_->filtering_scopes.pop_back(); }
+    FilteringScope(const FilteringScope&) = delete;
+    FilteringScope& operator=(const FilteringScope&) = delete;
+
+private:
+    VmStack* stack_;
+};
+
+bool is_filtering(const VmStack* stack, const VmOpTryEnter* scope) {
+    for (const VmOpTryEnter* running : stack->filtering_scopes)
+        if (running == scope) return true;
+    return false;
+}
+
 // The filter sees the caught value as its one local, passed as its argument.
-bool filter_accepts(VmStack* stack, const Program* filter, const Variant* value) {
+// An error the filter raised and that was recovered from (Ignore) must not
+// replace the error being searched for.
+bool filter_accepts(VmStack* stack, const VmOpTryEnter* scope, const Program* filter, const Variant* value) {
     if (!filter) return true;
+    FilteringScope filtering(stack, scope);
+    RuntimeError searched = stack->last_error;
+    std::list<Error> searched_rows(stack->errors);
     Memvar* argument_top = stack->esp;
     size_t argc = 0;
     if (filter->frame_size() == 1) {
@@ -76,6 +109,8 @@ bool filter_accepts(VmStack* stack, const Program* filter, const Variant* value)
         throw;
     }
     stack->pop_to(argument_top);
+    stack->last_error = searched;
+    stack->errors.swap(searched_rows);
     bool accepted = result.follow()->tag == TAG_TRUE;
     result.release(stack);
     return accepted;
@@ -87,14 +122,19 @@ std::string printf_text(const char* format, auto... arguments) {
     return buffer;
 }
 
-void report_error(Screen* screen, const RuntimeError& error, const VmFrame* frame) {
+// The second line of a report: where the frame stands.
+String place_line(const VmFrame* frame) {
     frame_place_st place = place_of(frame);
+    return String(printf_text(" in %s, line %d, column %d, program %s", place.module.c_str(),
+                              static_cast<int>(place.line), static_cast<int>(place.column), place.program.c_str())
+                      .c_str());
+}
+
+void report_error(Screen* screen, const RuntimeError& error, const VmFrame* frame) {
+    if (error.compile_report.size()) screen->err(error.compile_report);
     screen->errendl(String(printf_text("%s %d - %s", "(Runtime error)", error.number,
                                        error.message.u8str().c_str()).c_str()));
-    screen->errendl(String(printf_text(" in %s, line %d, column %d, program %s",
-                                       place.module.c_str(), static_cast<int>(place.line),
-                                       static_cast<int>(place.column), place.program.c_str())
-                               .c_str()));
+    screen->errendl(place_line(frame));
     screen->flush();
 }
 
@@ -141,6 +181,21 @@ frame_place_st place_of(const VmFrame* frame) {
     return place;
 }
 
+std::atomic<bool> vm_interrupt_requested{false};
+
+// Where the program stood, so that a user who stopped a program that hung
+// learns where it hung.
+void take_interrupt(VmStack* stack) {
+    if (!vm_interrupt_requested.exchange(false)) return;
+    Screen* screen = stack->services ? stack->services->screen() : nullptr;
+    if (screen) {
+        screen->errendl(String("(Interrupted)"));
+        if (stack->frame && stack->frame->program->module) screen->errendl(place_line(stack->frame));
+        screen->flush();
+    }
+    throw RuntimeInterrupt(INTERRUPT_BREAK);
+}
+
 bool VmStack::find_handler(Variant* value, const VmFrame** handler_frame, long long* position,
                            unsigned int* symbol) {
     ZO_TRACE();
@@ -148,9 +203,9 @@ bool VmStack::find_handler(Variant* value, const VmFrame** handler_frame, long l
     for (VmFrame* walked = frame; walked && walked != boundary; walked = walked->previous) {
         uint64_t at = position_in(walked);
         for (try_scope_st* entry = walked->try_scopes; entry; entry = entry->next) {
-            if (!entry->scope->covers(at)) continue;
+            if (!entry->scope->covers(at) || is_filtering(this, entry->scope)) continue;
             for (const catch_record_st& record : entry->scope->catches) {
-                if (!filter_accepts(this, record.filter.get(), value)) continue;
+                if (!filter_accepts(this, entry->scope, record.filter.get(), value)) continue;
                 *handler_frame = walked;
                 *position = static_cast<long long>(record.target);
                 *symbol = record.symbol;
@@ -181,6 +236,7 @@ RuntimeErrorRecovery VmStack::handle_exception(how_to_handle_st& how) {
     Screen* screen = services ? services->screen() : nullptr;
     if (!frame->program->module || !screen) return RECOVERY_ABANDON_FRAME;
     report_error(screen, last_error, frame);
+    last_error.compile_report = String();
     switch (screen->msgbox(String(""), String(""), ERROR_DIALOG_BUTTONS, MSGBOX_ABORT, 1)) {
     case MSGBOX_ABORT:
         print_stack_trace(screen, frame);

@@ -26,6 +26,10 @@ struct how_to_handle_st {
 // The error dialog offers Abort, Retry and Ignore; Abort is the default.
 constexpr int ERROR_DIALOG_BUTTONS = MSGBOX_ABORT | MSGBOX_RETRY | MSGBOX_IGNORE;
 
+// An error that ended a run, as the host shows it: the compile report it
+// still carries, then its message.
+void report_final_error(Screen* screen, const RuntimeError& error);
+
 // The caught value goes into the CATCH variable of the running frame, and
 // the frame goes on at the handler.
 void enter_handler(VmStack* stack, VmFrame* frame, const Variant& value, unsigned symbol,

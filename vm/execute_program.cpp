@@ -1,9 +1,11 @@
 // A program run in its own frame. Errors are handled inside the frame; an
 // exception leaves it only after the frame's variables are released.
 #include <exception>
+#include <utility>
 
 #include "base/call_trace.h"
 #include "vm/error_handling.h"
+#include "vm/interrupt.h"
 #include "vm/try_scope.h"
 #include "vm/vm_run.h"
 
@@ -73,10 +75,13 @@ void on_runtime_throw(VmStack* stack, VmFrame& frame, const RuntimeThrow& thrown
 }
 
 // Runs the frame's code; the catch clauses set the frame's ip and what to do
-// after the frame is gone, and the loop resumes.
+// after the frame is gone, and the loop resumes. Handling an error runs CATCH
+// filters, which may raise in turn: what they raise takes the same clauses.
 void run_frame(VmStack* stack, VmFrame& frame, Variant* ret, deferred_st& deferred) {
+    std::exception_ptr raised_while_handling;
     for (;;) {
         try {
+            if (raised_while_handling) std::rethrow_exception(std::exchange(raised_while_handling, nullptr));
             vm_run(stack, &frame.ip, ret);
             return;
         } catch (const RuntimeQuit& quit) {
@@ -85,7 +90,11 @@ void run_frame(VmStack* stack, VmFrame& frame, Variant* ret, deferred_st& deferr
         } catch (const RuntimeThrow& thrown) {
             on_runtime_throw(stack, frame, thrown, deferred);
         } catch (const RuntimeError& error) {
-            on_runtime_error(stack, frame, error, deferred);
+            try {
+                on_runtime_error(stack, frame, error, deferred);
+            } catch (const Exception&) {
+                raised_while_handling = std::current_exception();
+            }
         }
     }
 }
@@ -104,6 +113,8 @@ void run_frame(VmStack* stack, VmFrame& frame, Variant* ret, deferred_st& deferr
 void execute_program(VmStack* stack, size_t argc, bool has_this, const Program* program,
                      Variant* ret) {
     ZO_TRACE();
+    // Recursion goes round through calls: Ctrl-C is answered here too.
+    poll_interrupt(stack);
     // Deliberately "Must specify additional parameters." although there are too many.
     if (argc > program->parameter_count) throw RuntimeError(ERR_MISSING_PARAMETERS);
     size_t slot_count = argc + (has_this ? 1 : 0);

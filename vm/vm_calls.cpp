@@ -59,6 +59,17 @@ void convert_argument(VmStack* stack, Variant* argument, const library_parameter
 
 bool is_logical_tag(uint8_t tag) { return tag == TAG_FALSE || tag == TAG_TRUE; }
 
+// Much xBase code reads arrays with parentheses: name(i) or name(i, j) with
+// no function of that name reads the element of a variable holding an array.
+bool read_array_by_call(VmStack* stack, uint32_t symbol, uint64_t n) {
+    Memvar* var;
+    if ((n != 1 && n != 2) || !stack->get_memvar(symbol, &var) || var->follow()->tag != TAG_ARRAY) return false;
+    Memvar* result = stack->esp + n;
+    read_array_item(stack, var, n, result);
+    stack->pop_to(result);
+    return true;
+}
+
 }  // namespace
 
 void call_user_function(VmStack* stack, const VmOpCallUserFunction& op) {
@@ -107,6 +118,7 @@ void call_by_name(VmStack* stack, uint32_t symbol, uint64_t n) {
     }
     const UserFunction* function = resolver->find_procedure(symbol);
     if (!function) function = resolver->find_loaded_program(symbol);
+    if (!function && read_array_by_call(stack, symbol, n)) return;
     if (!function) throw RuntimeError(ERR_FILE_NOT_FOUND, name);
     Memvar* result = stack->esp + n;
     function->exec(stack, n, false, result);

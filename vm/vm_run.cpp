@@ -4,6 +4,7 @@
 #include <string>
 
 #include "values/numeric.h"
+#include "vm/interrupt.h"
 #include "vm/macro_execute.h"
 #include "vm/try_scope.h"
 #include "vm/variant_compare.h"
@@ -123,8 +124,15 @@ void cast_logical_or_object(VmStack* stack, const VmOp* op, bool object) {
     throw RuntimeError(ERR_ARGUMENT_INVALID);
 }
 
+// Assigning to a whole array fills every element and keeps the array; an
+// array assigned to it (DIMENSION, STORE, a function's result) replaces it.
 void write_slot(VmStack* stack, Memvar* slot) {
     Variant* target = slot->follow();
+    if (target->tag == TAG_ARRAY && stack->esp->tag != TAG_ARRAY) [[unlikely]] {
+        target->store_recursive(stack, stack->esp);
+        stack->pop();
+        return;
+    }
     target->release(stack);
     stack->esp->deliver(target);
     stack->pop();
@@ -389,6 +397,8 @@ void run_loop(VmStack* stack, VmOp*** ip, Variant* ret) {
             break;
         }
         case OP_JUMP:
+            // Every loop goes round through a jump: Ctrl-C is answered here.
+            poll_interrupt(stack);
             *ip = op_as<VmOpJump>(op).target;
             completed(true);
             continue;

@@ -5,6 +5,7 @@
 #include <list>
 #include <memory>
 #include <unordered_map>
+#include <vector>
 
 #include "base/export.h"
 #include "values/error.h"
@@ -21,6 +22,7 @@ class RuntimeServices;
 class DebugHook;
 
 struct try_scope_st;
+class VmOpTryEnter;
 struct how_to_handle_st;
 
 // One row of the error list: number, message, detail, and four values that
@@ -97,6 +99,8 @@ public:
     std::list<Error> errors;
     RuntimeError last_error;
     RuntimeThrow pending_throw;
+    // The TRY scopes whose CATCH filters are running, innermost last.
+    std::vector<const VmOpTryEnter*> filtering_scopes;
     std::unordered_map<uint32_t, Memvar*>* dynamic_locals = nullptr;
     Runtime* runtime;  // the owner; the VM never looks inside
     bool space = true;  // SET SPACE: ? and ?? separate values by a blank

@@ -12,6 +12,7 @@ check "an error is reported" 'grep -qx "Variable .no_such_variable. is not found
 check "the prompt comes back after an error" 'grep -q "after" out.txt'
 check "an empty line prompts again" '[ "$(grep -o "zo $work> " out.txt | wc -l)" = 5 ]'
 check "the banner names the version" 'grep -q "0.9.2700 (x86_64)" out.txt'
+check "redirected input gets no line editing" '! grep -q "$(printf "\033")" out.txt'
 
 printf '? "last"\n' | "$zosh" >out.txt 2>err.txt
 status=$?

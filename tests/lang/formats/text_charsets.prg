@@ -45,8 +45,8 @@ rest = ""
 ? umatch("(\d+)-(\d+)", "tel 040-1234 ok", groups, 0, rest), groups[1], groups[2], groups[3], "[" + rest + "]"
 ? umatch("(a)|(b)", "a", groups), groups[1], groups[2], "[" + groups[3] + "]"
 ? umatch("HELLO", "well hello there"), umatch("HELLO", "well hello there", groups, 1), groups[1], ureg_match("^b", "a" + chr(10) + "b", groups, 4)
-groups = "untouched"
-? umatch("x", "abc", groups), groups
+kept = "untouched"
+? umatch("x", "abc", kept), kept
 count = 0
 ? ureplace("(\w+)@(\w+)", "ann@home bob@work", "$2:$1", 0, count), count, ureg_replace("ö", u, "oe"), ureplace("a", "AAA", "b", 1)
 try_eval('umatch("(", "x")')

@@ -138,7 +138,7 @@ TEST_F(StatementsTest, OutlineStatementsNotBuiltArePassedOver) {
     EXPECT_EQ(build.diagnostics[0].location.start.line, 1u);
     EXPECT_EQ(build.diagnostics[1].number, 96);
     EXPECT_EQ(build.diagnostics[1].location.start.line, 5u);
-    EXPECT_NE(screen.errors.find("line 1, column 1"), std::string::npos) << screen.errors;
+    EXPECT_NE(build.diagnostics_report().find("line 1, column 1"), std::string::npos);
 }
 
 TEST_F(StatementsTest, EnddoInsideAnIfJumpsButEndsNothing) {

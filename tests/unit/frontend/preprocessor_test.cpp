@@ -84,8 +84,15 @@ protected:
 
 TEST_F(PreprocessorTest, SemicolonContinuesTheLine) {
     EXPECT_EQ(run("a = 1 ; \n+ 2\nb = 3 ; && note\n + 4\n"), 0);
-    EXPECT_EQ(texts(), (std::vector<std::string>{"a = 1 + 2\n", "b = 3  + 4\n"}));
+    EXPECT_EQ(texts(), (std::vector<std::string>{"a = 1 + 2\n", "b = 3 + 4\n"}));
     EXPECT_EQ(comments(), "&& note");
+}
+
+// The grammar wants one blank between words: indentation after a ';' joins
+// the blank before it, but not the text of an open string.
+TEST_F(PreprocessorTest, IndentedContinuationKeepsOneBlank) {
+    EXPECT_EQ(run("a = 1 + ;\n   2\nb = 1 +;\n\t2\nc = \"x ;\n  y\"\n"), 0);
+    EXPECT_EQ(texts(), (std::vector<std::string>{"a = 1 + 2\n", "b = 1 +\t2\n", "c = \"x   y\"\n"}));
 }
 
 TEST_F(PreprocessorTest, SemicolonContinuesInsideStringsAndStaysElsewhere) {

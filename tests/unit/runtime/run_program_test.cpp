@@ -11,6 +11,7 @@
 #include "values/array.h"
 #include "values/symtable.h"
 #include "vm/call_resolver.h"
+#include "vm/interrupt.h"
 #include "vm/vm_stack.h"
 
 namespace zobase::testing {
@@ -129,6 +130,44 @@ TEST_F(RunProgramTest, QuitEndsQuietlyAndAnErrorIsPrintedAndReturned) {
     EXPECT_EQ(runtime->get_main_stack()->debug_hook, nullptr);
     delete next_module;
     next_module = nullptr;
+}
+
+// The host's arguments reach a program through run_program; RunProgram
+// runs it with none, whatever pass_arguments stored for the shell.
+TEST_F(RunProgramTest, RunProgramPassesNoArguments) {
+    ProbeFunction* entry = install_entry({"argc", "argv"});
+    entry->probe = [](VmStack* stack, unsigned long long argc) {
+        ASSERT_EQ(argc, 2u);
+        EXPECT_EQ((stack->esp + 1)->integer, 0);
+        EXPECT_EQ(ArrayNumElements(stack->esp), 0u);
+    };
+    const char* argv[] = {"host", "one"};
+    runtime->pass_arguments(2, argv);
+    RunProgram(runtime, String(file));
+    EXPECT_EQ(entry->calls, 1);
+}
+
+// Nothing passes the exported calls: QUIT, Ctrl-C and a broken invariant
+// end the run there, with the stack as it was.
+TEST_F(RunProgramTest, ExportedCallsNeverThrow) {
+    VmStack* stack = runtime->get_main_stack();
+    Memvar* top = stack->esp;
+    EXPECT_NO_THROW(RunCommand(runtime, String("QUIT")));
+    EXPECT_NO_THROW(RunScript(runtime, String("CANCEL")));
+    EXPECT_THROW(runtime->run_command(String("QUIT")), RuntimeQuit);
+
+    ProbeFunction* entry = install_entry({});
+    entry->probe = [](VmStack*, unsigned long long) { throw assert_failed_exception("a broken invariant"); };
+    EXPECT_NO_THROW(RunProgram(runtime, String(file)));
+    EXPECT_NE(screen.errors.find("(Internal error) a broken invariant"), std::string::npos) << screen.errors;
+
+    request_interrupt();
+    EXPECT_NO_THROW(RunCommand(runtime, String("x = 1\nDO WHILE .T.\nENDDO\n")));
+    EXPECT_NE(screen.errors.find("(Interrupted)"), std::string::npos) << screen.errors;
+    screen.output.clear();
+    RunCommand(runtime, String("? x"));
+    EXPECT_EQ(screen.output, "1\n") << "the variables made before the interrupt stay";
+    EXPECT_EQ(stack->esp, top);
 }
 
 TEST_F(RunProgramTest, MissingFileReturnsOneWithItsMessage) {

@@ -9,6 +9,7 @@
 #include <string>
 
 #include "base/call_trace.h"
+#include "runtime/line_editor.h"
 #include "runtime/runtime.h"
 #include "runtime/screen.h"
 #include "values/error.h"
@@ -102,6 +103,22 @@ TEST(RuntimeFrame, ArgumentsAreCopied) {
     EXPECT_EQ(rt->argument_count(), 2);
     EXPECT_STREQ(rt->argument(0), "zosh");
     EXPECT_STREQ(rt->argument(1), "prog.prg");
+    ReleaseRuntime(rt);
+}
+
+// The history follows XDG: the state folder when named, else its default
+// under HOME, read from the runtime's environment.
+TEST(RuntimeFrame, ShellHistoryLivesInTheXdgStateFolder) {
+    CapturingScreen screen;
+    Runtime* rt = CreateRuntime(&screen);
+    const char* both[] = {"HOME=/home/u", "XDG_STATE_HOME=/state", nullptr};
+    rt->pass_environment(both);
+    EXPECT_EQ(history_file_path(rt), "/state/zobase/history");
+    const char* home_only[] = {"HOME=/home/u", nullptr};
+    rt->pass_environment(home_only);
+    EXPECT_EQ(history_file_path(rt), "/home/u/.local/state/zobase/history");
+    rt->pass_environment(static_cast<const char* const*>(nullptr));
+    EXPECT_EQ(history_file_path(rt), "");
     ReleaseRuntime(rt);
 }
 

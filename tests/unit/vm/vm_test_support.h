@@ -42,6 +42,7 @@ public:
     const UserFunction* find_in_module_of(const Program*, uint32_t symbol) const override {
         return lookup(procedures, symbol);
     }
+    bool has_program_file(const String&) const override { return false; }
     const UserFunction* load_from_file(VmStack*, const String& file, uint32_t) const override {
         throw RuntimeError(1, file);
     }
