@@ -115,4 +115,17 @@ void void_stackcall_error(VmStack* stack, unsigned long long argc);
 void void_stackcall_assert(VmStack* stack, unsigned long long argc);
 void void_stackcall_throw(VmStack* stack, unsigned long long argc);
 
+// Objects and reflection (object_functions.cpp).
+void stackcall_addproperty(VmStack* stack, unsigned long long argc, Variant* result);
+void stackcall_ainstance(VmStack* stack, unsigned long long argc, Variant* result);
+void stackcall_amembers(VmStack* stack, unsigned long long argc, Variant* result);
+void stackcall_createobject(VmStack* stack, unsigned long long argc, Variant* result);
+void stackcall_decrementref(VmStack* stack, unsigned long long argc, Variant* result);
+void stackcall_dodefault(VmStack* stack, unsigned long long argc, Variant* result);
+void stackcall_getpem(VmStack* stack, unsigned long long argc, Variant* result);
+void stackcall_incrementref(VmStack* stack, unsigned long long argc, Variant* result);
+void stackcall_newobject(VmStack* stack, unsigned long long argc, Variant* result);
+void stackcall_pemstatus(VmStack* stack, unsigned long long argc, Variant* result);
+void stackcall_removeproperty(VmStack* stack, unsigned long long argc, Variant* result);
+
 }  // namespace zobase

@@ -2,6 +2,7 @@
 // The runtime: everything hangs from one instance. The handle holds the
 // settings read on hot paths; the rest lives in a private record.
 #include <cstdint>
+#include <memory>
 
 #include "base/export.h"
 #include "values/string.h"
@@ -19,6 +20,7 @@ class ModuleCache;
 class CallResolver;
 class RuntimeServices;
 struct RuntimeRecord;
+struct VmThread;
 
 class ZO_API Runtime {
 public:
@@ -61,6 +63,12 @@ public:
     // Installs the runtime's doors on a stack it made: the resolver, the
     // services and the stack's id.
     void attach_stack(VmStack* stack);
+    // A thread of the language: its stack, attached, and its id from 2; it
+    // enters the thread map, from which finished threads whose object is
+    // gone are taken out (and joined) meanwhile.
+    void register_thread(const std::shared_ptr<VmThread>& thread);
+    // Waits for every thread of the language to end; `shutdown` does it first.
+    void join_threads();
     void set_procedure_to(VmStack* stack, const String& file, bool additive);
     void set_procedure_to_null();
     void pass_arguments(int argc, const char* const* argv);

@@ -3,7 +3,9 @@
 #include "objects/exception_object.h"
 #include "runtime/runtime.h"
 #include "runtime/runtime_resolver.h"
+#include "compiler/library.h"
 #include "values/error.h"
+#include "values/symtable.h"
 
 namespace zobase {
 
@@ -35,11 +37,16 @@ public:
 
     void create_exception_object(const RuntimeError& error, Variant* dest) const override {
         ZO_TRACE();
-        ExceptionObject* object = zobase::create_exception_object(dest);
+        // A runtime that was never started has no classes: no object then.
+        Class* exception_class = runtime_->library() ? runtime_->library()->find_class(SYMBOL_EXCEPTION) : nullptr;
+        if (!exception_class) return;
+        ExceptionObject* object = zobase::create_exception_object(exception_class, dest);
         object->error_no.set_integer(error.number);
         object->message.set_string(error.message);
         object->detail.set_string(error.parameter);
     }
+
+    void register_thread(const std::shared_ptr<VmThread>& thread) override { runtime_->register_thread(thread); }
 
 private:
     Runtime* runtime_;

@@ -6,6 +6,7 @@
 // compiler and the built-in library never include runtime/. A stack made
 // without a runtime has none.
 #include <cstdint>
+#include <memory>
 
 #include "values/string.h"
 
@@ -17,6 +18,7 @@ class Screen;
 class Symtable;
 class Variant;
 class VmStack;
+struct VmThread;
 
 class RuntimeServices {
 public:
@@ -48,6 +50,12 @@ public:
     // The built-in exception object for an error, with its number, message
     // and detail, as the value of dest, which must be clean.
     virtual void create_exception_object(const RuntimeError& error, Variant* dest) const = 0;
+
+    // A thread of the language (objects/thread_object.h): gives it a stack of
+    // its own, attached like every stack of the runtime, and an id from 2,
+    // and enters it in the runtime's thread map, under the map's lock. The
+    // runtime joins what is still running when it ends.
+    virtual void register_thread(const std::shared_ptr<VmThread>& thread) = 0;
 };
 
 }  // namespace zobase

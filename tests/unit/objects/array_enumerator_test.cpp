@@ -3,6 +3,7 @@
 // enumerator.
 #include "builtins/handlers.h"
 #include "objects/array_enumerator.h"
+#include "objects/object.h"
 #include "tests/unit/support/error_number.h"
 #include "tests/unit/vm/vm_test_support.h"
 #include "values/symtable.h"
@@ -13,7 +14,6 @@ using namespace zobase::testing;
 
 namespace {
 
-enum : uint32_t { SYM_MOVENEXT = 300 };
 
 // Answers get_enumerator with an integer, or raises when asked to.
 class EnumerableObject : public Object {
@@ -35,9 +35,13 @@ public:
 
 class ArrayEnumeratorTest : public VmFixture {
 protected:
+    TestClasses classes;
+    uint32_t SYM_MOVENEXT;
+
     ArrayEnumeratorTest() {
         install_object_destruction();
-        resolver.names[SYM_MOVENEXT] = "MoveNext";
+        classes.add(resolver, "Array.Iterator", &array_enumerator_class_data, array_enumerator_members);
+        SYM_MOVENEXT = classes.symbols.symbolize("MoveNext");
     }
 
     // get_enumerator(value) as a native call with one argument.
@@ -89,7 +93,7 @@ TEST_F(ArrayEnumeratorTest, HoldsAShareOfTheStorageUntilDestroyed) {
 TEST_F(ArrayEnumeratorTest, ObjectIsAskedForItsOwnEnumerator) {
     auto* object = new EnumerableObject;
     Variant value;
-    value.set_new_object(object);
+    wrap_new_object(object, &value);
     Memvar* depth = stack.esp;
     get_enumerator(value);
     EXPECT_EQ(object->called_symbol, SYMBOL_GET_ENUMERATOR);
