@@ -39,10 +39,13 @@ unsigned symbol_of(VmStack* stack, const String& name) {
     return stack->resolver->symbolize(trimmed(name));
 }
 
-// The member a caller at this point may see, or null.
-const ClassMember* visible(VmStack* stack, Object* object, const String& name, Object** holder) {
+// The member a caller at this point may see, or null; with `protected_too`
+// also a protected one: reflection tells that it is there.
+const ClassMember* visible(VmStack* stack, Object* object, const String& name, Object** holder,
+                           bool protected_too = false) {
     const ClassMember* member;
     if (!object->get_member(symbol_of(stack, name), &member, holder)) return nullptr;
+    if (protected_too && member->visibility == MEMBER_PROTECTED) return member;
     return member_visible(stack, object, *holder, member) ? member : nullptr;
 }
 
@@ -151,12 +154,13 @@ void stackcall_amembers(VmStack* stack, unsigned long long argc, Variant* result
 
 // PEMSTATUS(object, name, attribute): 0 changed from its default, 1
 // read-only, 2 protected or hidden, 4 user-defined, 5 defined, 6 inherited.
+// Protected members are seen from anywhere, hidden ones as access sees them.
 // The kind (3) is text, which this logical function can't give: 11.
 void stackcall_pemstatus(VmStack* stack, unsigned long long, Variant* result) {
     Object* object = object_argument(stack, 1);
     long long attribute = argument(stack, 3).integer;
     Object* holder;
-    const ClassMember* member = visible(stack, object, name_argument(stack, 2), &holder);
+    const ClassMember* member = visible(stack, object, name_argument(stack, 2), &holder, true);
     if (attribute == 5) return result->set_bool(member != nullptr);
     if (attribute < 0 || attribute > 6 || attribute == 3) throw RuntimeError(ERR_ARGUMENT_INVALID);
     if (!member) raise_member_not_found(stack, symbol_of(stack, name_argument(stack, 2)));
@@ -224,14 +228,14 @@ void stackcall_incrementref(VmStack* stack, unsigned long long, Variant* result)
     const object_ptr_st& ptr = argument(stack, 1).object;
     object_argument(stack, 1);
     object_ptr_add_use(ptr);
-    result->set_integer(static_cast<long long>(ptr.control->use_count.load()) - 1);
+    result->set_integer(static_cast<long long>(ptr.control->use_count()) - 1);
 }
 
 void stackcall_decrementref(VmStack* stack, unsigned long long, Variant* result) {
     const object_ptr_st& ptr = argument(stack, 1).object;
     object_argument(stack, 1);
     object_ptr_drop_use(stack, ptr);
-    uint64_t uses = ptr.control->use_count.load();
+    uint64_t uses = ptr.control->use_count();
     result->set_integer(uses ? static_cast<long long>(uses) - 1 : 0LL);
 }
 

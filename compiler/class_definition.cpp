@@ -45,7 +45,7 @@ const Operand_Variable* plain_name(const Operand* target) {
 
 // A default is computed here, once: every instance starts with a copy of it.
 // Objects, arrays and references can't be defaults: they would be shared.
-bool compute_default(class_build_st& build, const Operand* value, const Statement* statement, Variant* out) {
+bool compute_default(class_build_st& build, const Operand* value, Variant* out) {
     Compiler compiler(build.input->stack);
     build.input->init_compiler(compiler);
     compiler.reset(COMPILER_FLAGS_FUNCTION, false);
@@ -53,7 +53,7 @@ bool compute_default(class_build_st& build, const Operand* value, const Statemen
     bool computed = evaluate_at_compile_time(value, path, out);
     build.input->log_compiler_errors(compiler);
     if (computed && (out->tag == TAG_OBJECT || out->tag == TAG_ARRAY || out->tag == TAG_POINTER)) {
-        record(build, ERR_STATEMENT_INVALID_IN_CLASS, statement);
+        build.input->add_diagnostic(DIAGNOSTIC_CATEGORY_COMPILER, ERR_STATEMENT_INVALID_IN_CLASS, value->location);
         return false;
     }
     return computed;
@@ -72,7 +72,7 @@ void compile_class_item_assign(class_build_st& build, statement_iterator& it) {
     const Operand_Variable* target = plain_name(statement->target.get());
     if (!target) return record(build, ERR_STATEMENT_INVALID_IN_CLASS, statement);
     Variant value;
-    if (compute_default(build, statement->value.get(), statement, &value))
+    if (compute_default(build, statement->value.get(), &value))
         set_default(build.user_class->define(target->name), &value);
     value.release(build.input->stack);
 }
@@ -91,7 +91,7 @@ void compile_class_item_dimension(class_build_st& build, statement_iterator& it)
         bool valid = true;
         for (size_t i = 0; i < count && valid; ++i) {
             Variant bound;
-            valid = compute_default(build, declared.bounds->at(i), statement, &bound) && bound.is_number();
+            valid = compute_default(build, declared.bounds->at(i), &bound) && bound.is_number();
             if (valid) {
                 long long value = static_cast<integer_type_st>(bound);
                 valid = value >= 1;

@@ -564,7 +564,7 @@ bool ____compiletime_eval_constexpr(const document_location_st& location, Compil
     try {
         execute_program(&stack, 0, false, program.get(), result);
     } catch (const RuntimeError& error) {
-        compiler->record_error(error.number, location);
+        compiler->record_error(error.number, location, error.parameter);
         return false;
     }
     return true;

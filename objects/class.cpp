@@ -58,7 +58,7 @@ ClassMember* Class::define(const String& member_name) {
 
 void Class::add_instance(Object* object) {
     std::lock_guard guard(mutex_);
-    instances_.insert(object);
+    instances_.emplace(object, next_serial_++);
 }
 
 void Class::remove_instance(Object* object) {

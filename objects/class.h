@@ -9,7 +9,7 @@
 #include <map>
 #include <memory>
 #include <mutex>
-#include <unordered_set>
+#include <unordered_map>
 #include <vector>
 
 #include "objects/symbol_map.h"
@@ -101,11 +101,14 @@ public:
 
     void add_instance(Object* object);
     void remove_instance(Object* object);
-    // Calls visit(object) for each live instance, under the class's mutex.
+    // Calls visit(object) for each live instance in the order they were
+    // made, under the class's mutex.
     template <class Visit>
     void for_each_instance(Visit visit) {
         std::lock_guard guard(mutex_);
-        for (Object* object : instances_) visit(object);
+        std::map<uint64_t, Object*> in_order;
+        for (const auto& [object, serial] : instances_) in_order.emplace(serial, object);
+        for (const auto& [serial, object] : in_order) visit(object);
     }
 
     const String name;
@@ -115,7 +118,8 @@ public:
 
 private:
     std::mutex mutex_;
-    std::unordered_set<Object*> instances_;
+    std::unordered_map<Object*, uint64_t> instances_;  // to the order of making
+    uint64_t next_serial_ = 0;
     member_tables_st tables_;  // owns the members
     std::map<String, uint64_t, MemberNameLess> by_name_;
 };

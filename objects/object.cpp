@@ -90,7 +90,7 @@ void destroy_object(VmStack* stack, const object_ptr_st& ptr) {
         }
     }
     for (Object* link = object; link; link = link->parent) link->destroy(stack);
-    ptr.control->use_count.store(0);
+    object_ptr_end_destruction(ptr);
     delete object;
 }
 
@@ -256,8 +256,7 @@ void Object::removeproperty(VmStack* stack, const String& name) {
 
 MemberScope::MemberScope(VmStack* stack, Object* object, Object* holder, const ClassMember* member,
                          uint32_t mode)
-    : stack_(stack), saved_(stack->context), held_(object->self()) {
-    object_ptr_acquire(held_);
+    : stack_(stack), saved_(stack->context) {
     member_context_st& context = stack->context;
     bool re_entered = (mode == MEMBER_MODE_ACCESS || mode == MEMBER_MODE_ASSIGN) && context.mode == mode &&
                       context.class_object == holder && context.symbol == member->symbol;
@@ -268,10 +267,7 @@ MemberScope::MemberScope(VmStack* stack, Object* object, Object* holder, const C
     context = {object, holder, member, member->symbol, mode};
 }
 
-MemberScope::~MemberScope() {
-    stack_->context = saved_;
-    object_ptr_release(stack_, held_);
-}
+MemberScope::~MemberScope() { stack_->context = saved_; }
 
 void call_member_directly(VmStack* stack, Object* object, const ClassMember* member, Object* holder,
                           size_t argc, Variant* ret) {

@@ -80,8 +80,10 @@ bool member_visible(VmStack* stack, const Object* object, const Object* holder, 
 // 1734 "Property %s not found" with the symbol's name.
 [[noreturn]] void raise_member_not_found(VmStack* stack, unsigned symbol);
 
-// Sets the call context for one member and restores it at the end; holds a
-// reference on the object meanwhile. Entering the same member of the same
+// Sets the call context for one member and restores it at the end. The
+// caller's own reference keeps the object alive meanwhile: the VM's is the
+// object's slot under the arguments, and every C++ caller holds a value of
+// it. Entering the same member of the same
 // link in the same access or assign mode moves to the inside mode instead,
 // so that a property's own access method reaches the stored value.
 class MemberScope {
@@ -94,7 +96,6 @@ public:
 private:
     VmStack* stack_;
     member_context_st saved_;
-    object_ptr_st held_;
 };
 
 // Makes released objects go through DESTROY and their virtual destructor;

@@ -7,67 +7,81 @@ object_destroy_hook destroy_object_hook = nullptr;
 
 namespace {
 
-// Adds a use unless the count is 0. True when it did.
-bool add_use(object_control_st* control) noexcept {
-    uint64_t uses = control->use_count.load();
-    while (uses != 0 && !control->use_count.compare_exchange_weak(uses, uses + 1)) {
+using control_st = object_control_st;
+
+// Adds `records` holders and, while there is a use, a use. True when it did.
+bool add(control_st* control, uint64_t records, bool use) noexcept {
+    uint64_t counts = control->counts.load(std::memory_order_relaxed);
+    for (;;) {
+        bool alive = (counts & control_st::USES) != 0;
+        uint64_t wanted = counts + records + (use && alive ? control_st::ONE_USE : 0);
+        if (control->counts.compare_exchange_weak(counts, wanted, std::memory_order_acq_rel)) return alive;
     }
-    return uses != 0;
 }
 
-// Takes a use away; true when it was the last one. A count at 0 already
-// stays there: the object is gone or going.
-bool drop_use(object_control_st* control) noexcept {
-    uint64_t uses = control->use_count.load();
-    while (uses != 0 && !control->use_count.compare_exchange_weak(uses, uses - 1)) {
+// Takes `records` holders and, while there is one, a use away. Returns the
+// counts as they were.
+uint64_t drop(control_st* control, uint64_t records, bool use) noexcept {
+    uint64_t counts = control->counts.load(std::memory_order_relaxed);
+    for (;;) {
+        bool alive = (counts & control_st::USES) != 0;
+        uint64_t wanted = counts - records - (use && alive ? control_st::ONE_USE : 0);
+        if (control->counts.compare_exchange_weak(counts, wanted, std::memory_order_acq_rel)) return counts;
     }
-    return uses == 1;
 }
 
-void drop_record(object_control_st* control) noexcept {
-    if (control->record_count.fetch_sub(1) == 1) delete control;
+bool last_use(uint64_t before) { return (before & control_st::USES) == control_st::ONE_USE; }
+
+// Code running in DESTROY may take and drop references: `destroying` keeps
+// those from starting a second destruction. The destruction is lent a use,
+// so that DESTROY can hold the object, and holds the record itself: the
+// record goes when its word of counts comes to 0, whoever brings it there.
+void destroy(VmStack* stack, const object_ptr_st& ptr) {
+    control_st* control = ptr.control;
+    if (control->destroying.exchange(true)) return;
+    control->counts.fetch_add(control_st::ONE_USE | control_st::ONE_RECORD);
+    if (destroy_object_hook) destroy_object_hook(stack, ptr);
+    else object_ptr_end_destruction(ptr);
+    if (control->counts.fetch_sub(control_st::ONE_RECORD) == control_st::ONE_RECORD) delete control;
 }
 
 }  // namespace
 
 void object_ptr_acquire(const object_ptr_st& ptr) noexcept {
-    object_control_st* control = ptr.control;
-    if (!control) return;
-    add_use(control);
-    control->record_count.fetch_add(1);
+    if (ptr.control) add(ptr.control, control_st::ONE_RECORD, true);
 }
 
 bool object_ptr_try_acquire(const object_ptr_st& ptr) noexcept {
-    object_control_st* control = ptr.control;
-    if (!control || control->destroying.load() || !add_use(control)) return false;
+    control_st* control = ptr.control;
+    if (!control || control->destroying.load() || !add(control, 0, true)) return false;
     // The destruction may have begun between the two looks: it sets
-    // `destroying` before it lends the count of 1 that the add saw.
+    // `destroying` before it lends itself the use that the add saw.
     if (control->destroying.load()) {
-        drop_use(control);
+        drop(control, 0, true);
         return false;
     }
-    control->record_count.fetch_add(1);
+    control->counts.fetch_add(control_st::ONE_RECORD);
     return true;
 }
 
-// Code running in DESTROY may take and drop references: `destroying` keeps
-// those from starting a second destruction.
+bool object_ptr_add_use(const object_ptr_st& ptr) noexcept { return ptr.control && add(ptr.control, 0, true); }
+
 void object_ptr_drop_use(VmStack* stack, const object_ptr_st& ptr) {
-    object_control_st* control = ptr.control;
-    if (!control || !drop_use(control) || control->destroying.exchange(true)) return;
-    control->use_count.store(1);
-    if (destroy_object_hook) destroy_object_hook(stack, ptr);
-    else control->use_count.store(0);
+    if (ptr.control && last_use(drop(ptr.control, 0, true))) destroy(stack, ptr);
 }
 
-bool object_ptr_add_use(const object_ptr_st& ptr) noexcept { return ptr.control && add_use(ptr.control); }
+void object_ptr_end_destruction(const object_ptr_st& ptr) noexcept {
+    ptr.control->counts.fetch_and(~control_st::USES);
+}
 
+// One atomic operation drops the use and the record together.
 void object_ptr_release(VmStack* stack, object_ptr_st& ptr) {
-    object_control_st* control = ptr.control;
+    control_st* control = ptr.control;
     if (!control) return;
     ptr.control = nullptr;
-    object_ptr_drop_use(stack, {control, ptr.object});
-    drop_record(control);
+    uint64_t before = drop(control, control_st::ONE_RECORD, true);
+    if (last_use(before)) destroy(stack, {control, ptr.object});
+    else if (before == control_st::ONE_RECORD) delete control;
 }
 
 }  // namespace zobase

@@ -10,15 +10,22 @@ namespace zobase {
 class Object;
 class VmStack;
 
-// use_count counts the owners of the object; record_count the holders of
-// this record, which therefore outlives the object. A holder adds to
-// use_count only while it isn't 0, so that a reference to a dying object
-// can't revive it.
+// Two counts: the uses count the owners of the object; the records count the
+// holders of this record, which therefore outlives the object. A holder adds
+// a use only while there is one, so that a reference to a dying object can't
+// revive it. Both live in one word, records in the high half, so that taking
+// or dropping a reference is one atomic operation.
 struct object_control_st {
-    std::atomic<uint64_t> record_count{1};
-    std::atomic<uint64_t> use_count{1};
+    static constexpr uint64_t ONE_USE = 1;
+    static constexpr uint64_t ONE_RECORD = uint64_t(1) << 32;
+    static constexpr uint64_t USES = ONE_RECORD - 1;
+
+    std::atomic<uint64_t> counts{ONE_RECORD | ONE_USE};
     std::atomic<bool> destroying{false};  // set once, when the last use ended
     bool no_destroy_call = false;         // the object goes without its DESTROY
+
+    uint64_t use_count() const noexcept { return counts.load(std::memory_order_relaxed) & USES; }
+    uint64_t record_count() const noexcept { return counts.load(std::memory_order_relaxed) >> 32; }
 };
 
 struct object_ptr_st {
@@ -27,8 +34,8 @@ struct object_ptr_st {
 };
 
 // Installed by the object model: runs DESTROY (with a stack), destroys the
-// object and frees it. Called once, with use_count held at 1 and
-// `destroying` set; it leaves use_count at 0 and never throws.
+// object and frees it. Called once, with one use lent to it and `destroying`
+// set; it leaves no use behind and never throws.
 typedef void (*object_destroy_hook)(VmStack* stack, const object_ptr_st& ptr);
 extern object_destroy_hook destroy_object_hook;
 
@@ -44,9 +51,11 @@ bool object_ptr_try_acquire(const object_ptr_st& ptr) noexcept;
 // DECREMENTREF): the record's holders stay as they are.
 bool object_ptr_add_use(const object_ptr_st& ptr) noexcept;
 void object_ptr_drop_use(VmStack* stack, const object_ptr_st& ptr);
+// Ends the use that the destruction was lent.
+void object_ptr_end_destruction(const object_ptr_st& ptr) noexcept;
 // Whether the object behind a reference still lives.
 inline bool object_alive(const object_ptr_st& ptr) noexcept {
-    return ptr.control && ptr.control->use_count.load(std::memory_order_relaxed) != 0;
+    return ptr.control && ptr.control->use_count() != 0;
 }
 
 }  // namespace zobase

@@ -103,7 +103,7 @@ TEST_F(ArrayEnumeratorTest, ObjectIsAskedForItsOwnEnumerator) {
     object->fail = true;
     EXPECT_EQ(error_number_of([&] { get_enumerator(value); }), 2061);
     EXPECT_EQ(stack.esp, depth);
-    EXPECT_EQ(value.object.control->use_count.load(), 1u);
+    EXPECT_EQ(value.object.control->use_count(), 1u);
     value.release(&stack);
 }
 
