@@ -83,6 +83,13 @@ int list_member(void* context, Object* holder, unsigned symbol, const ClassMembe
     return 0;
 }
 
+// An element of an array that was dimensioned over an older one may still
+// hold a value of it.
+Variant* emptied(VmStack* stack, Variant* element) {
+    element->release(stack);
+    return element;
+}
+
 const char* member_kind(const ClassMember* member) {
     return member->type == MEMBER_METHOD ? "Method" : "Property";
 }
@@ -142,12 +149,13 @@ void stackcall_amembers(VmStack* stack, unsigned long long argc, Variant* result
     uint64_t row = 1;
     for (const auto& [name, member] : listing.found) {
         if (!columns) {
-            array->write(stack, row++)->set_string(name);
+            emptied(stack, array->write(stack, row++))->set_string(name);
             continue;
         }
-        array->write(stack, row, 1)->set_string(name);
-        array->write(stack, row, 2)->set_string(String(member_kind(member)));
-        for (uint64_t column = 3; column <= columns; ++column) array->write(stack, row, column)->set_string(String(""));
+        emptied(stack, array->write(stack, row, 1))->set_string(name);
+        emptied(stack, array->write(stack, row, 2))->set_string(String(member_kind(member)));
+        for (uint64_t column = 3; column <= columns; ++column)
+            emptied(stack, array->write(stack, row, column))->set_string(String(""));
         ++row;
     }
 }
@@ -217,7 +225,7 @@ void stackcall_ainstance(VmStack* stack, unsigned long long, Variant* result) {
     if (held.empty()) return;
     Array* array = Pointer(stack, 1)->dimension(stack, held.size(), 0);
     for (size_t i = 0; i < held.size(); ++i) {
-        Variant* element = array->write(stack, i + 1);
+        Variant* element = emptied(stack, array->write(stack, i + 1));
         element->tag = TAG_OBJECT;
         element->object = held[i];
     }

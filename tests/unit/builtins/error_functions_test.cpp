@@ -36,6 +36,7 @@ protected:
         classes.add(resolver, "Exception", &exception_class_data, exception_members);
     }
     ~ErrorFunctions() override {
+        result.release(&stack);
         if (Memvar* a = public_array()) {
             a->clear(&stack);
             delete a;

@@ -43,6 +43,8 @@ protected:
         classes.add(resolver, "Array.Iterator", &array_enumerator_class_data, array_enumerator_members);
         SYM_MOVENEXT = classes.symbols.symbolize("MoveNext");
     }
+    // The result may hold an enumerator: it goes before its class does.
+    ~ArrayEnumeratorTest() override { result.release(&stack); }
 
     // get_enumerator(value) as a native call with one argument.
     void get_enumerator(const Variant& value) {
