@@ -4,6 +4,7 @@
 #include "objects/object.h"
 
 #include <cstring>
+#include <mutex>
 
 #include "base/call_trace.h"
 #include "objects/property_storage.h"
@@ -22,11 +23,14 @@ void check_visible(VmStack* stack, const Object* object, const Object* holder, c
     if (!member_visible(stack, object, holder, member)) raise_member_not_found(stack, member->symbol);
 }
 
-// The member and its link, visible to the caller; 1734 otherwise.
-const ClassMember* visible_member(VmStack* stack, const Object* object, unsigned symbol, Object** holder) {
-    const ClassMember* member;
-    if (!object->get_member(symbol, &member, holder)) raise_member_not_found(stack, symbol);
-    check_visible(stack, object, *holder, member);
+// The member and its link, visible to the caller; 1734 otherwise. Most
+// members are the first link's: that look-up is made here directly.
+inline const ClassMember* visible_member(VmStack* stack, const Object* object, unsigned symbol, Object** holder) {
+    const member_tables_st* table = object->tables.load(std::memory_order_acquire);
+    const ClassMember* member = table ? table->by_symbol.find(symbol) : nullptr;
+    if (member) *holder = const_cast<Object*>(object);
+    else if (!object->get_member(symbol, &member, holder)) raise_member_not_found(stack, symbol);
+    if (member->visibility != MEMBER_PUBLIC) check_visible(stack, object, *holder, member);
     return member;
 }
 

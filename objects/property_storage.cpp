@@ -6,6 +6,7 @@
 #include <shared_mutex>
 
 #include "objects/class.h"
+#include "objects/object.h"
 #include "values/error.h"
 #include "vm/param.h"
 #include "vm/vm_instructions.h"

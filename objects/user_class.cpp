@@ -12,6 +12,7 @@
 #include "values/error.h"
 #include "vm/param.h"
 #include "vm/param_window.h"
+#include "vm/vm_run.h"
 
 namespace zobase {
 
@@ -194,8 +195,10 @@ void UserObject::destroy(VmStack* stack) {
 
 // ---- generic handlers ----
 
+// A method's function is the class's own: no derived exec to go through.
 void user_class_generic_call(VmStack* stack, unsigned long long argc, Variant* ret) {
-    running_member(stack).method->exec(stack, argc, true, ret);
+    stack->pending_args = argc;
+    execute_program(stack, argc, true, running_member(stack).method->program(), ret);
 }
 
 void user_class_generic_access(VmStack* stack, unsigned long long argc, Variant* ret) {

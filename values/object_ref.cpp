@@ -47,8 +47,13 @@ void destroy(VmStack* stack, const object_ptr_st& ptr) {
 
 }  // namespace
 
+// One addition for both counts; a dead object gets its use taken back. The
+// moment's extra use can't revive it: its `destroying` stays set.
 void object_ptr_acquire(const object_ptr_st& ptr) noexcept {
-    if (ptr.control) add(ptr.control, control_st::ONE_RECORD, true);
+    control_st* control = ptr.control;
+    if (!control) return;
+    uint64_t before = control->counts.fetch_add(control_st::ONE_RECORD | control_st::ONE_USE, std::memory_order_acq_rel);
+    if ((before & control_st::USES) == 0) control->counts.fetch_sub(control_st::ONE_USE, std::memory_order_acq_rel);
 }
 
 bool object_ptr_try_acquire(const object_ptr_st& ptr) noexcept {

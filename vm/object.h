@@ -12,8 +12,8 @@
 #include <atomic>
 #include <cstddef>
 #include <memory>
-#include <shared_mutex>
 
+#include "base/rw_spin_lock.h"
 #include "values/object_ref.h"
 #include "values/string.h"
 
@@ -80,7 +80,7 @@ public:
     object_ptr_st self() const noexcept { return {control, const_cast<Object*>(this)}; }
 
     object_control_st* control = nullptr;  // set when a value first holds the object
-    std::shared_mutex lock;                // guards the property storage
+    RwSpinLock lock;                       // guards the property storage
     Class* const object_class;
     Object* parent = nullptr;  // the next link of the chain; owned
     // The members added to this instance, and the private copies of the

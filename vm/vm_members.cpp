@@ -106,9 +106,14 @@ void read_by_name(VmStack* stack, uint32_t symbol) {
 void read_file_object_or_memvar(VmStack* stack, uint32_t symbol) {
     Memvar* slot = stack->push();
     if (stack->sessions->find_work_area(stack, symbol, slot)) return;
-    stack->pop();
-    const Memvar* var = find_memvar(stack, symbol);
-    stack->push()->set_variant(var);
+    const Memvar* var;
+    try {
+        var = find_memvar(stack, symbol);
+    } catch (...) {
+        stack->pop();
+        throw;
+    }
+    slot->set_variant(var);
 }
 
 void read_expression_field(VmStack* stack, uint16_t index) {
