@@ -54,11 +54,18 @@ bool is_added(const Object* holder, const ClassMember* member) {
     return holder->added && holder->added->by_symbol.find(member->symbol) == member;
 }
 
-// An array shares its default's storage until it is written to.
+// Arrays compare element by element, text as whole strings.
 bool differs(const Variant& value, const Variant& default_value) {
     if (value.tag != default_value.tag) return true;
-    if (value.tag == TAG_ARRAY) return value.array.storage != default_value.array.storage;
     if (value.tag == TAG_OBJECT) return value.object.object != default_value.object.object;
+    if (value.tag == TAG_ARRAY) {
+        const Array& a = value.array;
+        const Array& b = default_value.array;
+        if (a.count != b.count || a.columns != b.columns) return true;
+        for (uint64_t i = 1; i <= a.count; ++i)
+            if (differs(*a.read(i), *b.read(i))) return true;
+        return false;
+    }
     bool null_seen = false;
     return inline_variant_cmp(&value, &default_value, &null_seen, nullptr) != 0;
 }

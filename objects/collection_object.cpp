@@ -195,23 +195,21 @@ Object* create_collection(VmStack*, Class* object_class) { return new Collection
 
 void iterator_move_next(VmStack* stack, unsigned long long argc, Variant* ret) {
     require_arguments(argc, 0, 0);
-    auto* self = current_object<CollectionIterator>(stack);
-    std::shared_lock guard(self->collection->lock);
-    ret->set_bool(self->move_next());
+    ret->set_bool(current_object<CollectionIterator>(stack)->move_next(stack));
 }
 
 void iterator_value(VmStack* stack, unsigned long long argc, Variant* ret) {
     refuse_subscripts(stack, argc);
     auto* self = current_object<CollectionIterator>(stack);
-    std::shared_lock guard(self->collection->lock);
-    self->current().value.copy(ret);
+    self->require_entry();
+    self->value.copy(ret);
 }
 
 void iterator_key(VmStack* stack, unsigned long long argc, Variant* ret) {
     refuse_subscripts(stack, argc);
     auto* self = current_object<CollectionIterator>(stack);
-    std::shared_lock guard(self->collection->lock);
-    ret->set_string(self->current().key);
+    self->require_entry();
+    ret->set_string(self->key);
 }
 
 }  // namespace
@@ -229,14 +227,38 @@ CollectionIterator::CollectionIterator(Class* object_class, const object_ptr_st&
     owner.set(holder);
 }
 
-CollectionIterator::~CollectionIterator() { owner.release(nullptr); }
+CollectionIterator::~CollectionIterator() {
+    owner.release(nullptr);
+    value.release(nullptr);
+}
 
 void CollectionIterator::destroy(VmStack* stack) {
+    value.release(stack);
     owner.release(stack);
     Object::destroy(stack);
 }
 
-bool CollectionIterator::move_next() {
+// The copy of the value it leaves is released after the lock is dropped.
+bool CollectionIterator::move_next(VmStack* stack) {
+    Variant left;
+    std::memcpy(static_cast<void*>(&left), &value, sizeof(Variant));
+    value.tag = TAG_FALSE;
+    {
+        std::shared_lock guard(collection->lock);
+        step();
+        if (on_entry) {
+            const collection_entry_st& entry = order == KEYSORT_INDEX_FORWARD || order == KEYSORT_INDEX_REVERSE
+                                                   ? *collection->entries[position - 1]
+                                                   : *collection->keys.find(key)->second;
+            entry.value.copy(&value);
+            key = entry.key;
+        }
+    }
+    left.release(stack);
+    return on_entry;
+}
+
+void CollectionIterator::step() {
     const auto& keys = collection->keys;
     uint64_t size = collection->entries.size();
     switch (order) {
@@ -264,18 +286,10 @@ bool CollectionIterator::move_next() {
     }
     }
     started = true;
-    return on_entry;
 }
 
-const collection_entry_st& CollectionIterator::current() const {
+void CollectionIterator::require_entry() const {
     if (!on_entry) throw RuntimeError(ERR_COLLECTION_MEMBER_NOT_FOUND);
-    if (order == KEYSORT_INDEX_FORWARD || order == KEYSORT_INDEX_REVERSE) {
-        if (position < 1 || position > collection->entries.size()) throw RuntimeError(ERR_COLLECTION_MEMBER_NOT_FOUND);
-        return *collection->entries[position - 1];
-    }
-    auto found = collection->keys.find(key);
-    if (found == collection->keys.end()) throw RuntimeError(ERR_COLLECTION_MEMBER_NOT_FOUND);
-    return *found->second;
 }
 
 const builtin_class_data_st collection_class_data = {create_collection, false};

@@ -43,6 +43,8 @@ public:
 
 // Where an iterator stands: an index form counts positions from 1, a key
 // form remembers the key it is on, so removals behind it don't move it.
+// MoveNext takes a copy of the entry it comes to: Value and Key answer with
+// it even when another thread removes the entry meanwhile.
 class CollectionIterator : public Object {
 public:
     // `owner` is the object the collection is a link of (itself, or an
@@ -53,17 +55,22 @@ public:
     void destroy(VmStack* stack) override;
 
     // Under the collection's lock, shared.
-    bool move_next();
-    // The entry it stands on; 2061 when there is none (any longer).
-    const collection_entry_st& current() const;
+    bool move_next(VmStack* stack);
+    // 2061 before the first MoveNext and after the last.
+    void require_entry() const;
 
     Variant owner;
     Collection_Object* collection;
     uint32_t order;
     uint64_t position = 0;  // index forms: 0 before the start
-    String key;             // key forms
+    String key;             // key forms: the key it is on; index forms: the entry's key
+    Variant value;          // the entry's value as MoveNext found it
     bool started = false;
     bool on_entry = false;
+
+private:
+    // Moves to the next entry in the order, setting on_entry.
+    void step();
 };
 
 extern const builtin_class_data_st collection_class_data;

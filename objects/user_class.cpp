@@ -35,6 +35,16 @@ String property_of(const String& method_name, const char* ending) {
 
 const ClassMember& running_member(VmStack* stack) { return *stack->context.member; }
 
+// An array default is copied element by element: instances made on two
+// threads at once must not share its storage, whose counts aren't atomic.
+void copy_default(const Variant& value, Variant* dest) {
+    if (value.tag != TAG_ARRAY) return value.copy(dest);
+    Array fresh = Array::create(value.array.rows(), value.array.columns);
+    for (uint64_t i = 1; i <= value.array.count; ++i) value.array.read(i)->copy(fresh.write(nullptr, i));
+    dest->tag = TAG_ARRAY;
+    dest->array = fresh;
+}
+
 Variant* stored_value(VmStack* stack, UserObject** link) {
     *link = current_object<UserObject>(stack);
     return &(*link)->values[running_member(stack).slot];
@@ -181,7 +191,7 @@ String UserClass::parent_class_name() const { return parent_.name; }
 UserObject::UserObject(VmStack*, UserClass* object_class)
     : Object(object_class), values(new Variant[object_class->stored_count]), count(object_class->stored_count) {
     for (const ClassMember* member : object_class->member_tables()->members)
-        if (member->stored) member->default_value.copy(&values[member->slot]);
+        if (member->stored) copy_default(member->default_value, &values[member->slot]);
 }
 
 UserObject::~UserObject() {
