@@ -293,8 +293,6 @@ void wrap_new_object(Object* object, Variant* dest) {
     if (object->object_class) object->object_class->add_instance(object);
 }
 
-void set_object(Variant* dest, Object* object) { dest->set(object->self()); }
-
 Class* builtin_class(VmStack* stack, unsigned symbol) {
     Class* found = stack->resolver ? stack->resolver->find_builtin_class(symbol) : nullptr;
     if (!found) throw RuntimeError(ERR_CLASS_NOT_FOUND, stack->symbol_text(symbol));

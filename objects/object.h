@@ -43,8 +43,6 @@ T* current_object(VmStack* stack) {
 // Takes a fresh object (the head of its chain) into dest, which must be
 // clean, as the first reference to it; the object joins its class's instances.
 void wrap_new_object(Object* object, Variant* dest);
-// A new reference to a live object that a value already holds.
-void set_object(Variant* dest, Object* object);
 
 // A built-in class by name (through the stack's resolver); 1733 when there is none.
 Class* builtin_class(VmStack* stack, const char* name);
