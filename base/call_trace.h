@@ -17,7 +17,9 @@ struct CallTraceScope {
     static CallTraceScope* newest() noexcept;
 };
 
-inline constinit thread_local CallTraceScope* call_trace_head = nullptr;
+// Initial-exec: the library is loaded with its host, so the head is reached
+// by one load from the thread pointer, not through __tls_get_addr.
+inline constinit thread_local CallTraceScope* call_trace_head [[gnu::tls_model("initial-exec")]] = nullptr;
 
 inline CallTraceScope::CallTraceScope(const char* decorated_name) noexcept
     : name(decorated_name), previous(call_trace_head) {

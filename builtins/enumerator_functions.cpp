@@ -32,7 +32,7 @@ void object_enumerator(VmStack* stack, const Variant& object, Variant* result) {
 void stackcall_get_enumerator(VmStack* stack, unsigned long long, Variant* result) {
     ZO_TRACE();
     const Variant& source = argument(stack, 1);
-    if (source.tag == TAG_ARRAY) return create_array_enumerator(source.array, result);
+    if (source.tag == TAG_ARRAY) return create_array_enumerator(stack, source.array, result);
     if (source.tag == TAG_OBJECT && source.object.control)
         return object_enumerator(stack, source, result);
     throw RuntimeError(ERR_ARGUMENT_INVALID);

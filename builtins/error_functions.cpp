@@ -108,7 +108,7 @@ void void_stackcall_assert(VmStack* stack, unsigned long long) {
 
 void void_stackcall_throw(VmStack* stack, unsigned long long) {
     RuntimeThrow thrown;
-    ExceptionObject* object = create_exception_object(&thrown.value);
+    ExceptionObject* object = create_exception_object(stack, &thrown.value);
     object->user_value.set_variant(&argument(stack, 1));
     if (!stack->find_handler(&thrown.value, &thrown.target, &thrown.position, &thrown.symbol))
         throw RuntimeError(ERR_UNHANDLED_STRUCTURED_EXCEPTION);

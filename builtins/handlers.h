@@ -293,5 +293,17 @@ void stackcall_lupdate(VmStack* stack, unsigned long long argc, Variant* result)
 void stackcall_cursorgetprop(VmStack* stack, unsigned long long argc, Variant* result);
 void stackcall_cursorsetprop(VmStack* stack, unsigned long long argc, Variant* result);
 void stackcall_afields(VmStack* stack, unsigned long long argc, Variant* result);
+// Objects and reflection (object_functions.cpp).
+void stackcall_addproperty(VmStack* stack, unsigned long long argc, Variant* result);
+void stackcall_ainstance(VmStack* stack, unsigned long long argc, Variant* result);
+void stackcall_amembers(VmStack* stack, unsigned long long argc, Variant* result);
+void stackcall_createobject(VmStack* stack, unsigned long long argc, Variant* result);
+void stackcall_decrementref(VmStack* stack, unsigned long long argc, Variant* result);
+void stackcall_dodefault(VmStack* stack, unsigned long long argc, Variant* result);
+void stackcall_getpem(VmStack* stack, unsigned long long argc, Variant* result);
+void stackcall_incrementref(VmStack* stack, unsigned long long argc, Variant* result);
+void stackcall_newobject(VmStack* stack, unsigned long long argc, Variant* result);
+void stackcall_pemstatus(VmStack* stack, unsigned long long argc, Variant* result);
+void stackcall_removeproperty(VmStack* stack, unsigned long long argc, Variant* result);
 
 }  // namespace zobase

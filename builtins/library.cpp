@@ -25,7 +25,7 @@ const module_description_st* core_module_description() {
         nullptr,
         core_function_rows,
         core_command_rows,
-        nullptr,
+        core_class_rows,
         core_compile_hook_rows,
         core_system_variable_rows,
     };

@@ -17,6 +17,7 @@ extern const library_function_row_st core_function_rows[];
 extern const library_command_row_st core_command_rows[];
 extern const library_compile_hook_row_st core_compile_hook_rows[];
 extern const library_variable_row_st core_system_variable_rows[];
+extern const library_class_row_st core_class_rows[];
 size_t row_count(const library_function_row_st* rows);
 size_t row_count(const library_command_row_st* rows);
 size_t row_count(const library_variable_row_st* rows);

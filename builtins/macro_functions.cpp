@@ -35,7 +35,7 @@ void init_condition_from_macro(VmStack* stack, const char* keyword, Variant* res
     std::unique_ptr<Program> program = stack->resolver->compile_expression(stack, condition);
     Variant* temporary = Param(stack, 2)->follow();
     temporary->release(stack);
-    create_operand_object(std::move(program), temporary);
+    create_operand_object(stack, std::move(program), temporary);
     result->set_true();
 }
 

@@ -56,7 +56,14 @@ void compile_write_property(const Path* target, const value_emitter& emit_value,
         symbol = path.symbolize("[]");
         subscripts = static_cast<const IndexPathItem*>(last)->subscripts.get();
         break;
-    default: throw assert_failed_exception("property assignment to a call");
+    case PATH_ITEM_FUNCTION: {
+        // o.Item(k) = v: the arguments subscript an indexed property.
+        const auto* item = static_cast<const FunctionPathItem*>(last);
+        symbol = path.symbolize(item->name);
+        subscripts = item->arguments.get();
+        break;
+    }
+    default: throw assert_failed_exception("property assignment to another path item");
     }
     if (subscripts) compile_operand_list(subscripts, code, path);
     emit_value();

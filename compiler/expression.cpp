@@ -298,6 +298,14 @@ const std::unordered_map<int, operand_fn> operand_table = {
 
 // ---- paths ----
 
+// THIS in a method is its first slot: no work area is looked for under that name.
+bool is_method_this(unsigned symbol, const CodePath& path) {
+    unsigned long long offset;
+    bool certain = false;
+    return symbol == SYMBOL_THIS && (path.compiler->flags & COMPILER_METHOD) &&
+           path.variable_get(symbol, &offset, &certain) && certain;
+}
+
 const String& item_name(const PathItem* item) {
     switch (item->kind) {
     case PATH_ITEM_NAME: return static_cast<const NamePathItem*>(item)->name;
@@ -312,7 +320,7 @@ void compile_path_root_name(const Path* path_operand, const PathItem* item, Comp
     unsigned symbol = path.symbolize(item_name(item));
     unsigned long long offset;
     bool certain = false;
-    if (path_operand->memvar_root) {
+    if (path_operand->memvar_root || is_method_this(symbol, path)) {
         if (path.variable_get(symbol, &offset, &certain) && certain)
             code->push_back(item->location, new VmOpReadLocalMemvarByOffset(offset));
         else
@@ -480,7 +488,7 @@ void compile_object_factory(const document_location_st& location, const OperandL
     }
     code->push_back(location, new VmOpCallNative(handler, arguments->size()));
     *type = fresh_type();
-    type->type = FORMAL_OBJECT;
+    type->type = FORMAL_OBJECT | FORMAL_NULLABLE;  // null when INIT refuses
 }
 
 void compile_intrinsic_createobject(const document_location_st& location, const OperandList* arguments,
@@ -499,7 +507,8 @@ void compile_intrinsic_dodefault(const document_location_st& location, const Ope
     code->push_back(location, new VmOpEspAlloc());
     code->push_back(location, new VmOpEspAlloc());
     compile_pass_parameters(arguments, code, path);
-    code->push_back(location, new VmOpCallNative(handler, arguments->size()));
+    // The second slot is argument 1, where the handler puts the object.
+    code->push_back(location, new VmOpCallNative(handler, arguments->size() + 1));
     *type = fresh_type();
     type->type = STATIC_TYPE_UNKNOWN;
 }
@@ -555,7 +564,7 @@ bool ____compiletime_eval_constexpr(const document_location_st& location, Compil
     try {
         execute_program(&stack, 0, false, program.get(), result);
     } catch (const RuntimeError& error) {
-        compiler->record_error(error.number, location);
+        compiler->record_error(error.number, location, error.parameter);
         return false;
     }
     return true;
@@ -607,6 +616,15 @@ void __compiletime_compact_constexpr(const Operand* operand, CompiledCodeCollect
     }
     compile_const_generic(operand->location, value, code, type);
     value.release(path.compiler->stack);
+}
+
+bool evaluate_at_compile_time(const Operand* operand, CodePath& path, Variant* result) {
+    CompiledCodeCollection scratch(path.compiler);
+    compiler_type_info_st type = fresh_type();
+    size_t errors = path.compiler->errors.size();
+    compile_operand(operand, false, true, &scratch, path, &type);
+    if (path.compiler->errors.size() != errors) return false;
+    return ____compiletime_eval_constexpr(operand->location, &scratch, path, result);
 }
 
 void compile_operand_list(const OperandList* operands, CompiledCodeCollection* code, CodePath& path) {
@@ -668,7 +686,7 @@ void compile_read_variable(const document_location_st& location, unsigned symbol
                            CompiledCodeCollection* code, CodePath& path, compiler_type_info_st* type) {
     *type = fresh_type();
     type->type = STATIC_TYPE_UNKNOWN;
-    if (memvar_only) {
+    if (memvar_only || is_method_this(symbol, path)) {
         unsigned long long offset;
         bool certain = false;
         if (path.variable_get(symbol, &offset, &certain) && certain)

@@ -60,6 +60,10 @@ void compile_const_generic(const document_location_st& location, const Variant& 
 void compile_eval_macro(const document_location_st& location, const MacroItem* items, size_t count,
                         CompiledCodeCollection* code, CodePath& path);
 
+// Runs an expression once, at compile time, on a stack of its own (a class
+// property's default). A failure is recorded at the operand and gives false.
+bool evaluate_at_compile_time(const Operand* operand, CodePath& path, Variant* result);
+
 // Emits the cast a formal asks for, unless the static type already fits.
 void compile_cast_to_formal(const document_location_st& location, const formal_st& formal,
                             const compiler_type_info_st& actual, CompiledCodeCollection* code);

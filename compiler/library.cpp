@@ -1,8 +1,10 @@
 #include "compiler/library.h"
 
 #include <cstring>
+#include <memory>
 
 #include "base/call_trace.h"
+#include "objects/class.h"
 #include "text/charset.h"
 #include "text/collation.h"
 
@@ -107,7 +109,24 @@ void register_variable(Library* library, const library_variable_row_st& row) {
     library->variable_writers.emplace(writer.name, writer);
 }
 
+// A class whose name is taken already stays with the first row.
+void register_class(Library* library, const library_class_row_st& row) {
+    if (!library->symbols) throw assert_failed_exception("class rows need a symbol table");
+    std::unique_ptr<Class> made(create_builtin_class(
+        *library->symbols, row.name, static_cast<const builtin_class_data_st*>(row.constructor_data), row.members));
+    if (library->classes.emplace(made->symbol, made.get()).second) made.release();
+}
+
 }  // namespace
+
+Library::~Library() {
+    for (auto& [symbol, made] : classes) delete made;
+}
+
+Class* Library::find_class(uint32_t symbol) const {
+    auto found = classes.find(symbol);
+    return found == classes.end() ? nullptr : found->second;
+}
 
 void load_library_tables(Library* library, const module_description_st* description) {
     ZO_TRACE();
@@ -118,8 +137,8 @@ void load_library_tables(Library* library, const module_description_st* descript
         for (; row->name; ++row) library->compile_hooks.emplace(String(row->name), row->hook);
     if (const library_command_row_st* row = description->commands)
         for (; row->name; ++row) register_command(library, *row);
-    if (description->classes && description->classes->name)
-        raise_not_available("built-in classes");
+    if (const library_class_row_st* row = description->classes)
+        for (; row->name; ++row) register_class(library, *row);
     if (const library_variable_row_st* row = description->system_variables)
         for (; row->name; ++row) register_variable(library, *row);
     if (description->attach) description->attach(library->runtime);

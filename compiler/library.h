@@ -25,6 +25,7 @@ namespace zobase {
 
 class Runtime;
 class Class;
+class Symtable;
 class Variant;
 class VmStack;
 
@@ -138,9 +139,13 @@ struct NameLess {
 
 class Library {
 public:
-    explicit Library(Runtime* runtime = nullptr) : runtime(runtime) {}
+    explicit Library(Runtime* runtime = nullptr, Symtable* symbols = nullptr) : runtime(runtime), symbols(symbols) {}
+    ~Library();
+    Library(const Library&) = delete;
+    Library& operator=(const Library&) = delete;
 
     Runtime* runtime;
+    Symtable* symbols;  // names the classes' members; needed for class rows
     const module_description_st* description = nullptr;
     std::map<String, library_func_def_st, NameLess> functions;
     std::map<String, compile_hook_fn, NameLess> compile_hooks;
@@ -148,13 +153,14 @@ public:
     std::map<String, library_command_def_st, NameLess> commands;
     std::map<String, library_func_def_st, NameLess> variable_readers;
     std::map<String, library_command_def_st, NameLess> variable_writers;
-    std::map<uint32_t, Class*> classes;
+    std::map<uint32_t, Class*> classes;  // owned, by the symbol of the class name
 
     const library_func_def_st* find_function(const String& spelling) const;
     compile_hook_fn find_compile_hook(const String& full_name) const;
     const library_command_def_st* find_command(const String& name) const;
     const library_func_def_st* find_variable_reader(const String& name) const;
     const library_command_def_st* find_variable_writer(const String& name) const;
+    Class* find_class(uint32_t symbol) const;
 };
 
 // Reads a signature; an unknown byte raises assert_failed_exception.

@@ -2,6 +2,7 @@
 #include "base/call_trace.h"
 #include "compiler/build_input.h"
 #include "compiler/module.h"
+#include "objects/user_class.h"
 #include "values/symtable.h"
 
 namespace zobase {
@@ -28,6 +29,7 @@ void link_module(LinkerInfo& info, Module* module) {
     ZO_TRACE();
     if (module->main) link_program(info, code_of(module->main), module);
     for (auto& [symbol, function] : module->functions) link_program(info, code_of(function), module);
+    for (auto& [symbol, user_class] : module->classes) link_userclass(info, user_class, module);
     module->entry = module->main ? module->main : select_entry_by_stem(*info.symbols, *module);
 }
 

@@ -10,6 +10,7 @@
 
 #include "base/call_trace.h"
 #include "compiler/build_input.h"
+#include "objects/user_class.h"
 #include "text/charset.h"
 #include "values/error.h"
 #include "values/symtable.h"
@@ -17,16 +18,6 @@
 #include "vm/vm_stack.h"
 
 namespace zobase {
-
-namespace {
-
-struct module_build_st {
-    BuildInput* input;
-    Module* module;
-    statement_iterator end;
-};
-
-typedef void (*compile_module_stmt_fn)(module_build_st& build, statement_iterator& it);
 
 // An empty body defines nothing: a call to it fails like a call to an unknown name.
 UserFunction* compile_function(BuildInput& input, int flags, const String& name, const statement_iterator& end,
@@ -37,6 +28,11 @@ UserFunction* compile_function(BuildInput& input, int flags, const String& name,
     input.init_compiler(compiler);
     compiler.reset(flags, false);
     CodePath path(&compiler);
+    if (flags & COMPILER_METHOD) {
+        unsigned long long offset;
+        compiler.compile_time_define_memvar(SYMBOL_THIS, &offset);
+        path.known_locals.insert(SYMBOL_THIS);
+    }
     compile_program(end, it, parameters, path);
     input.log_compiler_errors(compiler);
     std::unique_ptr<Program> program(compiler.create_program(name, &compiler.code, compiler.locals,
@@ -44,6 +40,16 @@ UserFunction* compile_function(BuildInput& input, int flags, const String& name,
     if (compiler.statement_number == 0) return nullptr;
     return new UserFunction(program.release());
 }
+
+namespace {
+
+struct module_build_st {
+    BuildInput* input;
+    Module* module;
+    statement_iterator end;
+};
+
+typedef void (*compile_module_stmt_fn)(module_build_st& build, statement_iterator& it);
 
 // The first definition of a name stands; a later one is compiled for its
 // errors and dropped.
@@ -67,21 +73,17 @@ void not_available_at(module_build_st& build, const Statement* statement, const 
                                 String(feature));
 }
 
-// The lines of the class, up to its ENDDEFINE, are passed over.
 void compile_module_stmt_define(module_build_st& build, statement_iterator& it) {
-    not_available_at(build, it->get(), "define class");
-    while (++it != build.end && (*it)->type != STMT_ENDDEFINE) {
-    }
-    if (it != build.end) ++it;
+    compile_class_definition(*build.input, build.module, build.end, it);
 }
 
 void compile_module_stmt_import(module_build_st& build, statement_iterator& it) {
     not_available_at(build, (it++)->get(), "import");
 }
 
-// What the outline can't place: a closer without its opener, a syntax
-// error, or the lines after a class that was passed over. The lines are
-// still compiled, so that their errors are reported too.
+// What the outline can't place: a closer without its opener (ENDDEFINE
+// without DEFINE CLASS) or a syntax error. The lines are still compiled, so
+// that their errors are reported too.
 void compile_module_stray_statement(module_build_st& build, statement_iterator& it) {
     document_location_st location = (*it)->location;
     if (ends_statement_list((*it)->type)) {
@@ -137,6 +139,15 @@ String read_source_file(const String& path, const Charset* fallback) {
 Module::~Module() {
     delete main;
     for (auto& [symbol, function] : functions) delete function;
+    for (auto& [symbol, user_class] : classes) delete user_class;
+}
+
+Class* Module::find_class(uint32_t symbol) const {
+    auto found = classes.find(symbol);
+    if (found != classes.end()) return found->second;
+    for (const Module* import : imported_modules)
+        if (Class* imported = import->find_class(symbol)) return imported;
+    return nullptr;
 }
 
 const UserFunction* Module::find_function(uint32_t symbol) const {

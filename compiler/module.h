@@ -14,9 +14,11 @@
 namespace zobase {
 
 class Charset;
+class Class;
 class Library;
 class Module;
 class Symtable;
+class UserClass;
 struct ModuleDomain;
 
 // Modules by file name, as the module cache and a compile of a file keep them.
@@ -31,6 +33,7 @@ public:
 
     UserFunction* main = nullptr;  // the statements before the first FUNCTION; owned
     std::unordered_map<uint32_t, UserFunction*> functions;  // owned
+    std::unordered_map<uint32_t, UserClass*> classes;       // owned, by the symbol of the name
     std::vector<const Module*> imported_modules;             // in import order
     std::vector<const Library*> libraries;                   // in import order
     ModuleDomain* domain = nullptr;
@@ -39,7 +42,22 @@ public:
     const UserFunction* entry = nullptr;
 
     const UserFunction* find_function(uint32_t symbol) const;
+    // The module's own class of that symbol, else the first of its imports'.
+    Class* find_class(uint32_t symbol) const;
 };
+
+// A function or method body: compiles statements up to the next outline
+// statement. An empty body defines nothing and gives null. With
+// COMPILER_METHOD, THIS is the first slot.
+UserFunction* compile_function(BuildInput& input, int flags, const String& name, const statement_iterator& end,
+                               statement_iterator& it, const Stmt_Declaration* parameters,
+                               const document_location_st& start);
+// DEFINE CLASS ... ENDDEFINE: the class enters the module; `it` ends past ENDDEFINE.
+void compile_class_definition(BuildInput& input, Module* module, const statement_iterator& end,
+                              statement_iterator& it);
+// Links a class's methods in the module, looks for its parent among the
+// module's classes and libraries, and compiles its members.
+void link_userclass(LinkerInfo& info, UserClass* user_class, const Module* module);
 
 // Unresolved calls become direct calls where the target is known, else calls
 // by name; then the entry is settled.

@@ -107,6 +107,15 @@ ENDSCAN
 LOCATE FOR item = "Stapler"
 ? "Found the stapler in record", recno()
 USE
+* Classes: properties with defaults, Init, methods, a subclass that adds to
+* its parent's method with DODEFAULT, and a collection of the objects.
+shapes = CREATEOBJECT("Collection")
+shapes.Add(CREATEOBJECT("Rectangle", 3, 4), "rect")
+shapes.Add(CREATEOBJECT("Square", 5), "square")
+FOR EACH shape IN shapes
+  ? shape.Describe(), "area", shape.Area()
+NEXT
+? "The square is a", shapes.Item("square").ParentClass
 
 FUNCTION factorial(n)
 IF n <= 1
@@ -122,3 +131,27 @@ IF b = 0
   ERROR "Division by zero is not allowed"
 ENDIF
 RETURN a / b
+
+DEFINE CLASS Rectangle AS Custom
+  nWidth = 0
+  nHeight = 0
+  PROCEDURE Init(tnWidth, tnHeight)
+    This.nWidth = tnWidth
+    This.nHeight = tnHeight
+  ENDPROC
+  FUNCTION Area
+    RETURN This.nWidth * This.nHeight
+  ENDFUNC
+  FUNCTION Describe
+    RETURN This.Class
+  ENDFUNC
+ENDDEFINE
+
+DEFINE CLASS Square AS Rectangle
+  PROCEDURE Init(tnSide)
+    DODEFAULT(tnSide, tnSide)
+  ENDPROC
+  FUNCTION Describe
+    RETURN "a " + DODEFAULT() + " with equal sides"
+  ENDFUNC
+ENDDEFINE

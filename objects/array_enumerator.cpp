@@ -1,73 +1,61 @@
 #include "objects/array_enumerator.h"
 
-#include <memory>
-
 #include "base/call_trace.h"
-#include "text/collation.h"
+#include "objects/native_members.h"
 #include "values/error.h"
-#include "values/symtable.h"
-#include "vm/vm_stack.h"
 
 namespace zobase {
 
 namespace {
 
-// "movenext" has no fixed symbol, and interning it would need the compiler's
-// table: the text is compared instead.
-bool is_move_next(VmStack* stack, unsigned symbol) {
-    static const String move_next("movenext");
-    return StringEqual_Unicode_Machine_CI{}(stack->symbol_text(symbol), move_next);
+void move_next_call(VmStack* stack, unsigned long long argc, Variant* ret) {
+    require_arguments(argc, 0, 0);
+    ret->set_bool(current_object<ArrayEnumerator>(stack)->move_next());
 }
 
-bool is_item_symbol(unsigned symbol) { return symbol == SYMBOL_KEY || symbol == SYMBOL_VALUE; }
+void key_access(VmStack* stack, unsigned long long argc, Variant* ret) {
+    refuse_subscripts(stack, argc);
+    auto* self = current_object<ArrayEnumerator>(stack);
+    self->require_current();
+    ret->set_integer(static_cast<long long>(self->position));
+}
+
+void value_access(VmStack* stack, unsigned long long argc, Variant* ret) {
+    refuse_subscripts(stack, argc);
+    auto* self = current_object<ArrayEnumerator>(stack);
+    self->require_current();
+    self->array.array.read(self->position)->copy(ret);
+}
 
 }  // namespace
 
-ArrayEnumerator::ArrayEnumerator(const Array& array) { array_.set_array(&array); }
+const builtin_class_data_st array_enumerator_class_data = {nullptr, false};
 
-ArrayEnumerator::~ArrayEnumerator() { array_.release(nullptr); }
+const library_class_member_row_st array_enumerator_members[] = {
+    {"Key", nullptr, key_access, nullptr, nullptr},
+    {"MoveNext", move_next_call, nullptr, nullptr, nullptr},
+    {"Value", nullptr, value_access, nullptr, nullptr},
+    {nullptr, nullptr, nullptr, nullptr, nullptr},
+};
+
+ArrayEnumerator::ArrayEnumerator(Class* object_class, const Array& source) : Object(object_class) {
+    array.set_array(&source);
+}
+
+ArrayEnumerator::~ArrayEnumerator() { array.release(nullptr); }
 
 bool ArrayEnumerator::move_next() {
-    if (position_ <= array_.array.count) ++position_;
-    return position_ <= array_.array.count;
+    if (position <= array.array.count) ++position;
+    return position <= array.array.count;
 }
 
 void ArrayEnumerator::require_current() const {
-    if (position_ == 0 || position_ > array_.array.count) throw RuntimeError(ERR_SUBSCRIPT_OUT_OF_RANGE);
+    if (position == 0 || position > array.array.count) throw RuntimeError(ERR_SUBSCRIPT_OUT_OF_RANGE);
 }
 
-void ArrayEnumerator::virtual_call(VmStack* stack, unsigned symbol, size_t argc, Variant* ret) {
-    if (!is_move_next(stack, symbol)) throw RuntimeError(ERR_PROPERTY_NOT_FOUND, stack->symbol_text(symbol));
-    if (argc) throw RuntimeError(ERR_ARGUMENT_INVALID);
-    ret->set_bool(move_next());
-}
-
-void ArrayEnumerator::virtual_access(VmStack* stack, unsigned symbol, size_t argc, Variant* ret) {
-    if (!is_item_symbol(symbol)) throw RuntimeError(ERR_PROPERTY_NOT_FOUND, stack->symbol_text(symbol));
-    if (argc) throw RuntimeError(ERR_NOT_AN_ARRAY, stack->symbol_text(symbol));
-    require_current();
-    if (symbol == SYMBOL_KEY)
-        ret->set_integer(static_cast<int64_t>(position_));
-    else
-        array_.array.read(position_)->copy(ret);
-}
-
-// KEY and VALUE are computed, so there is no slot to lend or to overwrite.
-void ArrayEnumerator::virtual_access_ref(VmStack* stack, unsigned symbol, size_t, Variant*) {
-    if (!is_item_symbol(symbol)) throw RuntimeError(ERR_PROPERTY_NOT_FOUND, stack->symbol_text(symbol));
-    throw RuntimeError(ERR_PROPERTY_READ_ONLY, stack->symbol_text(symbol));
-}
-
-void ArrayEnumerator::virtual_assign(VmStack* stack, unsigned symbol, size_t) {
-    if (!is_item_symbol(symbol)) throw RuntimeError(ERR_PROPERTY_NOT_FOUND, stack->symbol_text(symbol));
-    throw RuntimeError(ERR_PROPERTY_READ_ONLY, stack->symbol_text(symbol));
-}
-
-void create_array_enumerator(const Array& array, Variant* dest) {
+void create_array_enumerator(VmStack* stack, const Array& source, Variant* dest) {
     ZO_TRACE();
-    auto enumerator = std::make_unique<ArrayEnumerator>(array);
-    dest->set_new_object(enumerator.get());
-    enumerator.release();
+    wrap_new_object(new ArrayEnumerator(builtin_class(stack, "Array.Iterator"), source), dest);
 }
 
 }  // namespace zobase

@@ -1,33 +1,30 @@
 #pragma once
-// The built-in class "exception": what CATCH receives. Four properties,
+// The built-in class "Exception": what CATCH receives. Four properties,
 // ErrorNo, Message, Detail and UserValue, all false until set.
-#include "objects/object.h"
-#include "values/variant.h"
+#include "objects/class.h"
+#include "vm/object.h"
 
 namespace zobase {
 
 class ExceptionObject : public Object {
 public:
+    explicit ExceptionObject(Class* object_class) : Object(object_class) {}
+    ~ExceptionObject() override;
+    void destroy(VmStack* stack) override;
+
     Variant error_no;
     Variant message;
     Variant detail;
     Variant user_value;
-
-    ExceptionObject() = default;
-    ~ExceptionObject() override;
-
-    void virtual_call(VmStack* stack, unsigned symbol, size_t argc, Variant* ret) override;
-    void virtual_access(VmStack* stack, unsigned symbol, size_t argc, Variant* ret) override;
-    void virtual_access_ref(VmStack* stack, unsigned symbol, size_t argc, Variant* ret) override;
-    void virtual_assign(VmStack* stack, unsigned symbol, size_t argc) override;
-
-private:
-    // The property of that symbol; 1734 with the name when there is none.
-    Variant* property(VmStack* stack, unsigned symbol);
 };
+
+extern const builtin_class_data_st exception_class_data;
+extern const library_class_member_row_st exception_members[];
 
 // A new exception object as the value of dest, which must be clean; the
 // returned object stays owned by dest.
-ExceptionObject* create_exception_object(Variant* dest);
+ExceptionObject* create_exception_object(Class* exception_class, Variant* dest);
+// The same, finding the class through the stack.
+ExceptionObject* create_exception_object(VmStack* stack, Variant* dest);
 
 }  // namespace zobase

@@ -1,15 +1,368 @@
-// Object lifetime: an object whose last use ended is destroyed through its
-// virtual destructor.
+// Objects: member look-up along the chain, the visibility rules, the call
+// context, members added at run time, and what happens when the last
+// reference goes.
 #include "objects/object.h"
 
-#include "values/object_ref.h"
+#include <cstring>
+#include <mutex>
+
+#include "base/call_trace.h"
+#include "objects/property_storage.h"
+#include "values/error.h"
+#include "values/symtable.h"
+#include "vm/call_resolver.h"
+#include "vm/param.h"
+#include "vm/param_window.h"
+#include "vm/runtime_services.h"
 
 namespace zobase {
 
-void delete_object(VmStack*, Object* object) { delete object; }
+namespace {
+
+void check_visible(VmStack* stack, const Object* object, const Object* holder, const ClassMember* member) {
+    if (!member_visible(stack, object, holder, member)) raise_member_not_found(stack, member->symbol);
+}
+
+// The member and its link, visible to the caller; 1734 otherwise. Most
+// members are the first link's: that look-up is made here directly.
+inline const ClassMember* visible_member(VmStack* stack, const Object* object, unsigned symbol, Object** holder) {
+    const member_tables_st* table = object->tables.load(std::memory_order_acquire);
+    const ClassMember* member = table ? table->by_symbol.find(symbol) : nullptr;
+    if (member) *holder = const_cast<Object*>(object);
+    else if (!object->get_member(symbol, &member, holder)) raise_member_not_found(stack, symbol);
+    if (member->visibility != MEMBER_PUBLIC) check_visible(stack, object, *holder, member);
+    return member;
+}
+
+void added_property_access(VmStack* stack, unsigned long long argc, Variant* ret) {
+    auto* member = const_cast<ClassMember*>(stack->context.member);
+    read_stored(stack, stack->context.class_object, &member->value, argc, ret);
+}
+
+void added_property_access_ref(VmStack* stack, unsigned long long argc, Variant* ret) {
+    auto* member = const_cast<ClassMember*>(stack->context.member);
+    read_stored_ref(stack, stack->context.class_object, &member->value, argc, ret);
+}
+
+void added_property_assign(VmStack* stack, unsigned long long argc) {
+    auto* member = const_cast<ClassMember*>(stack->context.member);
+    write_stored(stack, stack->context.class_object, &member->value, argc);
+}
+
+// The tables the object shows from now on; earlier ones stay alive.
+void publish_tables(Object* object, std::unique_ptr<member_tables_st> tables) {
+    object->tables.store(tables.get(), std::memory_order_release);
+    object->added->tables.push_back(std::move(tables));
+}
+
+// An object's value of a call of its own: its slot on the stack, with the
+// argument window over the argc values pushed above it afterwards.
+class ObjectSlot {
+public:
+    ObjectSlot(VmStack* stack, Object* object) : stack_(stack), mark_(stack->esp) {
+        stack->push()->set(object->self());
+        slot_ = stack->esp;
+    }
+    ~ObjectSlot() { stack_->pop_to(mark_); }
+    ObjectSlot(const ObjectSlot&) = delete;
+    ObjectSlot& operator=(const ObjectSlot&) = delete;
+    Memvar* slot() const noexcept { return slot_; }
+
+private:
+    VmStack* stack_;
+    Memvar* mark_;
+    Memvar* slot_;
+};
+
+// Runs DESTROY with a stack, then destroys and deletes the chain. Nothing
+// may escape: releases happen in destructors and during unwinding. An error
+// inside DESTROY was already reported by the frame that ran it.
+void destroy_object(VmStack* stack, const object_ptr_st& ptr) {
+    Object* object = ptr.object;
+    const ClassMember* member;
+    Object* holder;
+    if (stack && !ptr.control->no_destroy_call && object->get_member(SYMBOL_DESTROY, &member, &holder) &&
+        member->call) {
+        try {
+            ObjectSlot slot(stack, object);
+            ParamWindow window(stack, slot.slot(), 0);
+            Variant result;
+            call_member_directly(stack, object, member, holder, 0, &result);
+            result.release(stack);
+        } catch (const RuntimeError&) {
+        } catch (const RuntimeInterrupt&) {
+        }
+    }
+    for (Object* link = object; link; link = link->parent) link->destroy(stack);
+    object_ptr_end_destruction(ptr);
+    delete object;
+}
+
+}  // namespace
+
+// The caller's rights: 1 from outside, 3 from a method of the same object,
+// and bit 4 from a method of the link that holds the member.
+bool member_visible(VmStack* stack, const Object* object, const Object* holder, const ClassMember* member) {
+    if (member->visibility == MEMBER_PUBLIC) return true;
+    uint32_t level = MEMBER_PUBLIC;
+    if (stack->context.this_object == object) level = MEMBER_PROTECTED;
+    if (stack->context.class_object == holder) level |= 4;
+    return (member->visibility & ~level) == 0;
+}
+
+// ---- Object ----
+
+Object::Object(Class* c) : object_class(c) {
+    if (c) tables.store(c->member_tables(), std::memory_order_relaxed);
+}
+
+Object::~Object() { delete parent; }
+
+void Object::destroy(VmStack* stack) {
+    if (added)
+        for (auto& member : added->members) member->value.release(stack);
+    if (control && object_class) object_class->remove_instance(this);
+}
+
+bool Object::get_member(unsigned symbol, const ClassMember** member, Object** holder) const {
+    for (const Object* link = this; link; link = link->parent) {
+        const member_tables_st* table = link->tables.load(std::memory_order_acquire);
+        if (!table) continue;
+        if (ClassMember* found = table->by_symbol.find(symbol)) {
+            *member = found;
+            *holder = const_cast<Object*>(link);
+            return true;
+        }
+    }
+    return false;
+}
+
+void Object::virtual_call(VmStack* stack, unsigned symbol, size_t argc, Variant* ret) {
+    Object* holder;
+    const ClassMember* member = visible_member(stack, this, symbol, &holder);
+    if (!member->call) raise_member_not_found(stack, symbol);
+    MemberScope scope(stack, this, holder, member, MEMBER_MODE_CALL);
+    member->call(stack, argc, ret);
+}
+
+void Object::virtual_access(VmStack* stack, unsigned symbol, size_t argc, Variant* ret) {
+    Object* holder;
+    const ClassMember* member = visible_member(stack, this, symbol, &holder);
+    if (!member->access) raise_member_not_found(stack, symbol);
+    MemberScope scope(stack, this, holder, member, MEMBER_MODE_ACCESS);
+    member->access(stack, argc, ret);
+}
+
+// A property without storage to point into (a computed one) answers 9008.
+void Object::virtual_access_ref(VmStack* stack, unsigned symbol, size_t argc, Variant* ret) {
+    Object* holder;
+    const ClassMember* member = visible_member(stack, this, symbol, &holder);
+    if (!member->access_ref) {
+        if (member->type != MEMBER_PROPERTY) raise_member_not_found(stack, symbol);
+        throw RuntimeError(ERR_PROPERTY_POINTER);
+    }
+    MemberScope scope(stack, this, holder, member, MEMBER_MODE_ACCESS);
+    member->access_ref(stack, argc, ret);
+}
+
+// A property without an assign handler is read-only: 1743.
+void Object::virtual_assign(VmStack* stack, unsigned symbol, size_t argc) {
+    Object* holder;
+    const ClassMember* member = visible_member(stack, this, symbol, &holder);
+    if (!member->assign) {
+        if (member->type != MEMBER_PROPERTY) raise_member_not_found(stack, symbol);
+        throw RuntimeError(ERR_PROPERTY_READ_ONLY, member->name);
+    }
+    MemberScope scope(stack, this, holder, member, MEMBER_MODE_ASSIGN);
+    member->assign(stack, argc);
+}
+
+int Object::enum_properties(enum_properties_fn callback, void* context) {
+    const member_tables_st* table = tables.load(std::memory_order_acquire);
+    if (!table) return 0;
+    for (const ClassMember* member : table->members)
+        if (int result = callback(context, this, member->symbol, member)) return result;
+    return 0;
+}
+
+int Object::virtual_enum_properties(enum_properties_fn callback, void* context) {
+    for (Object* link = this; link; link = link->parent)
+        if (int result = link->enum_properties(callback, context)) return result;
+    return 0;
+}
+
+void Object::addproperty(VmStack* stack, unsigned symbol, const Variant* value) {
+    ZO_TRACE();
+    const ClassMember* existing;
+    Object* holder;
+    if (get_member(symbol, &existing, &holder) && existing->assign) {
+        ObjectSlot slot(stack, this);
+        Variant* pushed = stack->push();
+        if (value) value->follow()->copy(pushed);
+        ParamWindow window(stack, slot.slot(), 1);
+        virtual_assign(stack, symbol, 1);
+        return;
+    }
+    auto member = std::make_unique<ClassMember>();
+    member->type = MEMBER_PROPERTY;
+    member->name = stack->symbol_text(symbol);
+    member->symbol = symbol;
+    member->access = added_property_access;
+    member->access_ref = added_property_access_ref;
+    member->assign = added_property_assign;
+    if (value) value->follow()->copy(&member->value);
+
+    std::unique_lock guard(lock);
+    if (!added) added = std::make_unique<object_added_st>();
+    auto table = std::make_unique<member_tables_st>(*tables.load(std::memory_order_relaxed));
+    member->index = table->members.size();
+    table->members.push_back(member.get());
+    table->by_symbol.insert(symbol, member.get());
+    added->by_symbol.insert(symbol, member.get());
+    added->members.push_back(std::move(member));
+    publish_tables(this, std::move(table));
+}
+
+void Object::removeproperty(VmStack* stack, const String& name) {
+    ZO_TRACE();
+    unsigned symbol = stack->resolver ? stack->resolver->symbolize(name) : 0;
+    ClassMember* removed = added ? added->by_symbol.find(symbol) : nullptr;
+    if (!removed) {
+        const ClassMember* member;
+        Object* holder;
+        if (get_member(symbol, &member, &holder)) throw RuntimeError(ERR_PROPERTY_IS_CLASS_MEMBER, name);
+        throw RuntimeError(ERR_PROPERTY_NOT_FOUND, name);
+    }
+    Variant value;
+    {
+        std::unique_lock guard(lock);
+        auto table = std::make_unique<member_tables_st>();
+        SymbolMap<ClassMember*> still_added;
+        const member_tables_st* shown = tables.load(std::memory_order_relaxed);
+        for (ClassMember* member : shown->members) {
+            if (member == removed) continue;
+            table->members.push_back(member);
+            table->by_symbol.insert(member->symbol, member);
+            if (added->by_symbol.find(member->symbol) == member) still_added.insert(member->symbol, member);
+        }
+        // A removed member may have hidden one of the class: it shows again.
+        for (ClassMember* member : object_class->member_tables()->members)
+            if (member->symbol == symbol) table->by_symbol.insert(symbol, member);
+        added->by_symbol = std::move(still_added);
+        std::memcpy(static_cast<void*>(&value), &removed->value, sizeof(Variant));
+        removed->value.tag = TAG_FALSE;
+        publish_tables(this, std::move(table));
+    }
+    value.release(stack);
+}
+
+// ---- the call context ----
+
+MemberScope::MemberScope(VmStack* stack, Object* object, Object* holder, const ClassMember* member,
+                         uint32_t mode)
+    : stack_(stack), saved_(stack->context) {
+    member_context_st& context = stack->context;
+    bool re_entered = (mode == MEMBER_MODE_ACCESS || mode == MEMBER_MODE_ASSIGN) && context.mode == mode &&
+                      context.class_object == holder && context.symbol == member->symbol;
+    if (re_entered) {
+        context.mode = mode + 1;
+        return;
+    }
+    context = {object, holder, member, member->symbol, mode};
+}
+
+MemberScope::~MemberScope() { stack_->context = saved_; }
+
+void call_member_directly(VmStack* stack, Object* object, const ClassMember* member, Object* holder,
+                          size_t argc, Variant* ret) {
+    MemberScope scope(stack, object, holder, member, MEMBER_MODE_CALL);
+    member->call(stack, argc, ret);
+}
+
+[[noreturn]] void raise_member_not_found(VmStack* stack, unsigned symbol) {
+    throw RuntimeError(ERR_PROPERTY_NOT_FOUND, stack->symbol_text(symbol));
+}
+
+// ---- references and creation ----
+
+void wrap_new_object(Object* object, Variant* dest) {
+    auto* control = new object_control_st;
+    object->control = control;
+    dest->tag = TAG_OBJECT;
+    dest->object = {control, object};
+    if (object->object_class) object->object_class->add_instance(object);
+}
+
+Class* builtin_class(VmStack* stack, unsigned symbol) {
+    Class* found = stack->resolver ? stack->resolver->find_builtin_class(symbol) : nullptr;
+    if (!found) throw RuntimeError(ERR_CLASS_NOT_FOUND, stack->symbol_text(symbol));
+    return found;
+}
+
+Class* builtin_class(VmStack* stack, const char* name) {
+    if (!stack->resolver) throw RuntimeError(ERR_CLASS_NOT_FOUND, String(name));
+    return builtin_class(stack, stack->resolver->symbolize(String(name)));
+}
+
+Class* find_class(VmStack* stack, const String& name, const String* file) {
+    Class* found = nullptr;
+    if (stack->resolver) found = stack->resolver->find_class(stack, stack->resolver->symbolize(name), file);
+    if (!found) throw RuntimeError(ERR_CLASS_NOT_FOUND, name);
+    return found;
+}
+
+void create_object(VmStack* stack, Class* object_class, unsigned long long first, unsigned long long argc,
+                   Variant* dest) {
+    ZO_TRACE();
+    Object* object = nullptr;
+    object_class->create_instance(stack, &object);
+    Variant made;
+    wrap_new_object(object, &made);
+    const ClassMember* init;
+    Object* holder;
+    if (object->get_member(SYMBOL_INIT, &init, &holder) && init->call) {
+        // INIT's object goes in the slot just under its arguments.
+        Memvar* object_slot = Param(stack, first - 1);
+        Variant result;
+        try {
+            object_slot->release(stack);
+            made.copy(object_slot);
+            ParamWindow window(stack, object_slot, argc);
+            call_member_directly(stack, object, init, holder, argc, &result);
+        } catch (...) {
+            made.object.control->no_destroy_call = true;
+            made.release(stack);
+            throw;
+        }
+        if (result.tag == TAG_FALSE) {
+            made.object.control->no_destroy_call = true;
+            made.release(stack);
+            made.set_null();
+        }
+        result.release(stack);
+    }
+    std::memcpy(static_cast<void*>(dest), &made, sizeof(Variant));
+}
+
+void CreateObject(VmStack* stack, const String& class_name, const Variant* args, size_t argc, Variant* dest) {
+    ZO_TRACE();
+    Class* object_class = find_class(stack, class_name);
+    Memvar* mark = stack->esp;
+    try {
+        stack->push();  // INIT's object goes here
+        Memvar* window_top = stack->esp;
+        for (size_t i = 0; i < argc; ++i) args[i].copy(stack->push());
+        ParamWindow window(stack, window_top + 1, argc + 1);
+        create_object(stack, object_class, 2, argc, dest);
+    } catch (...) {
+        stack->pop_to(mark);
+        throw;
+    }
+    stack->pop_to(mark);
+}
 
 void install_object_destruction() {
-    if (!destroy_object_hook) destroy_object_hook = delete_object;
+    if (!destroy_object_hook) destroy_object_hook = destroy_object;
 }
 
 }  // namespace zobase

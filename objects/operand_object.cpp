@@ -3,7 +3,7 @@
 #include <cstring>
 
 #include "base/call_trace.h"
-#include "text/collation.h"
+#include "objects/native_members.h"
 #include "values/error.h"
 #include "vm/vm_run.h"
 #include "vm/vm_stack.h"
@@ -12,33 +12,22 @@ namespace zobase {
 
 namespace {
 
-// "evaluate" has no fixed symbol: the text is compared instead.
-bool is_evaluate(VmStack* stack, unsigned symbol) {
-    static const String evaluate("evaluate");
-    return StringEqual_Unicode_Machine_CI{}(stack->symbol_text(symbol), evaluate);
+void evaluate_call(VmStack* stack, unsigned long long argc, Variant* ret) {
+    require_arguments(argc, 0, 0);
+    evaluate_program(stack, current_object<Operand_Object>(stack)->program.get(), ret);
 }
 
 }  // namespace
 
-Operand_Object::Operand_Object(std::unique_ptr<Program> program) : program_(std::move(program)) {}
+const builtin_class_data_st operand_class_data = {nullptr, false};
 
-void Operand_Object::virtual_call(VmStack* stack, unsigned symbol, size_t argc, Variant* ret) {
-    if (!is_evaluate(stack, symbol)) throw RuntimeError(ERR_PROPERTY_NOT_FOUND, stack->symbol_text(symbol));
-    if (argc) throw RuntimeError(ERR_ARGUMENT_INVALID);
-    evaluate_program(stack, program_.get(), ret);
-}
+const library_class_member_row_st operand_members[] = {
+    {"evaluate", evaluate_call, nullptr, nullptr, nullptr},
+    {nullptr, nullptr, nullptr, nullptr, nullptr},
+};
 
-void Operand_Object::virtual_access(VmStack* stack, unsigned symbol, size_t, Variant*) {
-    throw RuntimeError(ERR_PROPERTY_NOT_FOUND, stack->symbol_text(symbol));
-}
-
-void Operand_Object::virtual_access_ref(VmStack* stack, unsigned symbol, size_t, Variant*) {
-    throw RuntimeError(ERR_PROPERTY_NOT_FOUND, stack->symbol_text(symbol));
-}
-
-void Operand_Object::virtual_assign(VmStack* stack, unsigned symbol, size_t) {
-    throw RuntimeError(ERR_PROPERTY_NOT_FOUND, stack->symbol_text(symbol));
-}
+Operand_Object::Operand_Object(Class* object_class, std::unique_ptr<Program> compiled)
+    : Object(object_class), program(std::move(compiled)) {}
 
 void evaluate_program(VmStack* stack, const Program* program, Variant* ret) {
     VmOp** ip = const_cast<VmOp**>(program->code());
@@ -52,11 +41,9 @@ void evaluate_program(VmStack* stack, const Program* program, Variant* ret) {
     std::memcpy(static_cast<void*>(ret), static_cast<const void*>(&result), sizeof(Variant));
 }
 
-void create_operand_object(std::unique_ptr<Program> program, Variant* dest) {
+void create_operand_object(VmStack* stack, std::unique_ptr<Program> program, Variant* dest) {
     ZO_TRACE();
-    auto object = std::make_unique<Operand_Object>(std::move(program));
-    dest->set_new_object(object.get());
-    object.release();
+    wrap_new_object(new Operand_Object(builtin_class(stack, "Operand"), std::move(program)), dest);
 }
 
 }  // namespace zobase

@@ -14,12 +14,14 @@
 #include <filesystem>
 #include <map>
 #include <memory>
+#include <mutex>
 #include <string>
 #include <vector>
 
 #include "base/call_trace.h"
 #include "builtins/library.h"
 #include "objects/object.h"
+#include "objects/thread_object.h"
 #include "runtime/file_search.h"
 #include "runtime/module_cache.h"
 #include "runtime/runtime_resolver.h"
@@ -49,10 +51,15 @@ struct RuntimeRecord {
     uint64_t next_stack_id = 1;
     DateFormatCache date_formats;
     int32_t first_day_of_week = 1;  // SET FDOW
+    std::mutex thread_lock;  // guards the thread map, its ids and the stack ids of threads
+    std::map<uint64_t, std::shared_ptr<VmThread>> threads;
+    uint64_t next_thread_id = 2;
 };
 
 constexpr uint64_t MAIN_STACK_SLOTS = 65536;
 constexpr uint64_t MAIN_STACK_UNDO_SLOTS = 8192;
+constexpr uint64_t THREAD_STACK_SLOTS = 65536;
+constexpr uint64_t THREAD_STACK_UNDO_SLOTS = 8192;
 
 namespace {
 
@@ -147,7 +154,7 @@ void Runtime::init() {
     __init_character_sets();
     __init_collations();
     install_object_destruction();
-    impl->library = std::make_unique<Library>(this);
+    impl->library = std::make_unique<Library>(this, &impl->symtable);
     load_library_tables(impl->library.get(), core_module_description());
     const char* locale = uloc_getDefault();
     read_first_day_of_week(this, locale);
@@ -174,6 +181,34 @@ void Runtime::attach_stack(VmStack* stack) {
     stack->resolver = call_resolver();
     stack->services = services();
     stack->sessions = std::make_unique<TableDataSessions>(stack);
+}
+
+// Threads taken out are ended (joined) and freed outside the lock.
+void Runtime::register_thread(const std::shared_ptr<VmThread>& thread) {
+    ZO_TRACE();
+    std::vector<std::shared_ptr<VmThread>> finished;
+    std::lock_guard guard(impl->thread_lock);
+    for (auto entry = impl->threads.begin(); entry != impl->threads.end();) {
+        if (entry->second.use_count() == 1 && !entry->second->running.load()) {
+            finished.push_back(std::move(entry->second));
+            entry = impl->threads.erase(entry);
+        } else {
+            ++entry;
+        }
+    }
+    thread->id = impl->next_thread_id++;
+    thread->stack = std::make_unique<VmStack>(this, THREAD_STACK_SLOTS, THREAD_STACK_UNDO_SLOTS);
+    attach_stack(thread->stack.get());
+    impl->threads.emplace(thread->id, thread);
+}
+
+void Runtime::join_threads() {
+    std::map<uint64_t, std::shared_ptr<VmThread>> threads;
+    {
+        std::lock_guard guard(impl->thread_lock);
+        threads.swap(impl->threads);
+    }
+    for (auto& [id, thread] : threads) thread->join();
 }
 
 void Runtime::pass_arguments(int argc, const char* const* argv) {
@@ -337,6 +372,7 @@ RuntimeServices* Runtime::services() { return impl->services.get(); }
 
 // For hosts that exit right after: the main-stack pointer is deliberately kept.
 void Runtime::shutdown() {
+    join_threads();
     if (impl->library) unload_library_tables(impl->library.get());
     screen->set_interactive(false);
     delete impl->main_stack;

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <utility>
 #include <vector>
+#include <memory>
 
 #include "base/export.h"
 #include "values/string.h"
@@ -25,6 +26,7 @@ class DateFormatCache;
 struct date_format_st;
 struct datetime_format_st;
 struct format_settings_st;
+struct VmThread;
 
 class ZO_API Runtime {
 public:
@@ -77,6 +79,12 @@ public:
     // Installs the runtime's doors on a stack it made: the resolver, the
     // services and the stack's id.
     void attach_stack(VmStack* stack);
+    // A thread of the language: its stack, attached, and its id from 2; it
+    // enters the thread map, from which finished threads whose object is
+    // gone are taken out (and joined) meanwhile.
+    void register_thread(const std::shared_ptr<VmThread>& thread);
+    // Waits for every thread of the language to end; `shutdown` does it first.
+    void join_threads();
     void set_procedure_to(VmStack* stack, const String& file, bool additive);
     void set_procedure_to_null();
     void pass_arguments(int argc, const char* const* argv);

@@ -9,6 +9,7 @@
 #include "runtime/screen.h"
 #include "values/error.h"
 #include "values/symtable.h"
+#include "vm/vm_stack.h"
 
 namespace zobase {
 
@@ -108,7 +109,32 @@ public:
         return std::unique_ptr<Program>(const_cast<Program*>(program));
     }
 
+    Class* find_class(VmStack* stack, uint32_t symbol, const String* file) const override {
+        ZO_TRACE();
+        if (file) return find_class_in(*runtime_->module_cache().load_from_disk(stack, *file, CACHE_CHECK_TIME), symbol);
+        if (stack->frame && stack->frame->program->module)
+            if (Class* found = module_of(stack->frame->program)->find_class(symbol)) return found;
+        if (Class* found = runtime_->library()->find_class(symbol)) return found;
+        for (const auto& [path, module] : runtime_->module_cache().procedures())
+            if (Class* found = module->find_class(symbol)) return found;
+        for (const ModuleDomain* domain : runtime_->module_cache().domains())
+            for (const auto& [path, module] : domain->modules)
+                if (Class* found = module->find_class(symbol)) return found;
+        return nullptr;
+    }
+
+    Class* find_builtin_class(uint32_t symbol) const override { return runtime_->library()->find_class(symbol); }
+
 private:
+    // A file's classes: those of its entry module and of what it compiled along.
+    static Class* find_class_in(const Module& entry, uint32_t symbol) {
+        if (Class* found = entry.find_class(symbol)) return found;
+        if (!entry.domain) return nullptr;
+        for (const auto& [path, module] : entry.domain->modules)
+            if (Class* found = module->find_class(symbol)) return found;
+        return nullptr;
+    }
+
     // Macro text sees the built-ins and the functions of the code around it.
     void prepare(BuildInput& build, VmStack* stack) const {
         build.import_library(runtime_->library());

@@ -4,8 +4,10 @@
 #include "runtime/runtime.h"
 #include "runtime/module_cache.h"
 #include "runtime/runtime_resolver.h"
+#include "compiler/library.h"
 #include "values/error.h"
 #include "vm/session_settings.h"
+#include "values/symtable.h"
 
 namespace zobase {
 
@@ -49,7 +51,10 @@ public:
 
     void create_exception_object(const RuntimeError& error, Variant* dest) const override {
         ZO_TRACE();
-        ExceptionObject* object = zobase::create_exception_object(dest);
+        // A runtime that was never started has no classes: no object then.
+        Class* exception_class = runtime_->library() ? runtime_->library()->find_class(SYMBOL_EXCEPTION) : nullptr;
+        if (!exception_class) return;
+        ExceptionObject* object = zobase::create_exception_object(exception_class, dest);
         object->error_no.set_integer(error.number);
         object->message.set_string(error.message);
         object->detail.set_string(error.parameter);
@@ -67,6 +72,7 @@ public:
         for (const auto& [path, module] : runtime_->module_cache().procedures()) files.push_back(path);
         return files;
     }
+    void register_thread(const std::shared_ptr<VmThread>& thread) override { runtime_->register_thread(thread); }
 
 private:
     Runtime* runtime_;

@@ -3,7 +3,7 @@
 // a Variant. Work areas hold their tables and stacks their sessions this way,
 // so an object lives while the engine or the language still holds it.
 #include "values/variant.h"
-#include "vm/object.h"
+#include "objects/object.h"
 
 namespace zobase {
 
@@ -25,7 +25,7 @@ public:
     // Takes over an object just made: the holder is its first reference.
     static ObjectHolder adopt(T* fresh) {
         ObjectHolder holder;
-        holder.value_.set_new_object(fresh);
+        wrap_new_object(fresh, &holder.value_);
         return holder;
     }
 

@@ -3,6 +3,7 @@
 #include <cstring>
 #include <memory>
 
+#include "objects/object.h"
 #include "values/error.h"
 #include "vm/param.h"
 #include "vm/vm_stack.h"
@@ -45,7 +46,8 @@ void RecordObject::virtual_access(VmStack* stack, unsigned symbol, size_t argc, 
 void RecordObject::virtual_access_ref(VmStack* stack, unsigned symbol, size_t argc, Variant* ret) {
     Variant* value = property(stack, symbol);
     if (argc) throw RuntimeError(ERR_ARGUMENT_INVALID);
-    value->ref(stack, ret, this);
+    const object_ptr_st owner = self();
+    value->ref(stack, ret, &owner);
 }
 
 void RecordObject::virtual_assign(VmStack* stack, unsigned symbol, size_t argc) {
@@ -56,7 +58,7 @@ void RecordObject::virtual_assign(VmStack* stack, unsigned symbol, size_t argc) 
 
 RecordObject* create_record_object(Variant* dest) {
     auto object = std::make_unique<RecordObject>();
-    dest->set_new_object(object.get());
+    wrap_new_object(object.get(), dest);
     return object.release();
 }
 

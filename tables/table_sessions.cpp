@@ -4,6 +4,7 @@
 #include <typeinfo>
 
 #include "tables/table_object.h"
+#include "objects/object.h"
 #include "values/error.h"
 #include "vm/vm_stack.h"
 
@@ -40,7 +41,7 @@ void TableDataSessions::make_current(const ObjectHolder<DataSession_Object>& ses
 
 void TableDataSessions::create_session(Variant* dest) {
     auto* session = new DataSession_Object(this, next_id_++);
-    dest->set_new_object(session);
+    wrap_new_object(session, dest);
     sessions_.emplace(session->id, dest->object);
 }
 

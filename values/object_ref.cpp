@@ -5,24 +5,88 @@ namespace zobase {
 
 object_destroy_hook destroy_object_hook = nullptr;
 
-void object_ptr_acquire(const object_ptr_st& ptr) noexcept {
-    object_control_st* control = ptr.control;
-    if (!control) return;
-    // A use count of 0 means the object is already being destroyed: the
-    // reference then keeps only the record alive.
-    uint64_t uses = control->use_count.load();
-    while (uses != 0 && !control->use_count.compare_exchange_weak(uses, uses + 1)) {
+namespace {
+
+using control_st = object_control_st;
+
+// Adds `records` holders and, while there is a use, a use. True when it did.
+bool add(control_st* control, uint64_t records, bool use) noexcept {
+    uint64_t counts = control->counts.load(std::memory_order_relaxed);
+    for (;;) {
+        bool alive = (counts & control_st::USES) != 0;
+        uint64_t wanted = counts + records + (use && alive ? control_st::ONE_USE : 0);
+        if (control->counts.compare_exchange_weak(counts, wanted, std::memory_order_acq_rel)) return alive;
     }
-    control->record_count.fetch_add(1);
 }
 
-void object_ptr_release(VmStack* stack, object_ptr_st& ptr) {
-    object_control_st* control = ptr.control;
+// Takes `records` holders and, while there is one, a use away. Returns the
+// counts as they were.
+uint64_t drop(control_st* control, uint64_t records, bool use) noexcept {
+    uint64_t counts = control->counts.load(std::memory_order_relaxed);
+    for (;;) {
+        bool alive = (counts & control_st::USES) != 0;
+        uint64_t wanted = counts - records - (use && alive ? control_st::ONE_USE : 0);
+        if (control->counts.compare_exchange_weak(counts, wanted, std::memory_order_acq_rel)) return counts;
+    }
+}
+
+bool last_use(uint64_t before) { return (before & control_st::USES) == control_st::ONE_USE; }
+
+// Code running in DESTROY may take and drop references: `destroying` keeps
+// those from starting a second destruction. The destruction is lent a use,
+// so that DESTROY can hold the object, and holds the record itself: the
+// record goes when its word of counts comes to 0, whoever brings it there.
+void destroy(VmStack* stack, const object_ptr_st& ptr) {
+    control_st* control = ptr.control;
+    if (control->destroying.exchange(true)) return;
+    control->counts.fetch_add(control_st::ONE_USE | control_st::ONE_RECORD);
+    if (destroy_object_hook) destroy_object_hook(stack, ptr);
+    else object_ptr_end_destruction(ptr);
+    if (control->counts.fetch_sub(control_st::ONE_RECORD) == control_st::ONE_RECORD) delete control;
+}
+
+}  // namespace
+
+// One addition for both counts; a dead object gets its use taken back. The
+// moment's extra use can't revive it: its `destroying` stays set.
+void object_ptr_acquire(const object_ptr_st& ptr) noexcept {
+    control_st* control = ptr.control;
     if (!control) return;
-    if (control->use_count.fetch_sub(1) == 1 && destroy_object_hook)
-        destroy_object_hook(stack, control->object);
-    if (control->record_count.fetch_sub(1) == 1) delete control;
+    uint64_t before = control->counts.fetch_add(control_st::ONE_RECORD | control_st::ONE_USE, std::memory_order_acq_rel);
+    if ((before & control_st::USES) == 0) control->counts.fetch_sub(control_st::ONE_USE, std::memory_order_acq_rel);
+}
+
+bool object_ptr_try_acquire(const object_ptr_st& ptr) noexcept {
+    control_st* control = ptr.control;
+    if (!control || control->destroying.load() || !add(control, 0, true)) return false;
+    // The destruction may have begun between the two looks: it sets
+    // `destroying` before it lends itself the use that the add saw.
+    if (control->destroying.load()) {
+        drop(control, 0, true);
+        return false;
+    }
+    control->counts.fetch_add(control_st::ONE_RECORD);
+    return true;
+}
+
+bool object_ptr_add_use(const object_ptr_st& ptr) noexcept { return ptr.control && add(ptr.control, 0, true); }
+
+void object_ptr_drop_use(VmStack* stack, const object_ptr_st& ptr) {
+    if (ptr.control && last_use(drop(ptr.control, 0, true))) destroy(stack, ptr);
+}
+
+void object_ptr_end_destruction(const object_ptr_st& ptr) noexcept {
+    ptr.control->counts.fetch_and(~control_st::USES);
+}
+
+// One atomic operation drops the use and the record together.
+void object_ptr_release(VmStack* stack, object_ptr_st& ptr) {
+    control_st* control = ptr.control;
+    if (!control) return;
     ptr.control = nullptr;
+    uint64_t before = drop(control, control_st::ONE_RECORD, true);
+    if (last_use(before)) destroy(stack, {control, ptr.object});
+    else if (before == control_st::ONE_RECORD) delete control;
 }
 
 }  // namespace zobase

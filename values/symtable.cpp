@@ -43,6 +43,12 @@ void Symtable::enter(const String& name, unsigned id) {
 
 unsigned Symtable::symbolize(const String& name) {
     ZO_TRACE();
+    {
+        std::shared_lock reading(lock_);
+        auto found = ids_.find(name);
+        if (found != ids_.end()) return found->second;
+    }
+    std::unique_lock writing(lock_);
     auto found = ids_.find(name);
     if (found != ids_.end()) return found->second;
     unsigned id = next_id_;
@@ -53,6 +59,7 @@ unsigned Symtable::symbolize(const String& name) {
 unsigned Symtable::symbolize(const char* utf8) { return symbolize(String(utf8)); }
 
 String Symtable::resolve(unsigned id) const {
+    std::shared_lock reading(lock_);
     auto found = names_.find(id);
     ZO_ASSERT(found != names_.end());
     return found->second;

@@ -4,6 +4,8 @@
 // case, ids are never reused, and the first spelling entered is the one kept.
 #include <cstddef>
 #include <cstdint>
+#include <mutex>
+#include <shared_mutex>
 #include <unordered_map>
 
 #include "text/collation.h"
@@ -122,7 +124,9 @@ constexpr size_t SYMTABLE_FIXED_COUNT = 97;
 // Sorted by name; the ids are not.
 extern const symtable_fixed_st symtable_fixed[SYMTABLE_FIXED_COUNT];
 
-// Not locked: compiling, the only writer, runs on one thread at a time.
+// Compiling, the main writer, runs on one thread at a time; a reader-writer
+// lock still guards the maps, since threads of the language name members and
+// classes at run time too.
 class Symtable {
 public:
     Symtable();
@@ -141,6 +145,7 @@ private:
         ids_;
     std::unordered_map<unsigned, String> names_;
     unsigned next_id_ = 1;
+    mutable std::shared_mutex lock_;
 };
 
 }  // namespace zobase

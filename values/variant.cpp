@@ -71,32 +71,20 @@ void Variant::val_O(Variant* dest) const { dest->set(object); }
 void Variant::val_A(Variant* dest) const { dest->set_array(&array); }
 void Variant::val_P(Variant* dest) const { dest->set_variant(pointer.target); }
 
-void Variant::set(Object* obj) {
-    ZO_ASSERT(obj != nullptr);
-    raise_not_available("object values");
-}
-
-void Variant::set_new_object(Object* obj) {
-    ZO_ASSERT(obj != nullptr);
-    tag = TAG_OBJECT;
-    object = {new object_control_st{{1}, {1}, obj}, obj};
-}
-
 void Variant::set(const object_ptr_st& ptr) noexcept {
     tag = TAG_OBJECT;
     object = ptr;
     object_ptr_acquire(object);
 }
 
-void Variant::ref(VmStack* stack, Variant* dest, Object* owner) {
+void Variant::ref(VmStack* stack, Variant* dest, const object_ptr_st* owner) {
     if (dest->owns()) dest->release(stack);
     dest->tag = TAG_POINTER;
     if (tag == TAG_POINTER) {
         dest->pointer = pointer;
     } else {
         dest->pointer.target = this;
-        dest->pointer.owner = {nullptr, owner};
-        if (owner) raise_not_available("object-owned references");
+        dest->pointer.owner = owner ? *owner : object_ptr_st{nullptr, nullptr};
     }
     if (dest->pointer.owner.control) object_ptr_acquire(dest->pointer.owner);
 }
@@ -183,7 +171,7 @@ Variant::operator String() const {
 }
 
 Variant::operator Object*() const {
-    if (tag != TAG_OBJECT) throw RuntimeError(ERR_NOT_AN_OBJECT);
+    if (tag != TAG_OBJECT || !object_alive(object)) throw RuntimeError(ERR_NOT_AN_OBJECT);
     return object.object;
 }
 

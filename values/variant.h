@@ -130,8 +130,7 @@ public:
         new (payload) String(s);
         tag = TAG_STRING;
     }
-    void set(Object* object);
-    void set_new_object(Object* object);
+    // A new reference to the object (see objects/object.h for making objects).
     void set(const object_ptr_st& ptr) noexcept;
     void set_array(const Array* source) noexcept {
         tag = TAG_ARRAY;
@@ -139,8 +138,10 @@ public:
         array.acquire();
     }
 
-    // Makes dest a by-reference slot to this variable (or to this pointer's target).
-    void ref(VmStack* stack, Variant* dest, Object* owner);
+    // Makes dest a by-reference slot to this variable (or to this pointer's
+    // target). An owner, when given, is the object whose storage holds this
+    // value: the slot keeps it alive.
+    void ref(VmStack* stack, Variant* dest, const object_ptr_st* owner);
     // Delivers this value to dest, writing through dest when it is a pointer.
     void copy_follow_pointer(VmStack* stack, Variant* dest) const;
     // Assignment to a whole variable: an array takes the value in every element.
@@ -160,6 +161,8 @@ public:
     explicit operator date_st() const;
     explicit operator datetime_st() const;
     explicit operator String() const;
+    // A live object; anything else, the empty object or one whose last use
+    // ended, raises 1924.
     explicit operator Object*() const;
     explicit operator Array*();
 

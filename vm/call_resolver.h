@@ -14,8 +14,10 @@
 
 namespace zobase {
 
+class Class;
 class Program;
 class UserFunction;
+class VmStack;
 
 // A declared parameter of a library function: the tag the argument is
 // converted to, whether it is an array of such values, and whether null passes.
@@ -68,6 +70,13 @@ public:
     std::unique_ptr<Program> compile_expression(VmStack* stack, const String& text) const {
         return compile_expression(stack, text, nullptr);
     }
+    // A class by name: with a file, the classes of that source file (loaded
+    // through the module cache); without, the module of the running frame
+    // and its imports, the built-in classes, the SET PROCEDURE modules and
+    // the loaded programs, in this order. Null when there is none.
+    virtual Class* find_class(VmStack* stack, uint32_t symbol, const String* file) const = 0;
+    // A class of the built-in library; null when there is none.
+    virtual Class* find_builtin_class(uint32_t symbol) const = 0;
 };
 
 }  // namespace zobase

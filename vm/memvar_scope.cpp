@@ -137,7 +137,17 @@ void raise_named(VmStack* stack, int number, uint32_t symbol) {
     throw RuntimeError(number, stack->symbol_text(symbol));
 }
 
+// A LOCAL of the running frame is the common case: it is found here without
+// the calls of the general look-up, which gives the same answer.
 Memvar* find_memvar(VmStack* stack, uint32_t symbol) {
+    if (const VmFrame* frame = stack->frame) {
+        for (const local_name_st& name : frame->program->local_names) {
+            if (name.symbol != symbol) continue;
+            Memvar* slot = stack->locals - name.offset;
+            if (slot->kind == MEMVAR_LOCAL) return slot;
+            break;
+        }
+    }
     Memvar* var;
     if (!stack->get_memvar(symbol, &var)) raise_named(stack, ERR_VARIABLE_NOT_FOUND, symbol);
     return var;

@@ -1,33 +1,93 @@
 #pragma once
-// The object protocol: the VM reaches every object, built-in or defined in
-// source, through these virtual operations only. The object model (objects/)
-// builds classes and built-in objects on it; tables and sessions are objects
-// too. A Variant holds objects by an object_ptr_st (values/object_ref.h).
+// The object protocol and an object's shape. The VM reaches every object,
+// built-in or defined in source, only through the five virtual operations
+// below (`destroy` when the last use ends; `virtual_call`, `virtual_access`,
+// `virtual_access_ref`, `virtual_assign` for members). What they do, the
+// classes and their member tables, is the object model's (objects/), which
+// defines every function declared here; the VM itself never looks inside.
+//
+// An object is a chain with one link per class of its inheritance line,
+// derived first: `parent` is the next link. Only the first link is ever
+// referenced from a value; it owns the links behind it.
+#include <atomic>
 #include <cstddef>
+#include <memory>
 
-#include "values/variant.h"
+#include "base/rw_spin_lock.h"
+#include "values/object_ref.h"
+#include "values/string.h"
 
 namespace zobase {
 
+class Class;
+class Variant;
 class VmStack;
+struct ClassMember;
+struct member_tables_st;
+struct object_added_st;
+
+// How a member handler was entered; kept in the stack's call context. The
+// inside modes are a property's own access or assign method reaching the
+// stored value.
+enum MemberMode : uint32_t {
+    MEMBER_MODE_NONE = 0,
+    MEMBER_MODE_ACCESS = 1,
+    MEMBER_MODE_ACCESS_INSIDE = 2,
+    MEMBER_MODE_ASSIGN = 3,
+    MEMBER_MODE_ASSIGN_INSIDE = 4,
+    MEMBER_MODE_CALL = 5,
+};
+
+// Called for each member by enum_properties; a result other than 0 stops the walk.
+typedef int (*enum_properties_fn)(void* context, Object* holder, unsigned symbol, const ClassMember* member);
 
 class Object {
 public:
-    Object() = default;
-    virtual ~Object() = default;
+    explicit Object(Class* object_class = nullptr);
+    // Deletes the links behind this one.
+    virtual ~Object();
     Object(const Object&) = delete;
     Object& operator=(const Object&) = delete;
 
+    // The last use ended: release what the object holds (the values of
+    // added members) and leave the class's instance set. Called on every
+    // link, first link first, before the chain is deleted.
+    virtual void destroy(VmStack* stack);
     // A method call: argc arguments lie above the object's slot, argument 1
-    // the highest of them.
-    virtual void virtual_call(VmStack* stack, unsigned symbol, size_t argc, Variant* ret) = 0;
+    // the highest of them (the stack's argument window is set on them).
+    virtual void virtual_call(VmStack* stack, unsigned symbol, size_t argc, Variant* ret);
     // A property read, with argc array-style subscripts.
-    virtual void virtual_access(VmStack* stack, unsigned symbol, size_t argc, Variant* ret) = 0;
+    virtual void virtual_access(VmStack* stack, unsigned symbol, size_t argc, Variant* ret);
     // A property read that must deliver a by-reference slot into ret.
-    virtual void virtual_access_ref(VmStack* stack, unsigned symbol, size_t argc,
-                                    Variant* ret) = 0;
-    // A property write; the value is the top of the argc slots.
-    virtual void virtual_assign(VmStack* stack, unsigned symbol, size_t argc) = 0;
+    virtual void virtual_access_ref(VmStack* stack, unsigned symbol, size_t argc, Variant* ret);
+    // A property write; the value is the last of the argc slots, above any subscripts.
+    virtual void virtual_assign(VmStack* stack, unsigned symbol, size_t argc);
+    // This link's members in the order of its member vector.
+    virtual int enum_properties(enum_properties_fn callback, void* context);
+
+    // The member of that symbol, looked up from this link along `parent`,
+    // and the link that holds it.
+    bool get_member(unsigned symbol, const ClassMember** member, Object** holder) const;
+    // enum_properties along the chain.
+    int virtual_enum_properties(enum_properties_fn callback, void* context);
+    // A property of this instance alone; assigns instead when the chain has
+    // the name with an assign handler.
+    void addproperty(VmStack* stack, unsigned symbol, const Variant* value);
+    // Removes a member that addproperty made: 1734 for an unknown name, 1760
+    // for a member of the class.
+    void removeproperty(VmStack* stack, const String& name);
+    // A reference to this object, which must be alive and be a first link.
+    object_ptr_st self() const noexcept { return {control, const_cast<Object*>(this)}; }
+
+    object_control_st* control = nullptr;  // set when a value first holds the object
+    RwSpinLock lock;                       // guards the property storage
+    Class* const object_class;
+    Object* parent = nullptr;  // the next link of the chain; owned
+    // The members added to this instance, and the private copies of the
+    // member tables that hold them; none until the first addproperty.
+    std::unique_ptr<object_added_st> added;
+    // The member tables: the class's own until the first addproperty.
+    std::atomic<const member_tables_st*> tables{nullptr};
 };
 
 }  // namespace zobase

@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <utility>
 #include <vector>
+#include <memory>
 
 #include "values/string.h"
 #include "vm/session_settings.h"
@@ -21,6 +22,7 @@ class Screen;
 class Symtable;
 class Variant;
 class VmStack;
+struct VmThread;
 
 class RuntimeServices {
 public:
@@ -82,6 +84,11 @@ public:
     // files' full paths.
     virtual std::vector<String> search_path() const = 0;
     virtual std::vector<String> procedures() const = 0;
+    // A thread of the language (objects/thread_object.h): gives it a stack of
+    // its own, attached like every stack of the runtime, and an id from 2,
+    // and enters it in the runtime's thread map, under the map's lock. The
+    // runtime joins what is still running when it ends.
+    virtual void register_thread(const std::shared_ptr<VmThread>& thread) = 0;
 };
 
 }  // namespace zobase

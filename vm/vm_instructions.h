@@ -32,6 +32,11 @@ void read_file_object_or_memvar(VmStack* stack, uint32_t symbol);
 // Pushes a field of the expression table by its position.
 void read_expression_field(VmStack* stack, uint16_t index);
 
+// The element at the n subscripts that lie from `first` downward: 1 or 2 of
+// them, else 11; outside the array 1234. Writing unshares the array first.
+const Variant* array_element(const Array& array, const Memvar* first, uint64_t n);
+Variant* array_element_for_write(VmStack* stack, Array& array, const Memvar* first, uint64_t n);
+
 // The n subscripts are the n slots from esp up, subscript 1 the highest.
 // An object in place of the array answers through its default member.
 void read_array_item(VmStack* stack, Variant* array, uint64_t n, Variant* dest);

@@ -20,18 +20,6 @@ uint64_t subscript(const Array& array, const Memvar* first, uint64_t k) {
     return static_cast<uint64_t>(value);
 }
 
-const Variant* element_to_read(const Array& array, const Memvar* first, uint64_t n) {
-    if (n == 1) return array.read(subscript(array, first, 1));
-    if (n == 2) return array.read(subscript(array, first, 1), subscript(array, first, 2));
-    throw RuntimeError(ERR_ARGUMENT_INVALID);
-}
-
-Variant* element_to_write(VmStack* stack, Array& array, const Memvar* first, uint64_t n) {
-    if (n == 1) return array.write(stack, subscript(array, first, 1));
-    if (n == 2) return array.write(stack, subscript(array, first, 1), subscript(array, first, 2));
-    throw RuntimeError(ERR_ARGUMENT_INVALID);
-}
-
 Object* object_in(const Memvar* slot) { return static_cast<Object*>(*slot->follow()); }
 
 void move_into(VmStack* stack, Variant* dest, Variant* source) {
@@ -75,11 +63,23 @@ void write_default_member(VmStack* stack, const Variant* object, uint64_t n) {
 
 }  // namespace
 
+const Variant* array_element(const Array& array, const Memvar* first, uint64_t n) {
+    if (n == 1) return array.read(subscript(array, first, 1));
+    if (n == 2) return array.read(subscript(array, first, 1), subscript(array, first, 2));
+    throw RuntimeError(ERR_ARGUMENT_INVALID);
+}
+
+Variant* array_element_for_write(VmStack* stack, Array& array, const Memvar* first, uint64_t n) {
+    if (n == 1) return array.write(stack, subscript(array, first, 1));
+    if (n == 2) return array.write(stack, subscript(array, first, 1), subscript(array, first, 2));
+    throw RuntimeError(ERR_ARGUMENT_INVALID);
+}
+
 void read_array_item(VmStack* stack, Variant* array, uint64_t n, Variant* dest) {
     const Variant* target = array->follow();
     if (target->tag == TAG_OBJECT) return read_default_member(stack, target, n, dest);
     if (target->tag != TAG_ARRAY) throw RuntimeError(ERR_NOT_AN_ARRAY);
-    const Variant* element = element_to_read(target->array, stack->esp + n - 1, n);
+    const Variant* element = array_element(target->array, stack->esp + n - 1, n);
     Variant copy(*element);
     move_into(stack, dest, &copy);
 }
@@ -88,7 +88,7 @@ void write_array_item(VmStack* stack, Variant* array, uint64_t n) {
     Variant* target = array->follow();
     if (target->tag == TAG_OBJECT) return write_default_member(stack, target, n);
     if (target->tag != TAG_ARRAY) throw RuntimeError(ERR_NOT_AN_ARRAY);
-    Variant* element = element_to_write(stack, target->array, stack->esp + n, n);
+    Variant* element = array_element_for_write(stack, target->array, stack->esp + n, n);
     element->release(stack);
     stack->esp->deliver(element);
 }
@@ -106,9 +106,14 @@ void read_by_name(VmStack* stack, uint32_t symbol) {
 void read_file_object_or_memvar(VmStack* stack, uint32_t symbol) {
     Memvar* slot = stack->push();
     if (stack->sessions->find_work_area(stack, symbol, slot)) return;
-    stack->pop();
-    const Memvar* var = find_memvar(stack, symbol);
-    stack->push()->set_variant(var);
+    const Memvar* var;
+    try {
+        var = find_memvar(stack, symbol);
+    } catch (...) {
+        stack->pop();
+        throw;
+    }
+    slot->set_variant(var);
 }
 
 void read_expression_field(VmStack* stack, uint16_t index) {

@@ -208,10 +208,15 @@ void verify_stack_effect(const VmStack* stack, const VmOp* op, uint64_t before, 
 
 // The dispatch loop, compiled twice: Checked verifies every instruction's
 // stack effect against the instruction table.
+// *ip stays the machine's position: every change is written through to it,
+// so the exception paths find the instruction that failed. The copy in `pc`
+// only spares reading it back before each instruction; nothing else moves
+// the position of a running loop.
 template <bool Checked>
 void run_loop(VmStack* stack, VmOp*** ip, Variant* ret) {
+    VmOp** pc = *ip;
     for (;;) {
-        const VmOp* op = **ip;
+        const VmOp* op = *pc;
         const uint64_t depth_before = Checked ? stack->depth() : 0;
         auto completed = [&](bool taken) {
             if constexpr (Checked) verify_stack_effect(stack, op, depth_before, taken);
@@ -291,7 +296,7 @@ void run_loop(VmStack* stack, VmOp*** ip, Variant* ret) {
             if (tag > TAG_TRUE) throw RuntimeError(ERR_ARGUMENT_INVALID);
             stack->pop();
             if (tag == TAG_TRUE) {
-                *ip = op_as<VmOpCondTrueJump>(op).target;
+                *ip = pc = op_as<VmOpCondTrueJump>(op).target;
                 completed(true);
                 continue;
             }
@@ -301,7 +306,7 @@ void run_loop(VmStack* stack, VmOp*** ip, Variant* ret) {
             uint8_t tag = stack->esp->tag;
             if (tag > TAG_TRUE) throw RuntimeError(ERR_ARGUMENT_INVALID);
             if (tag == TAG_TRUE) {
-                *ip = op_as<VmOpCondTrueJumpKeepEsp>(op).target;
+                *ip = pc = op_as<VmOpCondTrueJumpKeepEsp>(op).target;
                 completed(true);
                 continue;
             }
@@ -312,7 +317,7 @@ void run_loop(VmStack* stack, VmOp*** ip, Variant* ret) {
             if (tag > TAG_TRUE) throw RuntimeError(ERR_ARGUMENT_INVALID);
             stack->pop();
             if (tag <= TAG_NULL) {
-                *ip = op_as<VmOpCondFalseOrNullJump>(op).target;
+                *ip = pc = op_as<VmOpCondFalseOrNullJump>(op).target;
                 completed(true);
                 continue;
             }
@@ -322,7 +327,7 @@ void run_loop(VmStack* stack, VmOp*** ip, Variant* ret) {
             uint8_t tag = stack->esp->tag;
             if (tag > TAG_TRUE) throw RuntimeError(ERR_ARGUMENT_INVALID);
             if (tag <= TAG_NULL) {
-                *ip = op_as<VmOpCondFalseOrNullJumpKeepEsp>(op).target;
+                *ip = pc = op_as<VmOpCondFalseOrNullJumpKeepEsp>(op).target;
                 completed(true);
                 continue;
             }
@@ -360,7 +365,7 @@ void run_loop(VmStack* stack, VmOp*** ip, Variant* ret) {
         case OP_ESP_FREE: stack->pop(); break;
         case OP_FOR_COND_FALSE_JUMP:
             if (for_loop_ends(stack)) {
-                *ip = op_as<VmOpForCondFalseJump>(op).target;
+                *ip = pc = op_as<VmOpForCondFalseJump>(op).target;
                 completed(true);
                 continue;
             }
@@ -399,7 +404,7 @@ void run_loop(VmStack* stack, VmOp*** ip, Variant* ret) {
         case OP_JUMP:
             // Every loop goes round through a jump: Ctrl-C is answered here.
             poll_interrupt(stack);
-            *ip = op_as<VmOpJump>(op).target;
+            *ip = pc = op_as<VmOpJump>(op).target;
             completed(true);
             continue;
         case OP_RETURN_VALUE:
@@ -530,7 +535,7 @@ void run_loop(VmStack* stack, VmOp*** ip, Variant* ret) {
             not_built(op);
         }
         completed(false);
-        ++*ip;
+        *ip = ++pc;
     }
 }
 

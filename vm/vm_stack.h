@@ -24,6 +24,20 @@ class DebugHook;
 struct try_scope_st;
 class VmOpTryEnter;
 struct how_to_handle_st;
+class Object;
+struct ClassMember;
+
+// Which member of which object is running: set around every member handler
+// (objects/), read by the handlers and by the visibility rules. `this_object`
+// is the object the member was asked of, `class_object` the link of its
+// chain that holds the member.
+struct member_context_st {
+    Object* this_object = nullptr;
+    Object* class_object = nullptr;
+    const ClassMember* member = nullptr;
+    uint32_t symbol = 0;
+    uint32_t mode = 0;  // a MemberMode
+};
 
 // One row of the error list: number, message, detail, and four values that
 // stay false here.
@@ -112,6 +126,7 @@ public:
     // handlers are looked for only in frames newer than `catch_boundary`.
     bool native_catches = false;
     const VmFrame* catch_boundary = nullptr;
+    member_context_st context;  // the running member, if any
 
     Memvar* end() const noexcept { return base + capacity; }
     UndoMemvar* undo_end() const noexcept { return undo_base + undo_capacity; }

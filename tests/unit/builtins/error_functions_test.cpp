@@ -4,6 +4,7 @@
 
 #include "builtins/handlers.h"
 #include "objects/exception_object.h"
+#include "objects/object.h"
 #include "runtime/error_api.h"
 #include "runtime/runtime.h"
 #include "runtime/screen.h"
@@ -22,21 +23,20 @@ public:
     void internal_err(const String& text) override { errors += text.u8str(); }
 };
 
-void delete_object(VmStack*, Object* object) { delete object; }
-
 class ErrorFunctions : public VmFixture {
 protected:
     CapturingScreen screen;
     Runtime runtime{&screen};
-    object_destroy_hook saved_hook = destroy_object_hook;
+    TestClasses classes;
 
     ErrorFunctions() {
         stack.runtime = &runtime;
         stack.services = runtime.services();
-        destroy_object_hook = delete_object;
+        install_object_destruction();
+        classes.add(resolver, "Exception", &exception_class_data, exception_members);
     }
     ~ErrorFunctions() override {
-        destroy_object_hook = saved_hook;
+        result.release(&stack);
         if (Memvar* a = public_array()) {
             a->clear(&stack);
             delete a;
@@ -179,23 +179,24 @@ TEST_F(ErrorFunctions, GetLastErrorSignExtendsAndTheMessageCallRefusesToCopy) {
 }
 
 TEST_F(ErrorFunctions, ExceptionObjectAnswersItsFourPropertiesByName) {
-    resolver.names[400] = "detail";
-    resolver.names[401] = "USERVALUE";
-    resolver.names[402] = "Other";
+    unsigned detail = classes.symbols.symbolize("detail");
+    unsigned user_value = classes.symbols.symbolize("USERVALUE");
+    unsigned other = classes.symbols.symbolize("Other");
+    resolver.names[other] = "Other";
     Variant holder;
-    ExceptionObject* object = create_exception_object(&holder);
+    ExceptionObject* object = create_exception_object(&stack, &holder);
     object->error_no.set_integer(7LL);
     object->detail.set_string(String("d"));
     Variant value;
     object->virtual_access(&stack, SYMBOL_ERRORNO, 0, &value);
     EXPECT_EQ(value.integer, 7);
-    object->virtual_access(&stack, 400, 0, &value);
+    object->virtual_access(&stack, detail, 0, &value);
     EXPECT_EQ(value.str().u8str(), "d");
     value.release(&stack);
-    object->virtual_access(&stack, 401, 0, &value);
+    object->virtual_access(&stack, user_value, 0, &value);
     EXPECT_EQ(value.tag, TAG_FALSE);
     try {
-        object->virtual_access(&stack, 402, 0, &value);
+        object->virtual_access(&stack, other, 0, &value);
         ADD_FAILURE() << "an unknown property was answered";
     } catch (const RuntimeError& error) {
         EXPECT_EQ(error.number, 1734);

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "builtins/library.h"
+#include "values/symtable.h"
 #include "values/variant.h"
 #include "vm/vm_stack.h"
 
@@ -10,7 +11,8 @@ namespace {
 
 const Library& core_library() {
     static Library* library = [] {
-        auto* l = new Library();
+        static Symtable symbols;
+        auto* l = new Library(nullptr, &symbols);
         load_library_tables(l, core_module_description());
         return l;
     }();

@@ -131,10 +131,10 @@ TEST_F(StatementsTest, ARoutineThatRaisesBecomesADiagnosticOfItsStatement) {
 TEST_F(StatementsTest, OutlineStatementsNotBuiltArePassedOver) {
     BuildInput& build = fresh_input();
     EXPECT_THROW(delete build.build_module(String("outline.prg"),
-                                           String("DEFINE CLASS a AS custom\nx = 1\nENDDEFINE\nFUNCTION f\nEXIT\n")),
+                                           String("IMPORTS lib\nx = 1\n\nFUNCTION f\nEXIT\n")),
                  RuntimeError);
     ASSERT_EQ(build.diagnostics.size(), 2u);
-    EXPECT_EQ(build.diagnostics[0].detail.u8str(), "define class");
+    EXPECT_EQ(build.diagnostics[0].detail.u8str(), "import");
     EXPECT_EQ(build.diagnostics[0].location.start.line, 1u);
     EXPECT_EQ(build.diagnostics[1].number, 96);
     EXPECT_EQ(build.diagnostics[1].location.start.line, 5u);

@@ -3,6 +3,7 @@
 // enumerator.
 #include "builtins/handlers.h"
 #include "objects/array_enumerator.h"
+#include "objects/object.h"
 #include "tests/unit/support/error_number.h"
 #include "tests/unit/vm/vm_test_support.h"
 #include "values/symtable.h"
@@ -13,7 +14,6 @@ using namespace zobase::testing;
 
 namespace {
 
-enum : uint32_t { SYM_MOVENEXT = 300 };
 
 // Answers get_enumerator with an integer, or raises when asked to.
 class EnumerableObject : public Object {
@@ -35,10 +35,16 @@ public:
 
 class ArrayEnumeratorTest : public VmFixture {
 protected:
+    TestClasses classes;
+    uint32_t SYM_MOVENEXT;
+
     ArrayEnumeratorTest() {
         install_object_destruction();
-        resolver.names[SYM_MOVENEXT] = "MoveNext";
+        classes.add(resolver, "Array.Iterator", &array_enumerator_class_data, array_enumerator_members);
+        SYM_MOVENEXT = classes.symbols.symbolize("MoveNext");
     }
+    // The result may hold an enumerator: it goes before its class does.
+    ~ArrayEnumeratorTest() override { result.release(&stack); }
 
     // get_enumerator(value) as a native call with one argument.
     void get_enumerator(const Variant& value) {
@@ -89,7 +95,7 @@ TEST_F(ArrayEnumeratorTest, HoldsAShareOfTheStorageUntilDestroyed) {
 TEST_F(ArrayEnumeratorTest, ObjectIsAskedForItsOwnEnumerator) {
     auto* object = new EnumerableObject;
     Variant value;
-    value.set_new_object(object);
+    wrap_new_object(object, &value);
     Memvar* depth = stack.esp;
     get_enumerator(value);
     EXPECT_EQ(object->called_symbol, SYMBOL_GET_ENUMERATOR);
@@ -99,7 +105,7 @@ TEST_F(ArrayEnumeratorTest, ObjectIsAskedForItsOwnEnumerator) {
     object->fail = true;
     EXPECT_EQ(error_number_of([&] { get_enumerator(value); }), 2061);
     EXPECT_EQ(stack.esp, depth);
-    EXPECT_EQ(value.object.control->use_count.load(), 1u);
+    EXPECT_EQ(value.object.control->use_count(), 1u);
     value.release(&stack);
 }
 

@@ -8,7 +8,7 @@
 
 #include "tests/unit/compiler/compiler_test_support.h"
 #include "vm/data_sessions.h"
-#include "vm/object.h"
+#include "objects/object.h"
 
 namespace zobase::testing {
 namespace {
@@ -56,7 +56,7 @@ public:
     }
     bool find_work_area(VmStack*, uint32_t alias, Variant* dest) override {
         if (alias != cust_) return false;
-        dest->set_new_object(new WorkAreaObject(city_));
+        wrap_new_object(new WorkAreaObject(city_), dest);
         return true;
     }
     void read_expression_field(VmStack*, uint16_t index, Variant* dest) override {

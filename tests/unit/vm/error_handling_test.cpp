@@ -7,6 +7,7 @@
 #include "builtins/handlers.h"
 #include "compiler/module.h"
 #include "objects/exception_object.h"
+#include "objects/object.h"
 #include "runtime/error_api.h"
 #include "runtime/runtime.h"
 #include "runtime/screen.h"
@@ -20,7 +21,6 @@ using namespace zobase::testing;
 
 namespace {
 
-enum : uint32_t { SYM_USERVALUE = 300 };
 
 // Answers the error dialog from a script and keeps what was written to stderr.
 class ScriptedScreen : public Screen {
@@ -39,26 +39,24 @@ public:
     void internal_err(const String& text) override { errors += text.u8str(); }
 };
 
-void delete_object(VmStack*, Object* object) { delete object; }
-
 void quit_command(VmStack*, unsigned long long) { throw RuntimeQuit(INTERRUPT_CANCEL); }
 void fail_command(VmStack*, unsigned long long) { throw RuntimeError(12, String("G")); }
 
 class VmErrors : public VmFixture {
 protected:
-    object_destroy_hook saved_hook = destroy_object_hook;
     ScriptedScreen screen;
     Runtime runtime{&screen};
     Module module{String("test.prg")};
 
+    TestClasses classes;
+    uint32_t SYM_USERVALUE;
+
     VmErrors() {
-        destroy_object_hook = delete_object;
-        resolver.names[SYM_USERVALUE] = "UserValue";
+        install_object_destruction();
+        classes.add(resolver, "Exception", &exception_class_data, exception_members);
+        SYM_USERVALUE = classes.symbols.symbolize("UserValue");
     }
-    ~VmErrors() override {
-        result.release(&stack);
-        destroy_object_hook = saved_hook;
-    }
+    ~VmErrors() override { result.release(&stack); }
 
     void with_dialog() {
         stack.runtime = &runtime;

@@ -101,7 +101,7 @@ TEST_F(MacroExecuteTest, ErrorInsideTextIsCaughtByTheSurroundingTry) {
 
 TEST_F(MacroExecuteTest, OperandObjectAnswersOnlyEvaluateWithoutArguments) {
     Variant object;
-    create_operand_object(stack->resolver->compile_expression(stack, String("20 + 22")), &object);
+    create_operand_object(stack, stack->resolver->compile_expression(stack, String("20 + 22")), &object);
     Object* target = object.object.object;
     unsigned evaluate = runtime->symbols().symbolize(String("evaluate"));
     unsigned other = runtime->symbols().symbolize(String("other"));

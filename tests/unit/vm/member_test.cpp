@@ -56,26 +56,21 @@ private:
     }
 };
 
-void delete_object(VmStack*, Object* object) { delete object; }
-
 class VmMember : public VmFixture {
 protected:
     RecordingObject* object = new RecordingObject;
-    object_destroy_hook saved_hook = destroy_object_hook;
 
     // The object as the public O, its only owner.
     VmMember() {
-        destroy_object_hook = delete_object;
+        install_object_destruction();
         auto* var = new Memvar;
         var->kind = MEMVAR_PUBLIC;
-        var->tag = TAG_OBJECT;
-        var->object = {new object_control_st{{1}, {1}, object}, object};
+        wrap_new_object(object, var);
         stack.names[SYM_Z] = var;
     }
     ~VmMember() override {
         stack.names[SYM_Z]->release(&stack);
         EXPECT_EQ(objects_alive, 0);
-        destroy_object_hook = saved_hook;
     }
 
     // A private A dimensioned rows by columns, elements numbered from 1.

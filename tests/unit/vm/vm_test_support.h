@@ -4,9 +4,13 @@
 #include <gtest/gtest.h>
 
 #include <map>
+#include <memory>
 #include <string>
+#include <vector>
 
+#include "objects/class.h"
 #include "values/error.h"
+#include "values/symtable.h"
 #include "vm/call_resolver.h"
 #include "vm/user_function.h"
 #include "vm/vm_run.h"
@@ -19,6 +23,7 @@ public:
     std::map<std::string, library_function_st> libraries;
     std::map<uint32_t, const UserFunction*> procedures;
     std::map<uint32_t, const UserFunction*> loaded;
+    std::map<uint32_t, Class*> classes;  // not owned
 
     String symbol_text(uint32_t symbol) const override {
         auto found = names.find(symbol);
@@ -58,12 +63,35 @@ public:
     std::unique_ptr<UserFunction> compile_script(VmStack*, const String&) const override {
         raise_not_available("compile_script");
     }
+    Class* find_class(VmStack*, uint32_t symbol, const String*) const override { return find_builtin_class(symbol); }
+    Class* find_builtin_class(uint32_t symbol) const override {
+        auto found = classes.find(symbol);
+        return found == classes.end() ? nullptr : found->second;
+    }
 
 private:
     static const UserFunction* lookup(const std::map<uint32_t, const UserFunction*>& map,
                                       uint32_t symbol) {
         auto found = map.find(symbol);
         return found == map.end() ? nullptr : found->second;
+    }
+};
+
+// Built-in classes for a stack without a runtime: made with a symbol table
+// of their own, whose ids the resolver learns (they stay below the tests' own).
+struct TestClasses {
+    Symtable symbols;
+    std::vector<std::unique_ptr<Class>> made;
+
+    Class* add(TestResolver& resolver, const char* name, const builtin_class_data_st* data,
+               const library_class_member_row_st* members) {
+        made.emplace_back(create_builtin_class(symbols, name, data, members));
+        Class* added = made.back().get();
+        resolver.classes[added->symbol] = added;
+        resolver.names[added->symbol] = name;
+        for (const ClassMember* member : added->member_tables()->members)
+            resolver.names[member->symbol] = member->name.u8str();
+        return added;
     }
 };
 
