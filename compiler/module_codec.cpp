@@ -43,18 +43,19 @@ ModuleCodeTargets::ModuleCodeTargets(const Module* module) : module_(module) {
     add_function_symbols(module, function_symbols_);
 }
 
-bool ModuleCodeTargets::name_function(native_function handler, native_name_st* out) const {
-    auto found = native_names_.find(reinterpret_cast<const void*>(handler));
+bool ModuleCodeTargets::name_handler(const void* handler, native_name_st* out) const {
+    auto found = native_names_.find(handler);
     if (found == native_names_.end()) return false;
     *out = found->second;
     return true;
 }
 
+bool ModuleCodeTargets::name_function(native_function handler, native_name_st* out) const {
+    return name_handler(reinterpret_cast<const void*>(handler), out);
+}
+
 bool ModuleCodeTargets::name_command(native_command handler, native_name_st* out) const {
-    auto found = native_names_.find(reinterpret_cast<const void*>(handler));
-    if (found == native_names_.end()) return false;
-    *out = found->second;
-    return true;
+    return name_handler(reinterpret_cast<const void*>(handler), out);
 }
 
 native_function ModuleCodeTargets::find_function(const native_name_st& name) const {

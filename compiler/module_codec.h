@@ -25,6 +25,7 @@ public:
     const UserFunction* find_user_function(uint32_t symbol) const override;
 
 private:
+    bool name_handler(const void* handler, native_name_st* out) const;
     const Module* module_;
     std::unordered_map<const void*, native_name_st> native_names_;
     std::unordered_map<const UserFunction*, uint32_t> function_symbols_;
