@@ -96,6 +96,11 @@ void void_stackcall_quit(VmStack* stack, unsigned long long argc);
 void void_stackcall_set(VmStack* stack, unsigned long long argc);
 void void_stackcall_set_path_to(VmStack* stack, unsigned long long argc);
 void void_stackcall_set_procedure_to(VmStack* stack, unsigned long long argc);
+// Native extensions: SET LIBRARY, DECLARE, and DO of a library's command
+// (false when no listed library has a command of that name).
+void void_stackcall_set_library_to(VmStack* stack, unsigned long long argc);
+void void_stackcall_declare(VmStack* stack, unsigned long long argc);
+bool run_extension_command(VmStack* stack, const String& name, unsigned long long argc);
 
 // System variables: the platform flags read, every other access is 1001.
 void sysvar_windows(VmStack* stack, unsigned long long argc, Variant* result);

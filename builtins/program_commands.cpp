@@ -43,8 +43,10 @@ const UserFunction* find_do_target(VmStack* stack, const String& name, const Var
 // as its arguments where they lie; its result is dropped.
 void void_stackcall_do(VmStack* stack, unsigned long long argc) {
     const String& name = string_argument(stack, 1);
-    const UserFunction* target = find_do_target(stack, name, argument(stack, 2));
     unsigned long long passed = argc > DO_FIXED_ARGUMENTS ? argc - DO_FIXED_ARGUMENTS : 0;
+    // A command of an extension library (SET LIBRARY) comes before programs.
+    if (is_null_argument(argument(stack, 2)) && run_extension_command(stack, name, passed)) return;
+    const UserFunction* target = find_do_target(stack, name, argument(stack, 2));
     Variant result;
     stack->pending_args = passed;
     target->exec(stack, passed, false, &result);

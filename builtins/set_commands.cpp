@@ -2,6 +2,7 @@
 // command whose first argument names the setting by a single bit.
 #include "builtins/arguments.h"
 #include "builtins/handlers.h"
+#include "builtins/native_extensions.h"
 #include "values/error.h"
 #include "vm/runtime_services.h"
 #include "vm/vm_stack.h"
@@ -84,6 +85,12 @@ void void_stackcall_set_procedure_to(VmStack* stack, unsigned long long argc) {
     RuntimeServices* services = stack->services;
     set_list(stack, argc, [services] { services->clear_procedures(); },
              [services, stack](const String& file) { services->add_procedure(stack, file); });
+}
+
+void void_stackcall_set_library_to(VmStack* stack, unsigned long long argc) {
+    NativeExtensions& extensions = stack->services->native_extensions();
+    set_list(stack, argc, [&extensions] { extensions.clear_libraries(); },
+             [&extensions, stack](const String& file) { extensions.add_library(stack, file); });
 }
 
 }  // namespace zobase

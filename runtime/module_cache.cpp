@@ -7,6 +7,7 @@
 #include "base/call_trace.h"
 #include "compiler/build_input.h"
 #include "compiler/module.h"
+#include "compiler/module_codec.h"
 #include "runtime/file_search.h"
 #include "runtime/runtime.h"
 #include "runtime/screen.h"
@@ -83,7 +84,11 @@ Module* compile_module_file(VmStack* stack, const String& path, module_map*) {
     text.convert(Charset::utf8, 0, CSTRAN_SUBSTITUTE);
     BuildInput input(stack);
     input.import_library(runtime->library());
-    return input.build_module(path, text);
+    Module* module = input.build_module(path, text);
+    // A check of the instruction codecs: run every program as decoded.
+    String round_trip;
+    if (runtime->getenv(String("ZOBASE_CODEC_ROUND_TRIP"), &round_trip)) round_trip_module(module, runtime->symbols());
+    return module;
 }
 
 void ModuleCache::add_procedure(VmStack* stack, const String& file) {

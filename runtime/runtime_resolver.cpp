@@ -2,6 +2,7 @@
 
 #include "base/call_trace.h"
 #include "builtins/library.h"
+#include "builtins/native_extensions.h"
 #include "compiler/build_input.h"
 #include "compiler/module.h"
 #include "runtime/module_cache.h"
@@ -44,8 +45,10 @@ public:
 
     String symbol_text(uint32_t symbol) const override { return runtime_->symbols().resolve(symbol); }
 
-    // No library can be opened yet (SET LIBRARY), so none has functions.
-    const library_function_st* find_library_function(const String&) const override { return nullptr; }
+    // DECLAREd functions, then the SET LIBRARY list.
+    const library_function_st* find_library_function(const String& name) const override {
+        return runtime_->services()->native_extensions().find_function(name);
+    }
 
     const UserFunction* find_procedure(uint32_t symbol) const override {
         for (const auto& [path, module] : runtime_->module_cache().procedures())

@@ -1,5 +1,6 @@
 // What code on a stack asks of the runtime, answered from the Runtime.
 #include "base/call_trace.h"
+#include "builtins/native_extensions.h"
 #include "objects/exception_object.h"
 #include "runtime/runtime.h"
 #include "runtime/module_cache.h"
@@ -15,7 +16,7 @@ namespace {
 
 class RuntimeServicesOfRuntime : public RuntimeServices {
 public:
-    explicit RuntimeServicesOfRuntime(Runtime* runtime) : runtime_(runtime) {}
+    explicit RuntimeServicesOfRuntime(Runtime* runtime) : runtime_(runtime), extensions_(runtime) {}
 
     Screen* screen() const override { return runtime_->screen; }
     Screen* replace_screen(Screen* screen) override {
@@ -36,6 +37,7 @@ public:
     void add_procedure(VmStack* stack, const String& file) override {
         runtime_->set_procedure_to(stack, file, true);
     }
+    NativeExtensions& native_extensions() override { return extensions_; }
 
     bool getenv(const String& key, String* out) const override { return runtime_->getenv(key, out); }
     void setenv(const String& key, const String& value) override { runtime_->setenv(key, value); }
@@ -76,6 +78,7 @@ public:
 
 private:
     Runtime* runtime_;
+    NativeExtensions extensions_;
 };
 
 }  // namespace

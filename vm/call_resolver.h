@@ -21,6 +21,9 @@ class VmStack;
 
 // A declared parameter of a library function: the tag the argument is
 // converted to, whether it is an array of such values, and whether null passes.
+// The type of a parameter that takes any value as it is.
+constexpr uint8_t LIBRARY_PARAMETER_ANY = 0xFF;
+
 struct library_parameter_st {
     uint8_t type;
     bool array;
@@ -30,6 +33,8 @@ struct library_parameter_st {
 struct library_function_st {
     native_function handler;
     std::vector<library_parameter_st> parameters;
+    // Fewer arguments than this raise 11; the parameters beyond it are optional.
+    size_t required = SIZE_MAX;
 };
 
 class CallResolver {

@@ -17,6 +17,7 @@ namespace zobase {
 
 class Charset;
 class DateFormatCache;
+class NativeExtensions;
 class RuntimeError;
 class Screen;
 class Symtable;
@@ -50,6 +51,8 @@ public:
     virtual void clear_procedures() = 0;
     // Loads the file as a module and adds it; a missing file is error 1.
     virtual void add_procedure(VmStack* stack, const String& file) = 0;
+    // SET LIBRARY and DECLARE (builtins/native_extensions.h).
+    virtual NativeExtensions& native_extensions() = 0;
 
     // The environment the host passed (Runtime::pass_environment); setenv and
     // unsetenv change the process's own as well, so that started programs see it.

@@ -23,8 +23,11 @@ money_type_st checked_money(double value) {
     return money_from_double(value);
 }
 
+bool is_logical_tag(uint8_t tag) { return tag == TAG_FALSE || tag == TAG_TRUE; }
+
 void convert_value(Variant* value, uint8_t target, bool null_allowed) {
     if (value->tag == target || (value->tag == TAG_NULL && null_allowed)) return;
+    if (target == LIBRARY_PARAMETER_ANY || (is_logical_tag(value->tag) && is_logical_tag(target))) return;
     switch (conversion_key(value->tag, target)) {
     case conversion_key(TAG_INTEGER, TAG_NUMERIC):
         value->set(numeric_type_st{static_cast<double>(value->integer), 0});
@@ -56,8 +59,6 @@ void convert_argument(VmStack* stack, Variant* argument, const library_parameter
     for (uint64_t i = 1; i <= argument->array.count; ++i)
         convert_value(argument->array.write(stack, i), parameter.type, parameter.null_allowed);
 }
-
-bool is_logical_tag(uint8_t tag) { return tag == TAG_FALSE || tag == TAG_TRUE; }
 
 // Much xBase code reads arrays with parentheses: name(i) or name(i, j) with
 // no function of that name reads the element of a variable holding an array.
@@ -103,7 +104,7 @@ void convert_library_arguments(VmStack* stack, const library_function_st& functi
         if (i > parameters.size()) throw RuntimeError(ERR_MISSING_PARAMETERS);
         convert_argument(stack, (stack->esp + n - i)->follow(), parameters[i - 1]);
     }
-    if (n < parameters.size()) throw RuntimeError(ERR_ARGUMENT_INVALID);
+    if (n < std::min<uint64_t>(parameters.size(), function.required)) throw RuntimeError(ERR_ARGUMENT_INVALID);
 }
 
 void call_by_name(VmStack* stack, uint32_t symbol, uint64_t n) {

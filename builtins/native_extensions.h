@@ -1,0 +1,93 @@
+#pragma once
+// Native extensions: shared libraries opened by SET LIBRARY TO, which
+// describe functions and commands in the core library's table shape
+// (compiler/library.h) through the exported symbol `zo1_describe_module`,
+// and C functions of any shared library made callable by DECLARE. Late-bound
+// calls find both by name (CallResolver::find_library_function), the
+// declared functions first; DO finds the libraries' commands.
+//
+// Opened shared objects stay loaded until the runtime ends: code may still
+// hold their handlers after SET LIBRARY TO has dropped them from the list.
+#include <map>
+#include <memory>
+#include <vector>
+
+#include "compiler/library.h"
+#include "vm/call_resolver.h"
+
+namespace zobase {
+
+class Runtime;
+class VmStack;
+struct declared_function_st;
+
+// What an extension library exports: its description, by this name, with C linkage.
+typedef const module_description_st* (*describe_module_fn)();
+constexpr const char* DESCRIBE_MODULE_SYMBOL = "zo1_describe_module";
+
+// A parameter or result type of DECLARE.
+enum DeclareType : uint8_t {
+    DECLARE_VOID,
+    DECLARE_SHORT,
+    DECLARE_INTEGER,  // also LONG: 32 bits
+    DECLARE_LONG_LONG,
+    DECLARE_SINGLE,
+    DECLARE_DOUBLE,
+    DECLARE_STRING,  // text passed as UTF-8, NUL-terminated
+    DECLARE_BINARY,  // bytes passed as they are
+};
+
+struct declare_parameter_st {
+    DeclareType type;
+    bool by_reference;  // "@": the callee gets the address of a copy, written back afterwards
+};
+
+// A signature as a late-bound call converts the arguments to it.
+std::vector<library_parameter_st> late_bound_parameters(const function_signature_st& signature);
+
+// The callable form of a declaration: a handler made for it (a libffi
+// closure) and its parameters as the late-bound call converts them.
+void release_declared_function(declared_function_st* function);
+struct declared_function_deleter_st {
+    void operator()(declared_function_st* function) const { release_declared_function(function); }
+};
+typedef std::unique_ptr<declared_function_st, declared_function_deleter_st> declared_function_ptr;
+declared_function_ptr make_declared_function(void* entry, DeclareType result,
+                                             const std::vector<declare_parameter_st>& parameters);
+const library_function_st& declared_function_entry(const declared_function_st& function);
+
+class NativeExtensions {
+public:
+    explicit NativeExtensions(Runtime* runtime);
+    ~NativeExtensions();
+    NativeExtensions(const NativeExtensions&) = delete;
+    NativeExtensions& operator=(const NativeExtensions&) = delete;
+
+    // SET LIBRARY TO: empties the list, or adds a library to its end (one
+    // already listed stays where it is). A file that can't be found or
+    // opened is error 1; one without `zo1_describe_module` is 1001.
+    void clear_libraries();
+    void add_library(VmStack* stack, const String& file);
+    std::vector<String> libraries() const;
+
+    // DECLARE: binds `alias` to the C function `name` of the shared library
+    // `file`; a second DECLARE of the alias replaces the first. A missing
+    // library or function is error 1.
+    void declare(VmStack* stack, DeclareType result, const String& name, const String& file, const String& alias,
+                 const std::vector<declare_parameter_st>& parameters);
+
+    // The declared function, else the listed libraries' function, by name
+    // without regard to case; null when none has it.
+    const library_function_st* find_function(const String& name) const;
+    const library_command_def_st* find_command(const String& name) const;
+
+private:
+    struct opened_library_st;
+    Runtime* runtime_;
+    std::vector<void*> handles_;  // every shared object opened, closed at the end
+    std::vector<std::unique_ptr<opened_library_st>> libraries_;  // SET LIBRARY's list, in order
+    std::map<String, declared_function_ptr, NameLess> declared_;
+    void* open_shared_object(VmStack* stack, const String& file);
+};
+
+}  // namespace zobase
