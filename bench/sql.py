@@ -13,12 +13,12 @@ ratio is zobase's time over Python's: the goal is at most 1.5.
 """
 import argparse
 import os
-import resource
 import sqlite3
-import subprocess
 import sys
 import tempfile
-import time
+
+sys.path.insert(0, os.path.dirname(os.path.abspath(__file__)))
+from tables import run  # noqa: E402  processor and elapsed time of one process
 
 PYTHON = "/usr/bin/python3" if os.path.exists("/usr/bin/python3") else sys.executable
 
@@ -53,19 +53,6 @@ def make_rows(folder, count):
                     for i in range(1, count + 1)))
     db.commit()
     db.close()
-
-
-def run(argv, cwd):
-    before = resource.getrusage(resource.RUSAGE_CHILDREN)
-    start = time.perf_counter()
-    done = subprocess.run(argv, cwd=cwd, capture_output=True, text=True)
-    elapsed = time.perf_counter() - start
-    after = resource.getrusage(resource.RUSAGE_CHILDREN)
-    if done.returncode != 0:
-        raise RuntimeError(f"{' '.join(argv)} ended with {done.returncode}: {(done.stdout + done.stderr)[-400:]}")
-    cpu = (after.ru_utime - before.ru_utime) + (after.ru_stime - before.ru_stime)
-    words = [line.split()[1:] for line in done.stdout.splitlines() if line.strip().startswith("result:")]
-    return cpu, elapsed, words[0] if words else None
 
 
 def measure(folder, name, text, command):

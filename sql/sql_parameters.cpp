@@ -93,18 +93,6 @@ String _sql_prepare_bind(VmStack* stack, const String& sql, std::vector<prepared
 
 namespace {
 
-void evaluate(VmStack* stack, const Program* program, Variant* result) {
-    Memvar* mark = stack->esp;
-    VmOp** ip = const_cast<VmOp**>(program->code());
-    try {
-        vm_run(stack, &ip, result);
-    } catch (...) {
-        result->release(stack);
-        stack->pop_to(mark);
-        throw;
-    }
-}
-
 constexpr SQLSMALLINT TIMESTAMP_DIGITS = 3;
 constexpr SQLULEN TIMESTAMP_SIZE = 23;
 constexpr SQLULEN MONEY_PRECISION = 19;
@@ -191,7 +179,7 @@ bool _sql_bind_parameters(VmStack* stack, int64_t id, SQLHSTMT hstmt,
     for (const prepared_operand_st& parameter : parameters) {
         values->emplace_back();
         Variant result;
-        evaluate(stack, parameter.program.get(), &result);
+        vm_run_expression(stack, parameter.program.get(), &result);
         values->back().value.set_variant(result.follow());
         result.release(stack);
     }
