@@ -34,11 +34,13 @@ check: build
 
 # Native benchmarks print their own figures; bench-compare times the
 # language benchmarks of bench/lang side by side with Python and Lua, and
-# bench/tables.py the table programs beside Python's sqlite3.
+# bench/tables.py the table programs beside Python's sqlite3, bench/sql.py
+# SQL pass-through beside the same.
 bench: build
 	for b in $(BUILD)/bench_*; do echo "== $$b"; $$b; done
 	python3 bench/compare.py $(BUILD)/zosh
 	python3 bench/tables.py $(BUILD)/zosh
+	/usr/bin/python3 bench/sql.py $(BUILD)/zosh
 
 bench-compare: build
 	python3 bench/compare.py $(BUILD)/zosh

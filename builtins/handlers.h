@@ -311,4 +311,15 @@ void stackcall_newobject(VmStack* stack, unsigned long long argc, Variant* resul
 void stackcall_pemstatus(VmStack* stack, unsigned long long argc, Variant* result);
 void stackcall_removeproperty(VmStack* stack, unsigned long long argc, Variant* result);
 
+// SQL pass-through (builtins/sql_functions.cpp)
+void stackcall_asqlhandles(VmStack* stack, unsigned long long argc, Variant* result);
+void stackcall_sqlconnect(VmStack* stack, unsigned long long argc, Variant* result);
+void stackcall_sqldisconnect(VmStack* stack, unsigned long long argc, Variant* result);
+void stackcall_sqlexec(VmStack* stack, unsigned long long argc, Variant* result);
+void stackcall_sqlgetprop(VmStack* stack, unsigned long long argc, Variant* result);
+void stackcall_sqlmoreresults(VmStack* stack, unsigned long long argc, Variant* result);
+void stackcall_sqlprepare(VmStack* stack, unsigned long long argc, Variant* result);
+void stackcall_sqlsetprop(VmStack* stack, unsigned long long argc, Variant* result);
+void stackcall_sqlstringconnect(VmStack* stack, unsigned long long argc, Variant* result);
+
 }  // namespace zobase

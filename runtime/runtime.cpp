@@ -26,6 +26,7 @@
 #include "runtime/module_cache.h"
 #include "runtime/runtime_resolver.h"
 #include "runtime/screen.h"
+#include "sql/sql_singleton.h"
 #include "tables/table_sessions.h"
 #include "text/charset.h"
 #include "text/collation.h"
@@ -162,6 +163,7 @@ void Runtime::init() {
     impl->first_day_of_week = first_day_of_week;
     system_date_style = DATE_STYLE_SHORT;
     default_charset = machine_charset(locale);
+    attach_runtime_sql(this);
 }
 
 VmStack* Runtime::get_main_stack() {
@@ -373,6 +375,8 @@ RuntimeServices* Runtime::services() { return impl->services.get(); }
 // For hosts that exit right after: the main-stack pointer is deliberately kept.
 void Runtime::shutdown() {
     join_threads();
+    // Closes the connections a program left open.
+    deattach_runtime_sql(this);
     if (impl->library) unload_library_tables(impl->library.get());
     screen->set_interactive(false);
     delete impl->main_stack;

@@ -74,15 +74,7 @@ std::unique_ptr<Program> Table_Object::compile(VmStack* stack, const String& tex
 // names are looked up there, after this table's fields.
 void Table_Object::evaluate(VmStack* stack, const Program* program, Variant* result) {
     ExpressionTableScope scope(stack, this);
-    Memvar* mark = stack->esp;
-    VmOp** ip = const_cast<VmOp**>(program->code());
-    try {
-        vm_run(stack, &ip, result);
-    } catch (...) {
-        result->release(stack);
-        stack->pop_to(mark);
-        throw;
-    }
+    vm_run_expression(stack, program, result);
 }
 
 bool Table_Object::record_in_range(VmStack* stack) {

@@ -548,4 +548,16 @@ void vm_run(VmStack* stack, VmOp*** ip, Variant* ret) {
     else run_loop<false>(stack, ip, ret);
 }
 
+void vm_run_expression(VmStack* stack, const Program* program, Variant* result) {
+    Memvar* mark = stack->esp;
+    VmOp** ip = const_cast<VmOp**>(program->code());
+    try {
+        vm_run(stack, &ip, result);
+    } catch (...) {
+        result->release(stack);
+        stack->pop_to(mark);
+        throw;
+    }
+}
+
 }  // namespace zobase

@@ -19,6 +19,10 @@ extern bool vm_check_stack_effects;
 // return instruction that ended the run.
 void vm_run(VmStack* stack, VmOp*** ip, Variant* ret);
 
+// Runs a compiled expression in the caller's frame into a clean result. On
+// an error the result is released and the stack is back where it was.
+void vm_run_expression(VmStack* stack, const Program* program, Variant* result);
+
 // Runs a program in a new frame over the argc arguments already on the stack.
 ZO_API void execute_program(VmStack* stack, size_t argc, bool has_this, const Program* program,
                      Variant* ret);
