@@ -140,6 +140,8 @@ struct library_class_member_row_st {
 struct builtin_class_data_st {
     object_factory_fn factory;  // null: the class is abstract
     bool is_custom;
+    // Without the members every class has (Empty): only what is added shows.
+    bool bare = false;
 };
 
 // A built-in class from its rows; the members end with a row whose name is null.

@@ -29,6 +29,8 @@ public:
     void select_session(int32_t id);
     // A new session of this stack, as a value of the language, into a clean dest.
     void create_session(Variant* dest);
+    // A new session of this stack, not yet referenced, for CREATEOBJECT.
+    DataSession_Object* new_session(Class* session_class);
     // A session's destructor tells its stack it is gone.
     void forget(DataSession_Object* session) noexcept;
 
@@ -49,7 +51,7 @@ private:
     ObjectHolder<DataSession_Object> current_;
     // Every session made on this stack that still exists, by id. Not
     // counted: a session's destructor takes it out.
-    std::map<int32_t, object_ptr_st> sessions_;
+    std::map<int32_t, DataSession_Object*> sessions_;
     int32_t next_id_ = 1;
 };
 
