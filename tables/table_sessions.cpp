@@ -1,6 +1,7 @@
 // The data sessions of a stack, and the names the VM asks them about.
 #include "tables/table_sessions.h"
 
+#include <exception>
 #include <typeinfo>
 
 #include "tables/table_object.h"
@@ -46,6 +47,20 @@ DataSession_Object* TableDataSessions::new_session(Class* session_class) {
 
 void TableDataSessions::create_session(Variant* dest) {
     wrap_new_object(new_session(builtin_class(stack_, SESSION_CLASS_NAME)), dest);
+}
+
+// Every session is tried; the first failure is raised after the others closed.
+void TableDataSessions::close_work_areas(VmStack* stack) {
+    std::exception_ptr failure;
+    for (auto& [id, session] : sessions_) {
+        try {
+            session->close_all(stack);
+        } catch (const RuntimeError&) {
+            if (!failure) failure = std::current_exception();
+        }
+    }
+    make_current(first_);
+    if (failure) std::rethrow_exception(failure);
 }
 
 void TableDataSessions::forget(DataSession_Object* session) noexcept { sessions_.erase(session->id); }

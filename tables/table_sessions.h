@@ -42,6 +42,7 @@ public:
     void write_field(VmStack* stack, const field_ref_st& field, const Variant& value) override;
     bool find_work_area(VmStack* stack, uint32_t alias, Variant* dest) override;
     void read_expression_field(VmStack* stack, uint16_t index, Variant* dest) override;
+    void close_work_areas(VmStack* stack) override;
 
 private:
     void make_current(const ObjectHolder<DataSession_Object>& session);
