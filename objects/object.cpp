@@ -312,6 +312,19 @@ void call_member_directly(VmStack* stack, Object* object, const ClassMember* mem
     member->call(stack, argc, ret);
 }
 
+void read_property(VmStack* stack, Object* object, unsigned symbol, Variant* dest) {
+    Variant value;
+    try {
+        ObjectSlot slot(stack, object);
+        ParamWindow window(stack, slot.slot(), 0);
+        object->virtual_access(stack, symbol, 0, &value);
+    } catch (...) {
+        value.release(stack);
+        throw;
+    }
+    std::memcpy(static_cast<void*>(dest), &value, sizeof(Variant));
+}
+
 [[noreturn]] void raise_member_not_found(VmStack* stack, unsigned symbol) {
     throw RuntimeError(ERR_PROPERTY_NOT_FOUND, stack->symbol_text(symbol));
 }

@@ -88,6 +88,10 @@ void add_properties(VmStack* stack, Object* object, const new_property_st* items
 // malformed name is 11.
 void add_property_by_name(VmStack* stack, Object* object, const String& name, const Variant* value);
 
+// A property's value as the language reads it (an access method runs),
+// into dest, which must be clean.
+void read_property(VmStack* stack, Object* object, unsigned symbol, Variant* dest);
+
 // Whether the running code may see the member: public always, protected
 // from a method of the same object, hidden from a method of the class that
 // holds it.
