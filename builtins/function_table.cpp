@@ -133,7 +133,7 @@ const library_function_row_st core_function_rows[] = {
     {"hour", "T?", stackcall_hour, "I?", 0},
     {"html.escape", "C", stackcall_html_escape, "C", 0},
     {"http.header", "C|L", stackcall_http_header, "L", 0},
-    {"http.parsequery", "C", function_not_available<"http.parsequery">, "O", 0},
+    {"http.parsequery", "C", stackcall_http_parsequery, "O", 0},
     {"http.urldecode", "C", stackcall_http_urldecode, "C", 0},
     {"http.urlencode", "C", stackcall_http_urlencode, "C", 0},
     {"iif", "L?.?.?", stackcall_iif, ".?", 0},

@@ -194,6 +194,7 @@ void stackcall_json_decode(VmStack* stack, unsigned long long argc, Variant* res
 // HTTP, HTML and MIME helpers.
 void stackcall_http_urlencode(VmStack* stack, unsigned long long argc, Variant* result);
 void stackcall_http_urldecode(VmStack* stack, unsigned long long argc, Variant* result);
+void stackcall_http_parsequery(VmStack* stack, unsigned long long argc, Variant* result);
 void stackcall_http_header(VmStack* stack, unsigned long long argc, Variant* result);
 void stackcall_html_escape(VmStack* stack, unsigned long long argc, Variant* result);
 void stackcall_mime_header(VmStack* stack, unsigned long long argc, Variant* result);

@@ -1,7 +1,8 @@
 // Json.Encode and Json.Decode. Decoding runs RapidJSON's iterative parser,
 // which keeps its own stack, and builds the values on an explicit stack too,
 // so no depth of input reaches the machine's stack; nesting deeper than
-// JSON_MAX_DEPTH is an error. Encoding walks arrays with an explicit stack.
+// JSON_MAX_DEPTH is an error. Encoding walks arrays and objects with an
+// explicit stack.
 #include <rapidjson/error/en.h>
 #include <rapidjson/memorystream.h>
 #include <rapidjson/reader.h>
@@ -11,6 +12,8 @@
 #include <cmath>
 #include <cstdlib>
 #include <cstring>
+#include <memory>
+#include <shared_mutex>
 #include <string>
 #include <vector>
 
@@ -19,9 +22,12 @@
 #include "builtins/base64.h"
 #include "builtins/handlers.h"
 #include "builtins/utf8_text.h"
+#include "objects/collection_object.h"
+#include "objects/object.h"
 #include "text/charset.h"
 #include "values/date.h"
 #include "values/money.h"
+#include "vm/call_resolver.h"
 #include "vm/vm_stack.h"
 
 namespace zobase {
@@ -54,7 +60,6 @@ public:
     ValueBuilder(const ValueBuilder&) = delete;
     ValueBuilder& operator=(const ValueBuilder&) = delete;
 
-    bool object_seen = false;
     bool too_deep = false;
 
     bool Null() {
@@ -77,9 +82,29 @@ public:
         value.set_string(zobase::String::fromBytes(text, length, Charset::utf8));
         return add(value);
     }
-    bool StartObject() {
-        object_seen = true;
-        return false;
+    // A key arrives as a string: an object's pending values are its keys
+    // and values in turn.
+    bool StartObject() { return StartArray(); }
+    bool EndObject(rapidjson::SizeType count) {
+        size_t start = starts_.back();
+        starts_.pop_back();
+        Variant value;
+        Object* object = create_empty_object(stack_, &value);
+        std::vector<new_property_st> properties;
+        properties.reserve(count);
+        for (size_t i = start; i < pending_.size(); i += 2) {
+            const zobase::String& key = as_variant(pending_[i])->str();
+            properties.push_back({property_symbol(key), &key, as_variant(pending_[i + 1])});
+        }
+        try {
+            add_properties(stack_, object, properties.data(), properties.size());
+        } catch (...) {
+            value.release(stack_);
+            throw;
+        }
+        for (size_t i = start; i < pending_.size(); ++i) as_variant(pending_[i])->release(stack_);
+        pending_.resize(start);
+        return add(value);
     }
     bool StartArray() {
         if (starts_.size() >= JSON_MAX_DEPTH) {
@@ -111,6 +136,12 @@ private:
     VmStack* stack_;
     std::vector<variant_slot_st> pending_;
     std::vector<size_t> starts_;
+
+    // Any key is a name, the empty one too: symbols are texts.
+    unsigned property_symbol(const zobase::String& key) {
+        if (!stack_->resolver) raise_not_available("Json.Decode of a JSON object");
+        return stack_->resolver->symbolize(key);
+    }
 
     bool add(const Variant& value) {
         pending_.emplace_back();
@@ -184,9 +215,8 @@ void decode(VmStack* stack, const String& text, Variant* out) {
     rapidjson::MemoryStream input(utf8.read(), utf8.size());
     constexpr unsigned flags = rapidjson::kParseIterativeFlag | rapidjson::kParseNumbersAsStringsFlag;
     rapidjson::ParseResult parsed = reader.Parse<flags>(input, builder);
-    if (builder.object_seen) raise_not_available("Json.Decode of a JSON object");
     if (builder.too_deep)
-        throw json_syntax_error("Arrays nested deeper than " + std::to_string(JSON_MAX_DEPTH) + " levels.",
+        throw json_syntax_error("Arrays and objects nested deeper than " + std::to_string(JSON_MAX_DEPTH) + " levels.",
                                 utf8.read(), parsed.Offset());
     if (parsed.IsError()) throw json_syntax_error(parse_error_text(parsed, utf8), utf8.read(), parsed.Offset());
     builder.take_result(out);
@@ -303,14 +333,71 @@ private:
     [[noreturn]] static void invalid() { throw RuntimeError(ERR_INVALID_BYTE_SEQUENCE, String("utf-8")); }
 };
 
-// An array being written: the elements (or, by rows, the rows) from `next`
-// to `end`; a row of a two-dimensional array is written as an array of its own.
-struct open_array_st {
+// An object's members as they are written: the names and values read
+// before any is written. A collection whose items all have keys is a JSON
+// object; one without keys, or with some items unkeyed, an array.
+struct object_members_st {
+    VmStack* stack;
+    bool as_array = false;
+    std::vector<String> names;
+    std::vector<Variant> values;
+    explicit object_members_st(VmStack* s) : stack(s) {}
+    ~object_members_st() {
+        for (Variant& value : values) value.release(stack);
+    }
+};
+
+int note_public_property(void* context, Object*, unsigned symbol, const ClassMember* member) {
+    if (member->type == MEMBER_PROPERTY && member->access && member->visibility == MEMBER_PUBLIC &&
+        !is_class_name_member(member))
+        static_cast<std::vector<const ClassMember*>*>(context)->push_back(member);
+    return 0;
+}
+
+void collection_members(const Collection_Object* collection, object_members_st* out) {
+    std::shared_lock guard(const_cast<Collection_Object*>(collection)->lock);
+    out->as_array = collection->entries.empty();
+    for (const auto& entry : collection->entries) {
+        if (entry->key.size() == 0) out->as_array = true;
+        out->names.push_back(entry->key);
+        out->values.emplace_back();
+        entry->value.copy(&out->values.back());
+    }
+}
+
+// A collection's items, or an object's public properties (but the three
+// that name its class) in the order of its member tables, each once, read
+// as the language reads them.
+std::unique_ptr<object_members_st> object_members(VmStack* stack, Object* object) {
+    auto members = std::make_unique<object_members_st>(stack);
+    for (Object* link = object; link; link = link->parent)
+        if (auto* collection = dynamic_cast<Collection_Object*>(link)) {
+            collection_members(collection, members.get());
+            return members;
+        }
+    std::vector<const ClassMember*> found;
+    object->virtual_enum_properties(note_public_property, &found);
+    for (const ClassMember* member : found) {
+        const ClassMember* effective;
+        Object* holder;
+        if (!object->get_member(member->symbol, &effective, &holder) || effective != member) continue;
+        members->names.push_back(member->name);
+        members->values.emplace_back();
+        read_property(stack, object, member->symbol, &members->values.back());
+    }
+    return members;
+}
+
+// A value being written: an array's elements (or, by rows, the rows) from
+// `next` to `end`, a row of a two-dimensional array written as an array of
+// its own; or an object's members.
+struct open_value_st {
     const Array* array;
     uint64_t first;
     uint64_t next;
     uint64_t end;
     bool by_rows;
+    std::unique_ptr<object_members_st> members;
 };
 
 void encode_scalar(JsonWriter& writer, const Variant& value) {
@@ -324,39 +411,56 @@ void encode_scalar(JsonWriter& writer, const Variant& value) {
     case TAG_DATE: return writer.date(value.date);
     case TAG_DATETIME: return writer.datetime(value.datetime);
     case TAG_STRING: return writer.string(value.str());
-    case TAG_OBJECT:
-        if (!value.object.control) return writer.null();
-        raise_not_available("Json.Encode of an object");
     default: throw RuntimeError(ERR_ARGUMENT_INVALID);
     }
 }
 
-// The walk keeps its open arrays on `open`, never on the machine's stack.
-void encode(JsonWriter& writer, const Variant& root) {
-    std::vector<open_array_st> open;
-    auto begin_array = [&](const Array* array, uint64_t first, uint64_t end, bool by_rows) {
+// The walk keeps its open values on `open`, never on the machine's stack;
+// an object that holds itself is nested too deep.
+void encode(VmStack* stack, JsonWriter& writer, const Variant& root) {
+    std::vector<open_value_st> open;
+    auto push = [&](open_value_st value, char bracket) {
         if (open.size() >= JSON_MAX_DEPTH) throw RuntimeError(ERR_NESTING_TOO_DEEP);
-        writer.out += '[';
-        open.push_back({array, first, first, end, by_rows});
+        writer.out += bracket;
+        open.push_back(std::move(value));
     };
     auto write_value = [&](const Variant* value) {
-        if (value->tag != TAG_ARRAY) encode_scalar(writer, *value);
-        else if (value->array.columns) begin_array(&value->array, 0, value->array.rows(), true);
-        else begin_array(&value->array, 0, value->array.count, false);
+        if (value->tag == TAG_ARRAY) {
+            const Array& array = value->array;
+            if (array.columns) push({&array, 0, 0, array.rows(), true, nullptr}, '[');
+            else push({&array, 0, 0, array.count, false, nullptr}, '[');
+        } else if (value->tag == TAG_OBJECT) {
+            if (!value->object.control) return writer.null();
+            if (open.size() >= JSON_MAX_DEPTH) throw RuntimeError(ERR_NESTING_TOO_DEEP);
+            auto members = object_members(stack, value->object.object);
+            uint64_t count = members->values.size();
+            char bracket = members->as_array ? '[' : '{';
+            push({nullptr, 0, 0, count, false, std::move(members)}, bracket);
+        } else {
+            encode_scalar(writer, *value);
+        }
     };
     write_value(root.follow());
     while (!open.empty()) {
-        open_array_st& top = open.back();
+        open_value_st& top = open.back();
         if (top.next == top.end) {
-            writer.out += ']';
+            writer.out += top.members && !top.members->as_array ? '}' : ']';
             open.pop_back();
             continue;
         }
         if (top.next != top.first) writer.out += ',';
         uint64_t i = top.next++;
+        // Writing a value may grow `open`, so `top` is not used after it.
+        if (object_members_st* members = top.members.get()) {
+            if (!members->as_array) {
+                writer.string(members->names[i]);
+                writer.out += ':';
+            }
+            write_value(members->values[i].follow());
+            continue;
+        }
         const Array* array = top.array;
-        // Both may grow `open`, so `top` is not used after them.
-        if (top.by_rows) begin_array(array, i * array->columns, (i + 1) * array->columns, false);
+        if (top.by_rows) push({array, i * array->columns, i * array->columns, (i + 1) * array->columns, false, nullptr}, '[');
         else write_value(array->storage->elements[i].follow());
     }
 }
@@ -367,12 +471,12 @@ void encode(JsonWriter& writer, const Variant& root) {
 void stackcall_json_encode(VmStack* stack, unsigned long long, Variant* result) {
     ZO_TRACE();
     JsonWriter writer;
-    encode(writer, argument(stack, 1));
+    encode(stack, writer, argument(stack, 1));
     result->set_string(String::fromBytes(writer.out.data(), writer.out.size(), Charset::utf8));
 }
 
 // Json.Decode(text [, @error]): the value of JSON text; arrays become
-// one-dimensional arrays. With `error` given, bad text gives null and the
+// one-dimensional arrays, objects Empty objects with a property per key. With `error` given, bad text gives null and the
 // error's message goes there ("" when the text is good) instead of raising.
 void stackcall_json_decode(VmStack* stack, unsigned long long argc, Variant* result) {
     ZO_TRACE();

@@ -14,7 +14,6 @@
 #include "objects/object.h"
 #include "objects/user_class.h"
 #include "vm/call_resolver.h"
-#include "vm/param_window.h"
 #include "vm/variant_compare.h"
 
 namespace zobase {
@@ -202,19 +201,7 @@ void stackcall_getpem(VmStack* stack, unsigned long long, Variant* result) {
     const ClassMember* member = visible(stack, object, name_argument(stack, 2), &holder);
     if (!member) raise_member_not_found(stack, symbol_of(stack, name_argument(stack, 2)));
     if (member->type != MEMBER_PROPERTY) raise_not_available("GETPEM of a method");
-    Memvar* mark = stack->esp;
-    Variant value;
-    try {
-        stack->push()->set(object->self());
-        ParamWindow window(stack, stack->esp, 0);
-        object->virtual_access(stack, member->symbol, 0, &value);
-    } catch (...) {
-        value.release(stack);
-        stack->pop_to(mark);
-        throw;
-    }
-    stack->pop_to(mark);
-    std::memcpy(static_cast<void*>(result), &value, sizeof(Variant));
+    read_property(stack, object, member->symbol, result);
 }
 
 // AINSTANCE(array, class): the live objects of the class (not of its

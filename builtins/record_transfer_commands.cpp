@@ -7,7 +7,7 @@
 #include "base/call_trace.h"
 #include "builtins/handlers.h"
 #include "builtins/work_area.h"
-#include "tables/record_object.h"
+#include "objects/object.h"
 #include "vm/vm_stack.h"
 
 namespace zobase {
@@ -79,25 +79,34 @@ void void_stackcall_scatter_memvar(VmStack* stack, unsigned long long) {
     }
 }
 
+// A new Empty object, or with ADDITIVE the object given, which keeps what it
+// has and takes the fields as properties.
 void void_stackcall_scatter_name(VmStack* stack, unsigned long long) {
     ZO_TRACE();
     Table_Object* table = current_table(stack);
     long long flags = argument(stack, 1).integer;
     Variant* target = Param(stack, 2)->follow();
-    RecordObject* record = nullptr;
-    if ((flags & SCATTER_ADDITIVE) && target->tag == TAG_OBJECT)
-        record = dynamic_cast<RecordObject*>(static_cast<Object*>(*target));
-    if (!record) {
-        if (flags & SCATTER_ADDITIVE && target->tag == TAG_OBJECT) raise_not_available("scatter name additive");
-        target->release(stack);
-        record = create_record_object(target);
+    std::vector<uint64_t> fields = visited_fields(table, flags);
+    std::vector<Variant> values(fields.size());
+    std::vector<new_property_st> properties;
+    try {
+        for (size_t k = 0; k < fields.size(); ++k) {
+            scattered_value(stack, table, fields[k], flags, &values[k]);
+            properties.push_back({table->get_symbol_id_by_field(fields[k]), nullptr, &values[k]});
+        }
+        Object* record;
+        if ((flags & SCATTER_ADDITIVE) && target->tag == TAG_OBJECT && target->object.control) {
+            record = target->object.object;
+        } else {
+            target->release(stack);
+            record = create_empty_object(stack, target);
+        }
+        add_properties(stack, record, properties.data(), properties.size());
+    } catch (...) {
+        for (Variant& value : values) value.release(stack);
+        throw;
     }
-    for (uint64_t index : visited_fields(table, flags)) {
-        Variant value;
-        scattered_value(stack, table, index, flags, &value);
-        record->set(stack, table->get_symbol_id_by_field(index), value);
-        value.release(stack);
-    }
+    for (Variant& value : values) value.release(stack);
 }
 
 // Elements from 1 on, in storage order, as far as the array reaches.

@@ -1,14 +1,18 @@
 // Helpers of web-facing programs: http.urlencode, http.urldecode,
-// http.header, html.escape and mime.header. Text goes out as UTF-8.
+// http.parsequery, http.header, html.escape and mime.header. Text goes out as UTF-8.
 #include <cctype>
+#include <map>
 #include <string>
+#include <vector>
 
 #include "base/call_trace.h"
 #include "builtins/arguments.h"
 #include "builtins/base64.h"
 #include "builtins/handlers.h"
 #include "builtins/utf8_text.h"
+#include "objects/object.h"
 #include "text/charset.h"
+#include "vm/call_resolver.h"
 #include "vm/runtime_services.h"
 #include "vm/screen.h"
 #include "vm/vm_stack.h"
@@ -82,6 +86,53 @@ bool needs_mime_encoding(const std::string& text) {
     return text.find("=?") != std::string::npos;
 }
 
+std::string url_decoded(const std::string& text) {
+    std::string bytes;
+    for (size_t i = 0; i < text.size(); ++i) {
+        if (text[i] == '+') {
+            bytes += ' ';
+        } else if (text[i] == '%' && i + 2 < text.size() && hex_value(text[i + 1]) >= 0 && hex_value(text[i + 2]) >= 0) {
+            bytes += static_cast<char>(hex_value(text[i + 1]) * 16 + hex_value(text[i + 2]));
+            i += 2;
+        } else {
+            bytes += text[i];
+        }
+    }
+    return well_formed(bytes);
+}
+
+// A name of a query with its values, in the order names first appear.
+struct query_pair_st {
+    std::string name;
+    std::vector<std::string> values;
+    bool is_list = false;  // written "name[]"
+};
+
+std::vector<query_pair_st> query_pairs(const std::string& query) {
+    std::vector<query_pair_st> pairs;
+    std::map<std::string, size_t> known;
+    size_t start = !query.empty() && query[0] == '?' ? 1 : 0;
+    while (start <= query.size()) {
+        size_t end = query.find('&', start);
+        if (end == std::string::npos) end = query.size();
+        std::string pair = query.substr(start, end - start);
+        start = end + 1;
+        size_t equals = pair.find('=');
+        std::string name = url_decoded(pair.substr(0, equals));
+        std::string value = equals == std::string::npos ? std::string() : url_decoded(pair.substr(equals + 1));
+        bool is_list = name.size() > 2 && name.compare(name.size() - 2, 2, "[]") == 0;
+        if (is_list) name.resize(name.size() - 2);
+        if (name.empty()) continue;
+        auto [found, fresh] = known.emplace(name, pairs.size());
+        if (fresh) pairs.push_back({name, {}, is_list});
+        query_pair_st& entry = pairs[found->second];
+        if (is_list != entry.is_list || !is_list) entry.values.clear();
+        entry.is_list = is_list;
+        entry.values.push_back(value);
+    }
+    return pairs;
+}
+
 }  // namespace
 
 // http.urlencode(text): every byte of the UTF-8 text but A-Z a-z 0-9 - _ . ~
@@ -103,19 +154,42 @@ void stackcall_http_urlencode(VmStack* stack, unsigned long long, Variant* resul
 // http.urldecode(text): %XX to its byte and "+" to a blank; a "%" without
 // two hex digits stays as it is.
 void stackcall_http_urldecode(VmStack* stack, unsigned long long, Variant* result) {
-    std::string text = utf8_argument(stack, 1);
-    std::string bytes;
-    for (size_t i = 0; i < text.size(); ++i) {
-        if (text[i] == '+') {
-            bytes += ' ';
-        } else if (text[i] == '%' && i + 2 < text.size() && hex_value(text[i + 1]) >= 0 && hex_value(text[i + 2]) >= 0) {
-            bytes += static_cast<char>(hex_value(text[i + 1]) * 16 + hex_value(text[i + 2]));
-            i += 2;
-        } else {
-            bytes += text[i];
+    set_utf8(result, url_decoded(utf8_argument(stack, 1)));
+}
+
+// http.parsequery(text): the pairs of a query ("a=1&b=x+y", a leading "?"
+// skipped) as an Empty object with one property per name, its value the
+// decoded text ("" for a pair without "="). A name given again keeps the
+// later value; "name[]" gathers its values, in order, in an array property
+// "name". Pairs with an empty name are skipped.
+void stackcall_http_parsequery(VmStack* stack, unsigned long long, Variant* result) {
+    ZO_TRACE();
+    std::vector<query_pair_st> pairs = query_pairs(utf8_argument(stack, 1));
+    std::vector<String> names;
+    std::vector<Variant> values;
+    names.reserve(pairs.size());
+    values.reserve(pairs.size());
+    std::vector<new_property_st> properties;
+    try {
+        for (const query_pair_st& pair : pairs) {
+            names.push_back(String::fromBytes(pair.name.data(), pair.name.size(), Charset::utf8));
+            values.emplace_back();
+            if (!pair.is_list) {
+                set_utf8(&values.back(), pair.values.back());
+            } else {
+                Array* array = values.back().dimension(stack, pair.values.size(), 0);
+                for (size_t i = 0; i < pair.values.size(); ++i) set_utf8(array->write(stack, i + 1), pair.values[i]);
+            }
+            if (!stack->resolver) raise_not_available("http.parsequery");
+            properties.push_back({stack->resolver->symbolize(names.back()), &names.back(), &values.back()});
         }
+        Object* object = create_empty_object(stack, result);
+        add_properties(stack, object, properties.data(), properties.size());
+    } catch (...) {
+        for (Variant& value : values) value.release(stack);
+        throw;
     }
-    set_utf8(result, well_formed(bytes));
+    for (Variant& value : values) value.release(stack);
 }
 
 // http.header("Name: value" [, last]): writes the header line to the output;

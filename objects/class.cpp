@@ -72,7 +72,7 @@ Class* create_builtin_class(Symtable& symbols, const char* name, const builtin_c
     String class_name(name);
     auto* made = new Class(class_name, symbols.symbolize(class_name), data ? data->factory : nullptr);
     made->is_custom = data && data->is_custom;
-    define_common_members(made);
+    if (!data || !data->bare) define_common_members(made);
     for (const library_class_member_row_st* row = members; row && row->name; ++row) {
         ClassMember* member = made->define(String(row->name));
         member->type = row->call ? MEMBER_METHOD : MEMBER_PROPERTY;

@@ -140,6 +140,8 @@ struct library_class_member_row_st {
 struct builtin_class_data_st {
     object_factory_fn factory;  // null: the class is abstract
     bool is_custom;
+    // Without the members every class has (Empty): only what is added shows.
+    bool bare = false;
 };
 
 // A built-in class from its rows; the members end with a row whose name is null.
@@ -149,5 +151,8 @@ Class* create_builtin_class(Symtable& symbols, const char* name, const builtin_c
 // The members every class has: Class, BaseClass and ParentClass (read-only),
 // AddProperty and RemoveProperty.
 void define_common_members(Class* object_class);
+// Whether the member is one of the read-only three (Class, BaseClass,
+// ParentClass), which tell of the class rather than the object.
+bool is_class_name_member(const ClassMember* member);
 
 }  // namespace zobase

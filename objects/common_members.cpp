@@ -103,6 +103,11 @@ void define_common_members(Class* object_class) {
     }
 }
 
+bool is_class_name_member(const ClassMember* member) {
+    return member->access == class_access || member->access == base_class_access ||
+           member->access == parent_class_access;
+}
+
 // An array property takes the value in every element.
 void add_property_by_name(VmStack* stack, Object* object, const String& text, const Variant* value) {
     property_name_st parsed = parse_property_name(text);

@@ -192,35 +192,8 @@ int Object::virtual_enum_properties(enum_properties_fn callback, void* context) 
 }
 
 void Object::addproperty(VmStack* stack, unsigned symbol, const Variant* value) {
-    ZO_TRACE();
-    const ClassMember* existing;
-    Object* holder;
-    if (get_member(symbol, &existing, &holder) && existing->assign) {
-        ObjectSlot slot(stack, this);
-        Variant* pushed = stack->push();
-        if (value) value->follow()->copy(pushed);
-        ParamWindow window(stack, slot.slot(), 1);
-        virtual_assign(stack, symbol, 1);
-        return;
-    }
-    auto member = std::make_unique<ClassMember>();
-    member->type = MEMBER_PROPERTY;
-    member->name = stack->symbol_text(symbol);
-    member->symbol = symbol;
-    member->access = added_property_access;
-    member->access_ref = added_property_access_ref;
-    member->assign = added_property_assign;
-    if (value) value->follow()->copy(&member->value);
-
-    std::unique_lock guard(lock);
-    if (!added) added = std::make_unique<object_added_st>();
-    auto table = std::make_unique<member_tables_st>(*tables.load(std::memory_order_relaxed));
-    member->index = table->members.size();
-    table->members.push_back(member.get());
-    table->by_symbol.insert(symbol, member.get());
-    added->by_symbol.insert(symbol, member.get());
-    added->members.push_back(std::move(member));
-    publish_tables(this, std::move(table));
+    new_property_st item{symbol, nullptr, value};
+    add_properties(stack, this, &item, 1);
 }
 
 void Object::removeproperty(VmStack* stack, const String& name) {
@@ -256,6 +229,66 @@ void Object::removeproperty(VmStack* stack, const String& name) {
     value.release(stack);
 }
 
+namespace {
+
+// Assigns through the member's handler, as the language would.
+void assign_member(VmStack* stack, Object* object, unsigned symbol, const Variant* value) {
+    ObjectSlot slot(stack, object);
+    Variant* pushed = stack->push();
+    if (value) value->follow()->copy(pushed);
+    ParamWindow window(stack, slot.slot(), 1);
+    object->virtual_assign(stack, symbol, 1);
+}
+
+std::unique_ptr<ClassMember> added_member(VmStack* stack, const new_property_st& item) {
+    auto member = std::make_unique<ClassMember>();
+    member->type = MEMBER_PROPERTY;
+    member->name = item.name ? *item.name : stack->symbol_text(item.symbol);
+    member->symbol = item.symbol;
+    member->access = added_property_access;
+    member->access_ref = added_property_access_ref;
+    member->assign = added_property_assign;
+    if (item.value) item.value->follow()->copy(&member->value);
+    return member;
+}
+
+}  // namespace
+
+void add_properties(VmStack* stack, Object* object, const new_property_st* items, size_t count) {
+    ZO_TRACE();
+    std::vector<std::unique_ptr<ClassMember>> made;
+    SymbolMap<ClassMember*> made_by_symbol;
+    for (size_t i = 0; i < count; ++i) {
+        const new_property_st& item = items[i];
+        if (ClassMember* again = made_by_symbol.find(item.symbol)) {
+            again->value.release(stack);
+            if (item.value) item.value->follow()->copy(&again->value);
+            continue;
+        }
+        const ClassMember* existing;
+        Object* holder;
+        if (object->get_member(item.symbol, &existing, &holder) && existing->assign) {
+            assign_member(stack, object, item.symbol, item.value);
+            continue;
+        }
+        made.push_back(added_member(stack, item));
+        made_by_symbol.insert(item.symbol, made.back().get());
+    }
+    if (made.empty()) return;
+    std::unique_lock guard(object->lock);
+    if (!object->added) object->added = std::make_unique<object_added_st>();
+    const member_tables_st* shown = object->tables.load(std::memory_order_relaxed);
+    auto table = shown ? std::make_unique<member_tables_st>(*shown) : std::make_unique<member_tables_st>();
+    for (auto& member : made) {
+        member->index = table->members.size();
+        table->members.push_back(member.get());
+        table->by_symbol.insert(member->symbol, member.get());
+        object->added->by_symbol.insert(member->symbol, member.get());
+        object->added->members.push_back(std::move(member));
+    }
+    publish_tables(object, std::move(table));
+}
+
 // ---- the call context ----
 
 MemberScope::MemberScope(VmStack* stack, Object* object, Object* holder, const ClassMember* member,
@@ -277,6 +310,19 @@ void call_member_directly(VmStack* stack, Object* object, const ClassMember* mem
                           size_t argc, Variant* ret) {
     MemberScope scope(stack, object, holder, member, MEMBER_MODE_CALL);
     member->call(stack, argc, ret);
+}
+
+void read_property(VmStack* stack, Object* object, unsigned symbol, Variant* dest) {
+    Variant value;
+    try {
+        ObjectSlot slot(stack, object);
+        ParamWindow window(stack, slot.slot(), 0);
+        object->virtual_access(stack, symbol, 0, &value);
+    } catch (...) {
+        value.release(stack);
+        throw;
+    }
+    std::memcpy(static_cast<void*>(dest), &value, sizeof(Variant));
 }
 
 [[noreturn]] void raise_member_not_found(VmStack* stack, unsigned symbol) {
@@ -302,6 +348,13 @@ Class* builtin_class(VmStack* stack, unsigned symbol) {
 Class* builtin_class(VmStack* stack, const char* name) {
     if (!stack->resolver) throw RuntimeError(ERR_CLASS_NOT_FOUND, String(name));
     return builtin_class(stack, stack->resolver->symbolize(String(name)));
+}
+
+Object* create_empty_object(VmStack* stack, Variant* dest) {
+    Object* object = nullptr;
+    builtin_class(stack, "Empty")->create_instance(stack, &object);
+    wrap_new_object(object, dest);
+    return object;
 }
 
 Class* find_class(VmStack* stack, const String& name, const String* file) {

@@ -47,6 +47,10 @@ void wrap_new_object(Object* object, Variant* dest);
 // A built-in class by name (through the stack's resolver); 1733 when there is none.
 Class* builtin_class(VmStack* stack, const char* name);
 Class* builtin_class(VmStack* stack, unsigned symbol);
+// A new object of the class Empty, which has no members until some are
+// added (SCATTER NAME, Json.Decode), into dest, which must be clean.
+Object* create_empty_object(VmStack* stack, Variant* dest);
+
 // A class by name as CREATEOBJECT finds it; 1733 with the name when there is none.
 Class* find_class(VmStack* stack, const String& name, const String* file = nullptr);
 
@@ -65,10 +69,28 @@ void CreateObject(VmStack* stack, const String& class_name, const Variant* args,
 void call_member_directly(VmStack* stack, Object* object, const ClassMember* member, Object* holder,
                           size_t argc, Variant* ret);
 
+// One property for add_properties: its symbol, the name it shows (null: the
+// symbol's text) and its value (null: .F.).
+struct new_property_st {
+    unsigned symbol;
+    const String* name;
+    const Variant* value;
+};
+
+// Object::addproperty for many names at once, as SCATTER NAME and
+// Json.Decode make objects: a name the chain has with an assign handler is
+// assigned, the others become members of the instance, all entered with one
+// copy of the member tables. A name given twice keeps the later value.
+void add_properties(VmStack* stack, Object* object, const new_property_st* items, size_t count);
+
 // AddProperty by a name as users write it: "name", or "name[rows]" and
 // "name[rows, columns]" for an array whose elements all take the value. A
 // malformed name is 11.
 void add_property_by_name(VmStack* stack, Object* object, const String& name, const Variant* value);
+
+// A property's value as the language reads it (an access method runs),
+// into dest, which must be clean.
+void read_property(VmStack* stack, Object* object, unsigned symbol, Variant* dest);
 
 // Whether the running code may see the member: public always, protected
 // from a method of the same object, hidden from a method of the class that

@@ -21,9 +21,7 @@ void report_thread_error(VmStack* stack, const RuntimeError& error) {
     if (Screen* screen = stack->services ? stack->services->screen() : nullptr) screen->errendl(error.message);
 }
 
-// The thread's body: `run` of the object, on the thread's own stack.
-void run_thread(std::shared_ptr<VmThread> thread, object_ptr<Object> object) {
-    VmStack* stack = thread->stack.get();
+void run_method(VmStack* stack, const object_ptr<Object>& object) {
     Memvar* mark = stack->esp;
     try {
         stack->push()->set(object.raw());
@@ -31,13 +29,31 @@ void run_thread(std::shared_ptr<VmThread> thread, object_ptr<Object> object) {
         Variant result;
         object.get_internal()->virtual_call(stack, stack->resolver->symbolize(String("run")), 0, &result);
         result.release(stack);
+    } catch (...) {
+        stack->pop_to(mark);
+        throw;
+    }
+    stack->pop_to(mark);
+}
+
+// The thread's body: `run` of the object, on the thread's own stack, which
+// starts with data sessions of its own; the work areas it opened close
+// when it ends.
+void run_thread(std::shared_ptr<VmThread> thread, object_ptr<Object> object) {
+    VmStack* stack = thread->stack.get();
+    try {
+        run_method(stack, object);
     } catch (const RuntimeError& error) {
         report_thread_error(stack, error);
     } catch (const Exception&) {
         // QUIT and a THROW nobody caught end the thread's run quietly.
     } catch (const std::exception&) {
     }
-    stack->pop_to(mark);
+    try {
+        stack->sessions->close_work_areas(stack);
+    } catch (const RuntimeError& error) {
+        report_thread_error(stack, error);
+    }
     object.release_internal(stack);
     thread->running.store(false);
 }

@@ -4,6 +4,7 @@
 #include <filesystem>
 
 #include "base/call_trace.h"
+#include "objects/native_members.h"
 #include "tables/table_object_zodbf.h"
 #include "tables/table_sessions.h"
 #include "values/error.h"
@@ -18,14 +19,19 @@ String alias_of_file(const String& name) {
     return String(std::filesystem::path(name.u8str()).stem().string().c_str());
 }
 
-DataSession_Object::DataSession_Object(TableDataSessions* sessions, int32_t session_id)
-    : id(session_id), owner(sessions) {}
+DataSession_Object::DataSession_Object(Class* object_class, TableDataSessions* sessions, int32_t session_id)
+    : Object(object_class), id(session_id), owner(sessions) {}
 
 // Tables close with their last reference; a table still held elsewhere
 // stays open until that goes too.
 DataSession_Object::~DataSession_Object() {
-    destroy(owner ? owner->stack() : nullptr);
+    close_all(owner ? owner->stack() : nullptr);
     if (owner) owner->forget(this);
+}
+
+void DataSession_Object::destroy(VmStack* stack) {
+    close_all(stack);
+    Object::destroy(stack);
 }
 
 Table_Object* DataSession_Object::table_at(int32_t area) const {
@@ -130,7 +136,7 @@ void DataSession_Object::create(VmStack* stack, const String& name, const create
     assign(table, &stack->services->symbols(), alias_of_file(name), current_, false);
 }
 
-void DataSession_Object::destroy(VmStack* stack) {
+void DataSession_Object::close_all(VmStack* stack) {
     while (!work_areas_.empty()) {
         int32_t area = work_areas_.begin()->first;
         try {
@@ -162,31 +168,22 @@ void DataSession_Object::rollback(VmStack* stack) {
     for (auto& [area, table] : work_areas_) table->rollback_transaction(stack);
 }
 
-// ---- the object protocol: DataSessionId
+// ---- the class
 
-void DataSession_Object::datasessionid_access(VmStack*, unsigned long long, Variant* result) {
-    result->set_integer(id);
+void DataSession_Object::datasessionid_access(VmStack* stack, unsigned long long argc, Variant* result) {
+    refuse_subscripts(stack, argc);
+    result->set_integer(current_object<DataSession_Object>(stack)->id);
 }
 
-void DataSession_Object::virtual_call(VmStack* stack, unsigned symbol, size_t, Variant*) {
-    throw RuntimeError(ERR_PROPERTY_NOT_FOUND, stack->symbol_text(symbol));
-}
+const builtin_class_data_st session_class_data = {
+    [](VmStack* stack, Class* object_class) -> Object* {
+        return table_sessions(stack).new_session(object_class);
+    },
+    false};
 
-void DataSession_Object::virtual_access(VmStack* stack, unsigned symbol, size_t argc, Variant* ret) {
-    if (symbol != SYMBOL_DATASESSIONID) throw RuntimeError(ERR_PROPERTY_NOT_FOUND, stack->symbol_text(symbol));
-    if (argc) throw RuntimeError(ERR_ARGUMENT_INVALID);
-    ret->release(stack);
-    datasessionid_access(stack, argc, ret);
-}
-
-void DataSession_Object::virtual_access_ref(VmStack* stack, unsigned symbol, size_t, Variant*) {
-    if (symbol != SYMBOL_DATASESSIONID) throw RuntimeError(ERR_PROPERTY_NOT_FOUND, stack->symbol_text(symbol));
-    throw RuntimeError(ERR_PROPERTY_POINTER);
-}
-
-void DataSession_Object::virtual_assign(VmStack* stack, unsigned symbol, size_t) {
-    if (symbol != SYMBOL_DATASESSIONID) throw RuntimeError(ERR_PROPERTY_NOT_FOUND, stack->symbol_text(symbol));
-    throw RuntimeError(ERR_PROPERTY_READ_ONLY, stack->symbol_text(symbol));
-}
+const library_class_member_row_st session_members[] = {
+    {"DataSessionId", nullptr, DataSession_Object::datasessionid_access, nullptr, nullptr},
+    {nullptr, nullptr, nullptr, nullptr, nullptr},
+};
 
 }  // namespace zobase

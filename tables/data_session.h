@@ -2,11 +2,15 @@
 // A data session: the work areas a running program sees, numbered from 1 to
 // 32767, their aliases, the current work area, and the settings the session
 // holds (SET EXACT, SET DELETED, SET EXCLUSIVE and their kin). An object of
-// the built-in class "session"; its property DataSessionId tells its id.
+// the built-in class "Session"; its read-only property DataSessionId tells
+// its id. CREATEOBJECT("Session") makes a new session of the running stack,
+// which SET DATASESSION TO its id then selects; it closes its work areas
+// when its last reference goes.
 #include <cstdint>
 #include <map>
 #include <unordered_map>
 
+#include "objects/class.h"
 #include "tables/object_holder.h"
 #include "tables/table_definition.h"
 #include "tables/table_object.h"
@@ -21,9 +25,13 @@ class TableDataSessions;
 
 constexpr int32_t MAX_WORK_AREA = 32767;
 
+extern const builtin_class_data_st session_class_data;
+extern const library_class_member_row_st session_members[];
+constexpr const char* SESSION_CLASS_NAME = "Session";
+
 class DataSession_Object : public Object {
 public:
-    DataSession_Object(TableDataSessions* owner, int32_t id);
+    DataSession_Object(Class* object_class, TableDataSessions* owner, int32_t id);
     ~DataSession_Object() override;
 
     const int32_t id;
@@ -66,7 +74,9 @@ public:
     void create(VmStack* stack, const String& name, const createopts_st* options, fielddef_st* fields,
                 uint64_t count);
     // Closes every work area.
-    void destroy(VmStack* stack);
+    void close_all(VmStack* stack);
+    // The last reference went: the work areas close.
+    void destroy(VmStack* stack) override;
     // The work areas in use, by number.
     const std::map<int32_t, ObjectHolder<Table_Object>>& work_areas() const noexcept { return work_areas_; }
 
@@ -77,12 +87,7 @@ public:
     void end_transaction();
     void rollback(VmStack* stack);
 
-    void datasessionid_access(VmStack* stack, unsigned long long argc, Variant* result);
-
-    void virtual_call(VmStack* stack, unsigned symbol, size_t argc, Variant* ret) override;
-    void virtual_access(VmStack* stack, unsigned symbol, size_t argc, Variant* ret) override;
-    void virtual_access_ref(VmStack* stack, unsigned symbol, size_t argc, Variant* ret) override;
-    void virtual_assign(VmStack* stack, unsigned symbol, size_t argc) override;
+    static void datasessionid_access(VmStack* stack, unsigned long long argc, Variant* result);
 
 private:
     int32_t current_ = 1;

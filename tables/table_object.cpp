@@ -6,6 +6,7 @@
 #include <cstring>
 
 #include "base/call_trace.h"
+#include "objects/object.h"
 #include "tables/table_definition.h"
 #include "tables/table_sessions.h"
 #include "values/error.h"
@@ -47,6 +48,8 @@ void FieldSymbolMap::grow() {
         if (slot.symbol != 0) insert(slot.symbol, slot.index);
 }
 
+const builtin_class_data_st table_class_data = {nullptr, false};
+
 Table_Object::~Table_Object() = default;
 
 void Table_Object::internal_open(VmStack* stack) {
@@ -57,11 +60,37 @@ void Table_Object::internal_open(VmStack* stack) {
         uint32_t symbol = stack->resolver->symbolize(info.name);
         symbol_by_field_[index] = symbol;
         field_by_symbol_.insert(symbol, static_cast<uint16_t>(index));
+        add_field_member(info.name, symbol, index);
         // A general field has no value an expression could use.
         if (info.type == FIELD_TYPE_GENERAL || info.type == FIELD_TYPE_NONE) continue;
         expression_fields_.fields.push_back({symbol, static_cast<uint8_t>(info.type),
                                              static_cast<uint32_t>(info.width), static_cast<uint16_t>(index)});
     }
+    publish_field_members();
+}
+
+// The fields first, so that a field hides a class member of its name.
+void Table_Object::add_field_member(const String& name, uint32_t symbol, uint64_t index) {
+    auto member = std::make_unique<ClassMember>();
+    member->index = field_tables_.members.size();
+    member->type = MEMBER_PROPERTY;
+    member->name = name;
+    member->symbol = symbol;
+    member->slot = index;
+    member->access = field_member_access;
+    member->assign = field_member_assign;
+    field_tables_.members.push_back(member.get());
+    field_tables_.by_symbol.insert(symbol, member.get());
+    field_members_.push_back(std::move(member));
+}
+
+void Table_Object::publish_field_members() {
+    for (ClassMember* member : object_class->member_tables()->members) {
+        if (field_tables_.by_symbol.find(member->symbol)) continue;
+        field_tables_.members.push_back(member);
+        field_tables_.by_symbol.insert(member->symbol, member);
+    }
+    tables.store(&field_tables_, std::memory_order_release);
 }
 
 // ---- evaluation
@@ -263,25 +292,32 @@ void Table_Object::leave_record(VmStack* stack) {
 
 // ---- the object protocol
 
-void Table_Object::virtual_call(VmStack* stack, unsigned symbol, size_t, Variant*) {
-    throw RuntimeError(ERR_PROPERTY_NOT_FOUND, stack->symbol_text(symbol));
+void Table_Object::field_member_access(VmStack* stack, unsigned long long argc, Variant* ret) {
+    if (argc) throw RuntimeError(ERR_ARGUMENT_INVALID);
+    ret->release(stack);
+    current_object<Table_Object>(stack)->get_field(stack, stack->context.member->slot, ret);
+}
+
+void Table_Object::field_member_assign(VmStack* stack, unsigned long long argc) {
+    if (argc != 1) throw RuntimeError(ERR_ARGUMENT_INVALID);
+    Table_Object* self = current_object<Table_Object>(stack);
+    self->set_field(stack, stack->context.member->slot, Param(stack, argc));
+    self->commit(stack);
 }
 
 void Table_Object::virtual_access(VmStack* stack, unsigned symbol, size_t argc, Variant* ret) {
     int index = get_field_by_symbol_id(symbol);
-    if (index < 0) throw RuntimeError(ERR_PROPERTY_NOT_FOUND, stack->symbol_text(symbol));
+    if (index < 0) return Object::virtual_access(stack, symbol, argc, ret);
     if (argc) throw RuntimeError(ERR_ARGUMENT_INVALID);
     ret->release(stack);
     get_field(stack, static_cast<uint64_t>(index), ret);
 }
 
-// A field's value lives in a record buffer, never in a slot to lend.
-void Table_Object::virtual_access_ref(VmStack* stack, unsigned symbol, size_t, Variant*) {
-    if (get_field_by_symbol_id(symbol) < 0) throw RuntimeError(ERR_PROPERTY_NOT_FOUND, stack->symbol_text(symbol));
-    throw RuntimeError(ERR_PROPERTY_POINTER);
-}
-
 void Table_Object::virtual_assign(VmStack* stack, unsigned symbol, size_t argc) {
+    const ClassMember* member;
+    Object* holder;
+    if (get_field_by_symbol_id(symbol) < 0 && get_member(symbol, &member, &holder))
+        return Object::virtual_assign(stack, symbol, argc);
     if (argc != 1) throw RuntimeError(ERR_ARGUMENT_INVALID);
     set_field_by_symbol(stack, symbol, Param(stack, argc));
     commit(stack);

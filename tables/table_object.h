@@ -14,6 +14,7 @@
 #include <memory>
 #include <vector>
 
+#include "objects/class.h"
 #include "values/string.h"
 #include "values/variant.h"
 #include "vm/object.h"
@@ -71,15 +72,22 @@ private:
     size_t count_ = 0;
 };
 
+// The class of work areas as the language sees them: abstract, since only
+// USE and CREATE make one; its instances show their fields as properties.
+extern const builtin_class_data_st table_class_data;
+constexpr const char* TABLE_CLASS_NAME = "File";
+
 class Table_Object : public Object {
 public:
-    Table_Object() = default;
+    explicit Table_Object(Class* object_class) : Object(object_class) {}
     ~Table_Object() override;
 
-    // ---- the language's protocol: a member is a field
-    void virtual_call(VmStack* stack, unsigned symbol, size_t argc, Variant* ret) override;
+    // ---- the language's protocol: every field is a public property that
+    // reads the current record and writes it as REPLACE does; the members of
+    // the class come after the fields. A field is found here without the
+    // member look-up, since programs read fields in their inner loops.
     void virtual_access(VmStack* stack, unsigned symbol, size_t argc, Variant* ret) override;
-    void virtual_access_ref(VmStack* stack, unsigned symbol, size_t argc, Variant* ret) override;
+    // An unknown name is 12 here, as in REPLACE.
     void virtual_assign(VmStack* stack, unsigned symbol, size_t argc) override;
 
     // ---- field names: position from 0 to symbol and back
@@ -184,7 +192,8 @@ public:
     const Charset* charset = nullptr;
 
 protected:
-    // Enters every visible field under the symbol of its name.
+    // Enters every visible field under the symbol of its name, and shows
+    // the fields as members.
     void internal_open(VmStack* stack);
 
 private:
@@ -194,6 +203,10 @@ private:
     void locate_continue_for(VmStack* stack);
     bool locate_stops_here(VmStack* stack);
     std::unique_ptr<Program> compile(VmStack* stack, const String& text);
+    void add_field_member(const String& name, uint32_t symbol, uint64_t index);
+    static void field_member_access(VmStack* stack, unsigned long long argc, Variant* ret);
+    static void field_member_assign(VmStack* stack, unsigned long long argc);
+    void publish_field_members();
 
     FieldSymbolMap field_by_symbol_;
     struct named_field_st {
@@ -208,6 +221,9 @@ private:
     String filter_text_;
     std::unique_ptr<Program> locate_for_;
     std::unique_ptr<Program> locate_while_;
+    // The fields as members, before the class's own; what `tables` shows.
+    std::vector<std::unique_ptr<ClassMember>> field_members_;
+    member_tables_st field_tables_;
 };
 
 }  // namespace zobase

@@ -70,7 +70,7 @@ ObjectHolder<Table_Object> Table_Object_ZoDbf::use(VmStack* stack, const String&
     String path(canonical);
     uint32_t flags = FILE_OPEN_READ | (read_only ? 0 : FILE_OPEN_WRITE) | (shared ? FILE_OPEN_SHARED : 0);
     auto table = table_operation(TABLE_USE, [&] { return path; }, [&] { return open_dbf(path, flags); });
-    auto* object = new Table_Object_ZoDbf(std::move(table));
+    auto* object = new Table_Object_ZoDbf(builtin_class(stack, TABLE_CLASS_NAME), std::move(table));
     ObjectHolder<Table_Object> holder = ObjectHolder<Table_Object>::adopt(object);
     object->internal_open(stack);
     if (object->table_->is_in_database()) raise_not_available("kestro database container support");
@@ -104,14 +104,15 @@ ObjectHolder<Table_Object> Table_Object_ZoDbf::create(VmStack* stack, const Stri
             remove_table_files(fs::path(path.u8str()));
         throw;
     }
-    auto* object = new Table_Object_ZoDbf(std::move(table));
+    auto* object = new Table_Object_ZoDbf(builtin_class(stack, TABLE_CLASS_NAME), std::move(table));
     ObjectHolder<Table_Object> holder = ObjectHolder<Table_Object>::adopt(object);
     object->internal_open(stack);
     object->movefirst(stack);
     return holder;
 }
 
-Table_Object_ZoDbf::Table_Object_ZoDbf(std::unique_ptr<DbfFile> table) : table_(std::move(table)) {
+Table_Object_ZoDbf::Table_Object_ZoDbf(Class* object_class, std::unique_ptr<DbfFile> table)
+    : Table_Object(object_class), table_(std::move(table)) {
     charset = table_->charset;
 }
 

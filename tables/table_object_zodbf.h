@@ -25,7 +25,7 @@ public:
     static ObjectHolder<Table_Object> create(VmStack* stack, const String& name, const createopts_st* options,
                                              fielddef_st* fields, uint64_t count);
 
-    explicit Table_Object_ZoDbf(std::unique_ptr<DbfFile> table);
+    Table_Object_ZoDbf(Class* object_class, std::unique_ptr<DbfFile> table);
     ~Table_Object_ZoDbf() override;
 
     DbfFile* file() const noexcept { return table_.get(); }

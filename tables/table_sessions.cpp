@@ -1,6 +1,7 @@
 // The data sessions of a stack, and the names the VM asks them about.
 #include "tables/table_sessions.h"
 
+#include <exception>
 #include <typeinfo>
 
 #include "tables/table_object.h"
@@ -21,10 +22,9 @@ TableDataSessions::TableDataSessions(VmStack* stack) : DataSessions(nullptr), st
 // The work areas close while the stack still stands; sessions that the
 // language holds elsewhere outlive it, closed, and no longer know it.
 TableDataSessions::~TableDataSessions() {
-    for (auto& [id, reference] : sessions_) {
-        auto* session = static_cast<DataSession_Object*>(reference.object);
+    for (auto& [id, session] : sessions_) {
         try {
-            session->destroy(stack_);
+            session->close_all(stack_);
         } catch (const Exception&) {
         }
         session->owner = nullptr;
@@ -39,10 +39,28 @@ void TableDataSessions::make_current(const ObjectHolder<DataSession_Object>& ses
     use_settings_of(&session->settings);
 }
 
+DataSession_Object* TableDataSessions::new_session(Class* session_class) {
+    auto* session = new DataSession_Object(session_class, this, next_id_++);
+    sessions_.emplace(session->id, session);
+    return session;
+}
+
 void TableDataSessions::create_session(Variant* dest) {
-    auto* session = new DataSession_Object(this, next_id_++);
-    wrap_new_object(session, dest);
-    sessions_.emplace(session->id, dest->object);
+    wrap_new_object(new_session(builtin_class(stack_, SESSION_CLASS_NAME)), dest);
+}
+
+// Every session is tried; the first failure is raised after the others closed.
+void TableDataSessions::close_work_areas(VmStack* stack) {
+    std::exception_ptr failure;
+    for (auto& [id, session] : sessions_) {
+        try {
+            session->close_all(stack);
+        } catch (const RuntimeError&) {
+            if (!failure) failure = std::current_exception();
+        }
+    }
+    make_current(first_);
+    if (failure) std::rethrow_exception(failure);
 }
 
 void TableDataSessions::forget(DataSession_Object* session) noexcept { sessions_.erase(session->id); }
@@ -50,7 +68,7 @@ void TableDataSessions::forget(DataSession_Object* session) noexcept { sessions_
 void TableDataSessions::select_session(int32_t id) {
     auto found = sessions_.find(id);
     if (found == sessions_.end()) throw RuntimeError(ERR_SESSION_INVALID);
-    make_current(ObjectHolder<DataSession_Object>::of(found->second));
+    make_current(ObjectHolder<DataSession_Object>::of(found->second->self()));
 }
 
 }  // namespace zobase

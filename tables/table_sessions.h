@@ -29,6 +29,8 @@ public:
     void select_session(int32_t id);
     // A new session of this stack, as a value of the language, into a clean dest.
     void create_session(Variant* dest);
+    // A new session of this stack, not yet referenced, for CREATEOBJECT.
+    DataSession_Object* new_session(Class* session_class);
     // A session's destructor tells its stack it is gone.
     void forget(DataSession_Object* session) noexcept;
 
@@ -40,6 +42,7 @@ public:
     void write_field(VmStack* stack, const field_ref_st& field, const Variant& value) override;
     bool find_work_area(VmStack* stack, uint32_t alias, Variant* dest) override;
     void read_expression_field(VmStack* stack, uint16_t index, Variant* dest) override;
+    void close_work_areas(VmStack* stack) override;
 
 private:
     void make_current(const ObjectHolder<DataSession_Object>& session);
@@ -49,7 +52,7 @@ private:
     ObjectHolder<DataSession_Object> current_;
     // Every session made on this stack that still exists, by id. Not
     // counted: a session's destructor takes it out.
-    std::map<int32_t, object_ptr_st> sessions_;
+    std::map<int32_t, DataSession_Object*> sessions_;
     int32_t next_id_ = 1;
 };
 

@@ -57,6 +57,10 @@ public:
     // A field by position of the table whose index or filter expression is
     // running (VmOpReadFieldByIndex), into dest, which must be clean.
     virtual void read_expression_field(VmStack* stack, uint16_t index, Variant* dest) = 0;
+    // A thread's run ended: every work area of every session of the stack
+    // closes, so that no file stays open with nobody left to close it, and
+    // the first session is current again. Without work areas, nothing.
+    virtual void close_work_areas(VmStack*) {}
 
 protected:
     explicit DataSessions(session_settings_st* current) noexcept : settings_(current) {}

@@ -46,21 +46,24 @@ CATCH TO e
   ? "too deep to encode:", e.errorno
 ENDTRY
 
-* Objects wait for the object model: both directions are 1001, @err or not.
+* Bad objects: each is an error with its place, never a half-built object.
+= bad('{"a": 1,}', "trailing comma in an object")
+= bad('{"a" 1}', "missing colon")
+= bad('{1: 2}', "a key that is no string")
+= bad('{"a": ', "truncated object")
+= bad('{"a": [1, {"b": }]}', "a value missing inside")
+= bad(replicate('{"a":', 100000), "100,000 open objects")
+= bad(replicate('{"a":[', 600) + "1" + replicate(']}', 600), "1,200 nested arrays and objects")
+* An object that holds itself nests without end: too deep to encode.
+loop = CREATEOBJECT("Empty")
+= ADDPROPERTY(loop, "self", .NULL.)
+loop.self = loop
 TRY
-  = Json.Decode('[1, {"a": 1}]', @err)
+  = Json.Encode(loop)
 CATCH TO e
-  ? "object in JSON:", e.errorno, e.message
+  ? "an object holding itself:", e.errorno
 ENDTRY
-TRY
-  ERROR "x"
-CATCH TO thing
-ENDTRY
-TRY
-  = Json.Encode(array(1, thing))
-CATCH TO e
-  ? "object to JSON:", e.errorno, e.message
-ENDTRY
+loop.self = .NULL.
 
 FUNCTION bad(text, what)
 LOCAL result

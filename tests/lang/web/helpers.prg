@@ -1,4 +1,6 @@
-* URL encoding, HTML escaping, MIME header words and HTTP header lines.
+* URL encoding, query objects, HTML escaping, MIME header words and HTTP
+* header lines.
+DIMENSION names[1]
 ? http.urlencode("abc-_.~XYZ019"), http.urlencode("a b&c=d/e?f#g+h%i")
 ? http.urlencode("Grüße € 𝄞"), http.urlencode("") == ""
 ? http.urldecode("a%20b%26c%3Dd%2Fe%3Ff%23g%2Bh%25i"), http.urldecode("a+b"), http.urldecode("%7e%7E")
@@ -15,7 +17,12 @@ long = mime.header(replicate("ä", 40))
 ? http.header("Content-Type: text/plain; charset=utf-8")
 ? http.header("X-Empty:", .T.)
 ? "bad header lines:", fails("http.header('No colon')"), fails("http.header('Bad Name: x')"), fails("http.header('X: a' + chr(13) + chr(10) + 'Injected: 1')")
-? "query objects wait for the object model:", fails("http.parsequery('a=1')")
+* A query as an object: names and values decoded, the later of two values
+* kept, "name[]" gathered in an array, empty names skipped.
+q = http.parsequery("?a=1&b=x+y%20z&flag&a=3&l[]=1&l[]=2&=skip&n%C3%A4me=%E2%82%AC&&city=S%C3%A3o+Paulo")
+? Json.Encode(q)
+? "values:", q.a, q.b, "[" + q.flag + "]", alen(q.l), q.l[2], q.city
+? "an empty query has no members:", amembers(names, http.parsequery("")), amembers(names, http.parsequery("?"))
 
 FUNCTION fails(expression)
 TRY
