@@ -20,9 +20,13 @@
 
 namespace zobase {
 
+class Charset;
 class Collation;
+class DbfFile;
 class IndexFile;
 class Program;
+class Variant;
+class VmStack;
 
 enum IndexOption : uint16_t {
     INDEX_OPTION_DEFINED = 0x0001,  // kept as the definition gave it
@@ -52,6 +56,25 @@ enum SeekRng : unsigned {
 enum SeekDir : int {
     SEEK_FORWARD = 1,
     SEEK_BACKWARD = 2,
+};
+
+// What INDEX ON asks for.
+struct internal_indexdef_st {
+    String tag;
+    String key_expression;
+    String filter_expression;  // empty: none
+    String collation;          // empty: the machine order
+    bool defined = false;      // option bit 0, carried as given
+    bool unique = false;       // refuses a second record with the same key
+    bool descending = false;
+    bool binary = false;
+};
+
+// What a key expression turned out to be.
+struct IndexExpressionInfo {
+    IndexKeyKind kind = KEY_CHARACTER;
+    uint64_t length = 0;
+    bool nullable = false;
 };
 
 struct index_header_st {
@@ -124,6 +147,26 @@ public:
     // In a shared file, the header is read again unless the lock is held
     // still since this tag last looked; a changed version empties the cache.
     void check_version();
+
+    // ---- expressions (index_expression.cpp)
+    // Compiles the key (and filter) of the header and takes the kind of the
+    // key from a run on the shown record; the collation by the header's name.
+    void open(VmStack* stack, DbfFile* table);
+    // Compiles `text` and classifies its value on the shown record. Raises
+    // dbf_invalid_index_key_len, dbf_error_type_index_expression.
+    static std::unique_ptr<Program> analze_expression(VmStack* stack, DbfFile* table, const String& text,
+                                                      const Collation* collation, IndexExpressionInfo* info);
+    // The key of a value: full length for storing, else as long as the
+    // value makes it (a search key).
+    uint64_t create_key(const Variant* value, char* out, uint64_t length, bool full_length) const;
+    // The key of the shown record; null in a tag that is not nullable
+    // raises dbf_error_index_cannot_store_null.
+    uint64_t eval_key(VmStack* stack, char* out) const;
+    // True without a filter; false or null give false; any other kind is
+    // error 11.
+    bool eval_filter(VmStack* stack) const;
+    String key_text(const Charset* charset) const;
+    String filter_text(const Charset* charset) const;
 
     // ---- finding keys. A search key may be shorter than the tag's keys:
     // it then matches every key it begins.
