@@ -93,11 +93,11 @@ void void_stackcall_set_order_to(VmStack* stack, unsigned long long) {
     if ((flags & ORDER_FLAG_ASCENDING) && (flags & ORDER_FLAG_DESCENDING)) throw RuntimeError(ERR_ARGUMENT_INVALID);
     Table_Object* table = work_area_table(stack, argument(stack, 2), true);
     const Variant& tag = argument(stack, 1);
-    bool descending = flags & ORDER_FLAG_DESCENDING;
+    int direction = flags & ORDER_FLAG_DESCENDING ? SEEK_BACKWARD : flags & ORDER_FLAG_ASCENDING ? SEEK_FORWARD : 0;
     uint64_t number = 0;
-    if (is_null_argument(tag)) table->select_index(stack, 0, false);
-    else if (tag_number(tag.str(), &number)) table->select_index(stack, number, descending);
-    else table->select_index_tag(stack, tag.str(), descending);
+    if (is_null_argument(tag)) table->select_index(stack, 0, 0);
+    else if (tag_number(tag.str(), &number)) table->select_index(stack, number, direction);
+    else table->select_index_tag(stack, tag.str(), direction);
 }
 
 void void_stackcall_seek(VmStack* stack, unsigned long long) {

@@ -51,8 +51,9 @@ enum Readahead : unsigned {
 };
 
 // The order the cursor moves in. Without an index it is file order; the
-// index layer selects an Index and sets the four moves, swapped for a
-// descending order (to top is then go_bottom_in_index, and so on).
+// index layer selects an Index and sets the four moves, which walk the tag
+// backwards in a descending order: next always heads for the end of the
+// order, where eof is set.
 struct dbf_order_st {
     Index* index = nullptr;
     bool descending = false;
@@ -313,9 +314,10 @@ public:
     void reindex(VmStack* stack);
     // Null for an unknown name.
     Index* find_tag(const String& name) const;
-    void select_index(VmStack* stack, const String& name, bool descending);
+    // Direction 0 is the tag's own, 1 ascending, 2 descending.
+    void select_index(VmStack* stack, const String& name, int direction);
     // By number from 1; 0 selects file order.
-    void select_index(VmStack* stack, uint64_t number, bool descending);
+    void select_index(VmStack* stack, uint64_t number, int direction);
     void unselect_index();
     // The order's key of the shown record; the bytes written.
     uint64_t eval_key(VmStack* stack, char* out, uint64_t length) const;

@@ -263,7 +263,7 @@ void DbfFile::reindex(VmStack* stack) {
     if (file->is_shared()) throw dbf_error_need_exclusive_access();
     std::vector<internal_indexdef_st> definitions;
     String selected = order.index ? order.index->name : String();
-    bool descending = order.descending;
+    int direction = order.descending ? SEEK_BACKWARD : SEEK_FORWARD;
     for (const auto& tag : tags) {
         internal_indexdef_st d;
         d.tag = tag->name;
@@ -277,36 +277,32 @@ void DbfFile::reindex(VmStack* stack) {
     }
     delete_all_index_tags();
     for (const internal_indexdef_st& d : definitions) create_index_tag(stack, nullptr, &d);
-    if (selected.size()) select_index(stack, selected, descending);
+    if (selected.size()) select_index(stack, selected, direction);
 }
 
 // ---- the order
 
-void DbfFile::select_index(VmStack* stack, const String& name, bool descending) {
+void DbfFile::select_index(VmStack* stack, const String& name, int direction) {
     Index* tag = find_tag(name);
     if (!tag) throw dbf_error_unknown_index_tag(name);
+    bool descending = direction == 0 ? tag->header.descending : direction == SEEK_BACKWARD;
     order.index = tag;
     order.descending = descending;
     if (!order_cursor) order_cursor = std::make_unique<index_cursor_st>();
     *order_cursor = index_cursor_st();
-    if (descending) {
-        order.to_top = &DbfFile::go_bottom_in_index;
-        order.next = &DbfFile::go_prev_in_index;
-        order.previous = &DbfFile::go_next_in_index;
-        order.to_bottom = &DbfFile::go_top_in_index;
-    } else {
-        order.to_top = &DbfFile::go_top_in_index;
-        order.next = &DbfFile::go_next_in_index;
-        order.previous = &DbfFile::go_prev_in_index;
-        order.to_bottom = &DbfFile::go_bottom_in_index;
-    }
+    // The moves take the direction from the order: next is always towards
+    // the end of the order, and reaching it sets eof, also when descending.
+    order.to_top = &DbfFile::go_top_in_index;
+    order.next = &DbfFile::go_next_in_index;
+    order.previous = &DbfFile::go_prev_in_index;
+    order.to_bottom = &DbfFile::go_bottom_in_index;
     if (!eof && recno <= record_count && !appending) go_to_in_index(stack);
 }
 
-void DbfFile::select_index(VmStack* stack, uint64_t number, bool descending) {
+void DbfFile::select_index(VmStack* stack, uint64_t number, int direction) {
     if (number == 0) return unselect_index();
     if (number > tags.size()) throw dbf_error_unknown_index_tag(String(std::to_string(number).c_str()));
-    select_index(stack, tags[number - 1]->name, descending);
+    select_index(stack, tags[number - 1]->name, direction);
 }
 
 void DbfFile::unselect_index() { order = dbf_order_st(); }
@@ -343,19 +339,33 @@ void show_end(DbfFile* table, bool also_bof) {
     table->bof = also_bof;
 }
 
+// The record of the key the order stands on; a key naming a record the
+// table lacks is a damaged index.
+void show_key_record(DbfFile* table) {
+    try {
+        table->go_to_in_file(table->order_cursor->record());
+    } catch (const dbf_error_record_out_of_range&) {
+        throw dbf_index_file_corrupted(table->order.index->name);
+    }
+}
+
 }  // namespace
 
 void DbfFile::go_top_in_index() {
     if (!order.index) throw dbf_error_no_index_selected();
     bof = eof = false;
-    if (order.index->go_top(order_cursor.get())) return go_to_in_file(order_cursor->record());
+    index_cursor_st* cursor = order_cursor.get();
+    if (order.descending ? order.index->go_bottom(cursor) : order.index->go_top(cursor))
+        return show_key_record(this);
     show_end(this, true);
 }
 
 void DbfFile::go_bottom_in_index() {
     if (!order.index) throw dbf_error_no_index_selected();
     bof = eof = false;
-    if (order.index->go_bottom(order_cursor.get())) return go_to_in_file(order_cursor->record());
+    index_cursor_st* cursor = order_cursor.get();
+    if (order.descending ? order.index->go_top(cursor) : order.index->go_bottom(cursor))
+        return show_key_record(this);
     show_end(this, false);
 }
 
@@ -363,7 +373,9 @@ void DbfFile::go_next_in_index() {
     if (!order.index) throw dbf_error_no_index_selected();
     if (eof) return;
     bof = false;
-    if (order.index->go_next(order_cursor.get())) return go_to_in_file(order_cursor->record());
+    index_cursor_st* cursor = order_cursor.get();
+    if (order.descending ? order.index->go_prev(cursor) : order.index->go_next(cursor))
+        return show_key_record(this);
     show_end(this, false);
 }
 
@@ -371,8 +383,9 @@ void DbfFile::go_next_in_index() {
 void DbfFile::go_prev_in_index() {
     if (!order.index) throw dbf_error_no_index_selected();
     bof = eof = false;
-    if (order.index->go_prev(order_cursor.get())) return go_to_in_file(order_cursor->record());
-    bof = true;
+    index_cursor_st* cursor = order_cursor.get();
+    if (order.descending ? order.index->go_next(cursor) : order.index->go_prev(cursor))
+        return show_key_record(this);
     if (recno >= 1 && recno <= record_count) go_to_in_file(recno);
     bof = true;
 }
@@ -386,7 +399,7 @@ bool DbfFile::seek(const char* key, uint64_t length, unsigned range, int directi
         go_eof();
         return false;
     }
-    go_to_in_file(order_cursor->record());
+    show_key_record(this);
     return true;
 }
 

@@ -184,9 +184,10 @@ public:
     // ---- indexes (table_object_index.cpp). An order walks the table by a
     // tag; SEEK looks a key up in it.
     virtual void create_index(VmStack* stack, const internal_indexdef_st& definition) = 0;
-    virtual void select_index_tag(VmStack* stack, const String& name, bool descending) = 0;
+    // Direction 0 is the tag's own, 1 ascending, 2 descending.
+    virtual void select_index_tag(VmStack* stack, const String& name, int direction) = 0;
     // By number from 1; 0 is file order.
-    virtual void select_index(VmStack* stack, uint64_t number, bool descending) = 0;
+    virtual void select_index(VmStack* stack, uint64_t number, int direction) = 0;
     virtual void drop_index(const String& name) = 0;
     virtual void drop_all_indizes() = 0;
     virtual void reindex(VmStack* stack) = 0;

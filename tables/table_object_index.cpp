@@ -68,21 +68,21 @@ void Table_Object_ZoDbf::create_index(VmStack* stack, const internal_indexdef_st
     table_->expression_fields = &expression_fields();
     table_operation(TABLE_CREATE_INDEX, [&] { return filename(); }, [&] {
         table_->create_index_tag(stack, nullptr, &definition);
-        table_->select_index(stack, table_->tags.back()->name, definition.descending);
+        table_->select_index(stack, table_->tags.back()->name, 0);
     });
 }
 
-void Table_Object_ZoDbf::select_index_tag(VmStack* stack, const String& name, bool descending) {
+void Table_Object_ZoDbf::select_index_tag(VmStack* stack, const String& name, int direction) {
     leave_record(stack);
     ExpressionTableScope scope(stack, this);
     table_operation(TABLE_SELECT_INDEX, [&] { return tag_detail(name); },
-                    [&] { table_->select_index(stack, name, descending); });
+                    [&] { table_->select_index(stack, name, direction); });
 }
 
-void Table_Object_ZoDbf::select_index(VmStack* stack, uint64_t number, bool descending) {
+void Table_Object_ZoDbf::select_index(VmStack* stack, uint64_t number, int direction) {
     leave_record(stack);
     ExpressionTableScope scope(stack, this);
-    table_operation(TABLE_SELECT_INDEX, no_detail, [&] { table_->select_index(stack, number, descending); });
+    table_operation(TABLE_SELECT_INDEX, no_detail, [&] { table_->select_index(stack, number, direction); });
 }
 
 void Table_Object_ZoDbf::drop_index(const String& name) {

@@ -73,8 +73,8 @@ public:
     void close() override;
     // ---- indexes (table_object_index.cpp)
     void create_index(VmStack* stack, const internal_indexdef_st& definition) override;
-    void select_index_tag(VmStack* stack, const String& name, bool descending) override;
-    void select_index(VmStack* stack, uint64_t number, bool descending) override;
+    void select_index_tag(VmStack* stack, const String& name, int direction) override;
+    void select_index(VmStack* stack, uint64_t number, int direction) override;
     void drop_index(const String& name) override;
     void drop_all_indizes() override;
     void reindex(VmStack* stack) override;

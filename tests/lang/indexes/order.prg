@@ -33,6 +33,12 @@ GO TOP
 ? id
 SKIP
 ? id
+* A descending walk ends at the end of the file, as an ascending one does.
+n = 0
+SCAN
+  n = n + 1
+ENDSCAN
+? n, eof(), bof()
 INDEX ON score TAG score FOR score > 0
 SCAN
   ?? score, " "
