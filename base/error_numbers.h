@@ -15,6 +15,10 @@ enum ErrorNumber : int32_t {
 #undef ZO_ERROR
 };
 
+// A duplicate tag name: a number the error table has no row for, so its
+// text is empty.
+constexpr int32_t ERR_TAG_NAME_DUPLICATE = 1898;
+
 struct error_st {
     int32_t code;
     const char* message;

@@ -28,7 +28,7 @@ import time
 HERE = os.path.dirname(os.path.abspath(__file__))
 PROGRAMS = os.path.join(HERE, "tables")
 PYTHON = "/usr/bin/python3" if os.path.exists("/usr/bin/python3") else sys.executable
-STEPS = ["append", "scan", "goto"]
+STEPS = ["append", "scan", "goto", "indexed", "build", "seek", "walk"]
 
 
 def run(argv, cwd):

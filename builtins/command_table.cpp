@@ -16,10 +16,10 @@ const library_command_row_st core_command_rows[] = {
     {"copy_to", "CI", command_not_available<"copy_to">},
     {"create_table", "ICI?C?I|.?+", void_stackcall_create_table},
     {"declare", "CCIC|C?C+", void_stackcall_declare},
-    {"delete_all_tags", "", command_not_available<"delete_all_tags">},
+    {"delete_all_tags", "", void_stackcall_delete_all_tags},  // indexes
     {"delete_file", "C", void_stackcall_delete_file},
     {"delete_record", "", void_stackcall_delete_record},
-    {"delete_tag", "C", command_not_available<"delete_tag">},
+    {"delete_tag", "C", void_stackcall_delete_tag},  // indexes
     {"display_structure", "", void_stackcall_display_structure},
     {"drop_columns", "CC+", command_not_available<"drop_columns">},
     {"do", "CC?.?|.?$+", void_stackcall_do},
@@ -34,7 +34,7 @@ const library_command_row_st core_command_rows[] = {
     {"go_bottom", "I.?", void_stackcall_go_bottom},
     {"go_record", ".?I", void_stackcall_go_record},
     {"go_top", "I.?", void_stackcall_go_top},
-    {"index", "ICCC?C?", command_not_available<"index">},
+    {"index", "ICCC?C?", void_stackcall_index},  // indexes
     {"locate", "CC?I", void_stackcall_locate},
     {"mkdir", "C", void_stackcall_mkdir},
     {"modify_command", "C", command_not_available<"modify_command">},
@@ -42,7 +42,7 @@ const library_command_row_st core_command_rows[] = {
     {"private", "CC", void_stackcall_private},
     {"quit", "", void_stackcall_quit},
     {"recall_record", "", void_stackcall_recall_record},
-    {"reindex", "", command_not_available<"reindex">},
+    {"reindex", "", void_stackcall_reindex},  // indexes
     {"rename_table", "CC", command_not_available<"rename_table">},
     {"replace", "C.?.?", void_stackcall_replace},
     {"rollback", "", void_stackcall_rollback},
@@ -50,7 +50,7 @@ const library_command_row_st core_command_rows[] = {
     {"scatter_memvar", "I", void_stackcall_scatter_memvar},
     {"scatter_name", "I.@*", void_stackcall_scatter_name},
     {"scatter_to", "I.@*", void_stackcall_scatter_to},
-    {"seek", "I.?.?I?L?", command_not_available<"seek">},
+    {"seek", "I.?.?I?L?", void_stackcall_seek},  // indexes
     {"select", ".", void_stackcall_select},
     {"set", "I.", void_stackcall_set},
     {"set_century_to", "L", void_stackcall_set_century_to},

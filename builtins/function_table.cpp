@@ -45,7 +45,7 @@ const library_function_row_st core_function_rows[] = {
     {"astackinfo", "A@", stackcall_astackinfo, "I", 0},
     {"asubscript", "AII", stackcall_asubscript, "I", 0},
     {"at", "C?C?|I?", stackcall_at, "I?", 0},
-    {"ataginfo", ".@*", function_not_available<"ataginfo">, "I", 0},
+    {"ataginfo", ".@*", stackcall_ataginfo, "I", 0},  // indexes
     {"at_c", "C?C?|I?", stackcall_at, "I?", 0},
     {"atan", "N?", stackcall_atan, "N?", 0},
     {"atn2", "N?N?", stackcall_atn2, "N?", 0},
@@ -87,7 +87,7 @@ const library_function_row_st core_function_rows[] = {
     {"decrementref", "O", stackcall_decrementref, "I", 0},
     {"defaultext", "CC", stackcall_defaultext, "C", 0},
     {"deleted", "|.?", stackcall_deleted, "L", 0},
-    {"descending", "", function_not_available<"descending">, "L", 0},
+    {"descending", "", stackcall_descending, "L", 0},  // indexes
     {"detectcharset", "C|.@", stackcall_detectcharset, "C", 0},
     {"dimension", "II?.*", stackcall_dimension, "A", 0},
     {"directory", "C|I", stackcall_directory, "C", 0},
@@ -182,7 +182,7 @@ const library_function_row_st core_function_rows[] = {
     {"ob_end_flush", "", stackcall_ob_end_flush, "L", 0},
     {"ob_get_content", "", stackcall_ob_get_content, "C", 0},
     {"ob_start", "", stackcall_ob_start, "L", 0},
-    {"order", "|.", function_not_available<"order">, "C", 0},
+    {"order", "|.", stackcall_order, "C", 0},  // indexes
     {"os", "|I", stackcall_os, "C", 0},
     {"padl", "C?I?|C?", stackcall_padl, "C?", 0},
     {"padr", "C?I?|C?", stackcall_padr, "C?", 0},
@@ -238,7 +238,7 @@ const library_function_row_st core_function_rows[] = {
     {"system", "C|.@C", stackcall_system, "C", 0},
     {"tan", "N?", stackcall_tan, "N?", 0},
     {"test_asserts_on", "", stackcall_test_asserts_on, "L", 0},
-    {"tagno", "", function_not_available<"tagno">, "I", 0},
+    {"tagno", "", stackcall_tagno, "I", 0},  // indexes
     {"time", "|N?", stackcall_time, "C", 0},
     {"transform", ".?|C?", stackcall_transform, "C", 4},
     {"trim", "C?|.+", stackcall_rtrim, "C?", 0},

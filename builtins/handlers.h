@@ -265,7 +265,6 @@ void void_stackcall_locate(VmStack* stack, unsigned long long argc);
 void void_stackcall_continue(VmStack* stack, unsigned long long argc);
 void void_stackcall_unlock(VmStack* stack, unsigned long long argc);
 void void_stackcall_set_filter_to(VmStack* stack, unsigned long long argc);
-void void_stackcall_set_order_to(VmStack* stack, unsigned long long argc);
 void void_stackcall_set_datasession_to(VmStack* stack, unsigned long long argc);
 void void_stackcall_create_table(VmStack* stack, unsigned long long argc);
 void void_stackcall_drop_table(VmStack* stack, unsigned long long argc);
@@ -322,5 +321,16 @@ void stackcall_sqlmoreresults(VmStack* stack, unsigned long long argc, Variant* 
 void stackcall_sqlprepare(VmStack* stack, unsigned long long argc, Variant* result);
 void stackcall_sqlsetprop(VmStack* stack, unsigned long long argc, Variant* result);
 void stackcall_sqlstringconnect(VmStack* stack, unsigned long long argc, Variant* result);
+// ---- indexes (builtins/index_commands.cpp)
+void void_stackcall_index(VmStack* stack, unsigned long long argc);
+void void_stackcall_set_order_to(VmStack* stack, unsigned long long argc);
+void void_stackcall_seek(VmStack* stack, unsigned long long argc);
+void void_stackcall_reindex(VmStack* stack, unsigned long long argc);
+void void_stackcall_delete_tag(VmStack* stack, unsigned long long argc);
+void void_stackcall_delete_all_tags(VmStack* stack, unsigned long long argc);
+void stackcall_order(VmStack* stack, unsigned long long argc, Variant* result);
+void stackcall_tagno(VmStack* stack, unsigned long long argc, Variant* result);
+void stackcall_descending(VmStack* stack, unsigned long long argc, Variant* result);
+void stackcall_ataginfo(VmStack* stack, unsigned long long argc, Variant* result);
 
 }  // namespace zobase

@@ -31,8 +31,6 @@ enum UseFlags : long long {
 constexpr long long APPEND_BLANK = 1;
 constexpr long long LOCATE_REST = 1;
 constexpr long long UNLOCK_ALL = 1;
-constexpr long long ORDER_ASCENDING = 1;
-constexpr long long ORDER_DESCENDING = 2;
 
 long long flags_argument(VmStack* stack, unsigned long long i) { return argument(stack, i).integer; }
 
@@ -170,14 +168,6 @@ void void_stackcall_set_filter_to(VmStack* stack, unsigned long long) {
 }
 
 // Tags come with index files; until a table has one, every tag is unknown.
-void void_stackcall_set_order_to(VmStack* stack, unsigned long long) {
-    long long flags = flags_argument(stack, 3);
-    if ((flags & ORDER_ASCENDING) && (flags & ORDER_DESCENDING)) throw RuntimeError(ERR_ARGUMENT_INVALID);
-    work_area_table(stack, argument(stack, 2), true);
-    const Variant& tag = argument(stack, 1);
-    if (!is_null_argument(tag)) throw RuntimeError(ERR_TAG_NOT_FOUND, tag.str());
-}
-
 void void_stackcall_set_datasession_to(VmStack* stack, unsigned long long) {
     const Variant& id = argument(stack, 1);
     long long number = is_null_argument(id) ? 1 : id.integer;

@@ -682,9 +682,9 @@ filter_options: filter_option { $$ = CMD(STMT_INVALID); PUSH($$, $1); } | filter
 index_option:
     K_ADDITIVE { $$ = FLAG("ADDITIVE", @1); } | K_ASCENDING { $$ = FLAG("ASCENDING", @1); }
   | K_CANDIDATE { $$ = FLAG("CANDIDATE", @1); } | K_COLLATE ws expression { $$ = OPT("COLLATE", $3, @3); }
-  | K_DESCENDING { $$ = FLAG("DESCENDING", @1); } | K_ON ws expression { $$ = OPT("ON", $3, @3); }
+  | K_DESCENDING { $$ = FLAG("DESCENDING", @1); } | K_ON ws expression { $$ = grammar_text_option(ctx, "ON", $3, @3); }
   | K_TAG ws name_expression { $$ = OPT("TAG", $3, @3); } | K_UNIQUE { $$ = FLAG("UNIQUE", @1); }
-  | K_BINARY { $$ = FLAG("BINARY", @1); } | K_FOR ws expression { $$ = OPT("FOR", $3, @3); }
+  | K_BINARY { $$ = FLAG("BINARY", @1); } | K_FOR ws expression { $$ = grammar_text_option(ctx, "FOR", $3, @3); }
   ;
 index_options: index_option { $$ = CMD(STMT_INVALID); PUSH($$, $1); } | index_options ws index_option { $$ = $1; PUSH($$, $3); } ;
 locate_option:

@@ -55,4 +55,9 @@ inline void write_be32(char* p, uint32_t v) noexcept {
     for (int i = 0; i < 4; ++i) p[i] = static_cast<char>(v >> (24 - 8 * i));
 }
 
+inline void write_be64(char* p, uint64_t v) noexcept {
+    write_be32(p, static_cast<uint32_t>(v >> 32));
+    write_be32(p + 4, static_cast<uint32_t>(v));
+}
+
 }  // namespace zobase

@@ -158,11 +158,6 @@ void DbfFile::go_to(VmStack* stack, uint64_t number) {
     if (order.index) go_to_in_index(stack);
 }
 
-void DbfFile::go_to_in_index(VmStack*) { throw dbf_error_no_index_selected(); }
-void DbfFile::go_top_in_index() { throw dbf_error_no_index_selected(); }
-void DbfFile::go_next_in_index() { throw dbf_error_no_index_selected(); }
-void DbfFile::go_prev_in_index() { throw dbf_error_no_index_selected(); }
-void DbfFile::go_bottom_in_index() { throw dbf_error_no_index_selected(); }
 
 uint64_t DbfFile::reccount() {
     refresh_dbf_header();

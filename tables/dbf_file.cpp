@@ -1,6 +1,8 @@
 // Opening a DBF table: the header and descriptor images, the open sequence
 // with its checks, and the memo file that belongs to the table.
 #include "tables/dbf_file.h"
+#include "tables/index.h"
+#include "tables/index_file.h"
 
 #include <algorithm>
 #include <cctype>
@@ -125,6 +127,7 @@ void DbfFile::close() {
     if (!file) return;
     try {
         flush();
+        if (cdx) cdx->close();
     } catch (...) {
         file->close();
         throw;

@@ -25,6 +25,8 @@
 #include "tables/file.h"
 #include "tables/file_lock.h"
 #include "tables/fpt_file.h"
+#include "tables/index.h"
+#include "tables/index_file.h"
 #include "tables/table_definition.h"
 #include "values/number_types.h"
 #include "values/string.h"
@@ -34,8 +36,12 @@ namespace zobase {
 class Charset;
 class DbfFile;
 class Index;
+class IndexFile;
 class Variant;
 class VmStack;
+struct compiler_table_context_st;
+struct index_cursor_st;
+struct internal_indexdef_st;
 
 // How go() reads a record; a set of bits.
 enum Readahead : unsigned {
@@ -45,8 +51,9 @@ enum Readahead : unsigned {
 };
 
 // The order the cursor moves in. Without an index it is file order; the
-// index layer selects an Index and sets the four moves, swapped for a
-// descending order (to top is then go_bottom_in_index, and so on).
+// index layer selects an Index and sets the four moves, which walk the tag
+// backwards in a descending order: next always heads for the end of the
+// order, where eof is set.
 struct dbf_order_st {
     Index* index = nullptr;
     bool descending = false;
@@ -114,6 +121,14 @@ public:
     bool descriptors_dirty = false;  // autoincrement values wait for the flush
 
     dbf_order_st order;
+    // ---- indexes (dbf_indexes.cpp): the structural CDX, its directory and
+    // its tags in directory order, and the position of the order in its tag.
+    std::unique_ptr<IndexFile> cdx;
+    std::unique_ptr<Index> directory;
+    std::vector<std::unique_ptr<Index>> tags;
+    std::unique_ptr<index_cursor_st> order_cursor;
+    // The fields that key and filter expressions read, by the table object.
+    const compiler_table_context_st* expression_fields = nullptr;
     // The records this object holds locked, in a shared writable table.
     std::set<uint64_t> locked_records;
     // A transaction holds the append lock from its first append to its end.
@@ -286,6 +301,31 @@ public:
     // has no index file.
     void lock_indizes();
     void unlock_indizes();
+
+    // ---- indexes (dbf_indexes.cpp). Key and filter expressions run on the
+    // shown record, with this table's object current for the expressions.
+    void create_compound_auto_open_index_file(VmStack* stack);
+    void open_compound_auto_open_index_file(VmStack* stack);
+    void create_index_tag(VmStack* stack, const createopts_st* options, const internal_indexdef_st* definition);
+    // Needs exclusive use (dbf_error_need_exclusive_access).
+    void delete_index_tag(const String& name);
+    void delete_all_index_tags();
+    // Builds every tag again from the records.
+    void reindex(VmStack* stack);
+    // Null for an unknown name.
+    Index* find_tag(const String& name) const;
+    // Direction 0 is the tag's own, 1 ascending, 2 descending.
+    void select_index(VmStack* stack, const String& name, int direction);
+    // By number from 1; 0 selects file order.
+    void select_index(VmStack* stack, uint64_t number, int direction);
+    void unselect_index();
+    // The order's key of the shown record; the bytes written.
+    uint64_t eval_key(VmStack* stack, char* out, uint64_t length) const;
+    // Positions on the key (see Index::seek) and reads its record, or goes
+    // to the end of the file. True when the cursor stands on a key.
+    bool seek(const char* key, uint64_t length, unsigned range, int direction);
+    // The key the order stands on, null when it stands on none.
+    const char* current_key() const;
 
 private:
     bool shared_writable() const noexcept { return file->is_shared() && file->is_writable(); }

@@ -71,8 +71,4 @@ void DbfFile::release_append_lock() {
         throw dbf_error_release_append_lock_failed();
 }
 
-// A table has no index file until the index layer opens one.
-void DbfFile::lock_indizes() {}
-void DbfFile::unlock_indizes() {}
-
 }  // namespace zobase

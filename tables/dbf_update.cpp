@@ -132,10 +132,6 @@ void DbfFile::rewrite_record(VmStack* stack) {
     if (!was_locked && isrlocked(recno)) internal_unlock();
 }
 
-// Index keys follow each written record; a table has none until the index
-// layer opens index files, so there is nothing to change here yet.
-void DbfFile::update_keys(VmStack*) {}
-
 void DbfFile::write_record() {
     if (recno == 0) throw dbf_error_record_out_of_range();
     if (in_pending(recno))

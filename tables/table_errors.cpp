@@ -30,6 +30,10 @@ void translate_use(const String& name) {
         raise(ERR_MEMO_FILE_INVALID, name);
     } catch (const dbf_error_file_corruption&) {
         raise(ERR_TABLE_CORRUPTED, name);
+    } catch (const dbf_cdx_file_missing&) {
+        throw RuntimeError(ERR_STRUCTURAL_CDX_NOT_FOUND);
+    } catch (const dbf_index_file_corrupted&) {
+        raise(ERR_INDEX_CORRUPTED, name);
     } catch (const file_error&) {
         throw RuntimeError(ERR_FILESYSTEM_GENERIC);
     } catch (const dbf_exception&) {
@@ -136,6 +140,18 @@ void translate_update(const String& alias) {
     }
 }
 
+// Seeks and moves in index order.
+void translate_seek(const String&) {
+    try {
+        throw;
+    } catch (const dbf_index_file_corrupted& e) {
+        raise(ERR_INDEX_CORRUPTED, e.detail);
+    } catch (const dbf_error_no_index_selected&) {
+        throw RuntimeError(ERR_NO_INDEX_ORDER);
+    } catch (...) {
+    }
+}
+
 void translate_remove(const String& name) {
     try {
         throw;
@@ -147,6 +163,62 @@ void translate_remove(const String& name) {
     }
 }
 
+// ---- indexes
+
+void translate_create_index(const String& name) {
+    try {
+        throw;
+    } catch (const dbf_error_index_tag_name_duplicate& e) {
+        raise(ERR_TAG_NAME_DUPLICATE, e.detail);
+    } catch (const dbf_error_index_tag_name_invalid_characters& e) {
+        raise(ERR_TAG_NAME_INVALID, e.detail);
+    } catch (const dbf_error_index_tag_name_too_long& e) {
+        raise(ERR_TAG_NAME_TOO_LONG, e.detail);
+    } catch (const dbf_illegal_recursion&) {
+        throw RuntimeError(ERR_ILLEGAL_RECURSION);
+    } catch (const dbf_invalid_index_key_len&) {
+        throw RuntimeError(ERR_KEY_LENGTH_INVALID);
+    } catch (const dbf_unique_key_violation& e) {
+        raise(ERR_UNIQUENESS_VIOLATED, e.detail);
+    } catch (const dbf_index_filter_must_be_logical&) {
+        throw RuntimeError(ERR_FOR_WHILE_NOT_LOGICAL);
+    } catch (const dbf_error_type_index_expression&) {
+        throw RuntimeError(ERR_MEMO_OPERATION_INVALID);
+    } catch (const dbf_error_cannot_create_cdx&) {
+        raise(ERR_FILE_EXISTS, name);
+    } catch (const dbf_error_index_cannot_store_null&) {
+        throw RuntimeError(ERR_INDEX_NULL);
+    } catch (const dbf_index_file_corrupted&) {
+        raise(ERR_INDEX_CORRUPTED, name);
+    } catch (...) {
+    }
+}
+
+void translate_select_index(const String&) {
+    try {
+        throw;
+    } catch (const dbf_error_unknown_index_tag& e) {
+        raise(ERR_TAG_NOT_FOUND, e.detail);
+    } catch (const dbf_select_binary_index_not_supported&) {
+        throw RuntimeError(ERR_NOT_AVAILABLE);
+    } catch (const dbf_error_need_exclusive_access&) {
+        throw RuntimeError(ERR_EXCLUSIVE_REQUIRED);
+    } catch (...) {
+    }
+    translate_seek(String());
+}
+
+void translate_create_key(const String&) {
+    try {
+        throw;
+    } catch (const dbf_error_field_type_conflict&) {
+        throw RuntimeError(ERR_ARGUMENT_INVALID);
+    } catch (const dbf_error_no_index_selected&) {
+        throw RuntimeError(ERR_NO_INDEX_ORDER);
+    } catch (...) {
+    }
+}
+
 typedef void (*translation_fn)(const String& detail);
 
 // Keyed by TableOperation.
@@ -154,6 +226,7 @@ const translation_fn translations[] = {
     translate_use,       translate_create,     translate_field_read, translate_set_null,
     translate_set_value, translate_set_number, translate_set_string, translate_go,
     translate_update,    translate_remove,     nullptr,
+    translate_create_index, translate_select_index, translate_create_key, translate_seek, translate_seek,
 };
 
 }  // namespace

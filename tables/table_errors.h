@@ -23,6 +23,12 @@ enum TableOperation : int {
     TABLE_UPDATE,
     TABLE_REMOVE,      // dropping a table's files
     TABLE_OTHER,       // moves, locks, closing: nothing of their own to translate
+    // ---- indexes
+    TABLE_CREATE_INDEX,
+    TABLE_SELECT_INDEX,  // selecting and dropping tags
+    TABLE_CREATE_KEY,    // a search key from a value
+    TABLE_SEEK,
+    TABLE_MOVE,          // moves in index order
 };
 
 // Raises the number that the operation's list gives the exception being

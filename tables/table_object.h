@@ -25,6 +25,17 @@ namespace zobase {
 
 class Charset;
 class VmStack;
+struct internal_indexdef_st;
+
+// What ataginfo() and the order functions tell of a tag.
+struct table_index_info_st {
+    String name;
+    String key_expression;
+    String filter_expression;
+    String collation;
+    bool unique = false;
+    bool descending = false;
+};
 
 // Buffering modes of cursorsetprop("Buffering").
 enum TableBuffering : int32_t {
@@ -177,6 +188,38 @@ public:
     virtual void revert() = 0;
     // Writes what is pending and closes the files; the object stays, closed.
     virtual void close() = 0;
+
+    // ---- indexes (table_object_index.cpp). An order walks the table by a
+    // tag; SEEK looks a key up in it.
+    virtual void create_index(VmStack* stack, const internal_indexdef_st& definition) = 0;
+    // Direction 0 is the tag's own, 1 ascending, 2 descending.
+    virtual void select_index_tag(VmStack* stack, const String& name, int direction) = 0;
+    // By number from 1; 0 is file order.
+    virtual void select_index(VmStack* stack, uint64_t number, int direction) = 0;
+    virtual void drop_index(const String& name) = 0;
+    virtual void drop_all_indizes() = 0;
+    virtual void reindex(VmStack* stack) = 0;
+    virtual uint64_t cnt_indizes() = 0;
+    // By number from 1; false past the last tag.
+    virtual bool get_index_info(uint64_t number, table_index_info_st* out) = 0;
+    // The number of the order's tag; 0 in file order.
+    virtual uint64_t current_index() = 0;
+    virtual bool descending() = 0;
+    // 1 ascending, 2 descending; error 26 without an order.
+    virtual int get_index_dir() = 0;
+    // The order's key of a value: full length, or a search key as long as
+    // the value makes it. Error 26 without an order, 11 for a value of
+    // another kind.
+    virtual uint64_t create_index_key(VmStack* stack, const Variant* value, bool full_length, char* out) = 0;
+    // The key the order stands on; null when it stands on none.
+    virtual const char* get_index_key() = 0;
+    // Positions on the key as the range and direction say (see Index::seek).
+    virtual bool seek_lowlevel(VmStack* stack, const char* key, uint64_t length, unsigned range, int direction) = 0;
+    // SEEK: the first record in range whose key begins with (or, for an
+    // exact key, equals) the value's. Sets `found`; without it the cursor
+    // goes to the end, unless `near` leaves it on the next greater key.
+    bool seek(VmStack* stack, const Variant* value, int key_option, unsigned range, int direction, bool near);
+    bool seek(VmStack* stack, const char* key, uint64_t length, unsigned range, int direction, bool near);
 
     // ---- transactions of the data session (BEGIN TRANSACTION). Records are
     // written as ever, but each first keeps the record as it stood and stays

@@ -74,6 +74,7 @@ ObjectHolder<Table_Object> Table_Object_ZoDbf::use(VmStack* stack, const String&
     ObjectHolder<Table_Object> holder = ObjectHolder<Table_Object>::adopt(object);
     object->internal_open(stack);
     if (object->table_->is_in_database()) raise_not_available("kestro database container support");
+    object->open_indexes(stack);
     object->movefirst(stack);
     return holder;
 }
@@ -107,6 +108,7 @@ ObjectHolder<Table_Object> Table_Object_ZoDbf::create(VmStack* stack, const Stri
     auto* object = new Table_Object_ZoDbf(builtin_class(stack, TABLE_CLASS_NAME), std::move(table));
     ObjectHolder<Table_Object> holder = ObjectHolder<Table_Object>::adopt(object);
     object->internal_open(stack);
+    object->table_->expression_fields = &object->expression_fields();
     object->movefirst(stack);
     return holder;
 }
@@ -214,24 +216,26 @@ void Table_Object_ZoDbf::set_field_string(uint64_t index, const String& value) {
 
 // ---- the cursor
 
+// In index order the key of the record finds its place in the order.
 void Table_Object_ZoDbf::go(VmStack* stack, uint64_t number) {
+    ExpressionTableScope scope(stack, this);
     table_operation(TABLE_GO, no_detail, [&] { table_->go_to(stack, number); });
 }
 
 void Table_Object_ZoDbf::movetoeof() { table_->go_eof(); }
 
 void Table_Object_ZoDbf::movefirst_lowlevel(VmStack*) {
-    table_operation(TABLE_OTHER, no_detail, [&] { table_->go_top(); });
+    table_operation(TABLE_MOVE, no_detail, [&] { table_->go_top(); });
 }
 
 void Table_Object_ZoDbf::movenext_lowlevel(VmStack*) {
-    table_operation(TABLE_OTHER, no_detail, [&] { table_->go_next(); });
+    table_operation(TABLE_MOVE, no_detail, [&] { table_->go_next(); });
 }
 
 // Before record 1 the engine sets bof and refuses the move; bof is what the
 // moves above look at.
 void Table_Object_ZoDbf::moveprevious_lowlevel(VmStack*) {
-    table_operation(TABLE_OTHER, no_detail, [&] {
+    table_operation(TABLE_MOVE, no_detail, [&] {
         try {
             table_->go_prev();
         } catch (const dbf_error_record_out_of_range&) {
@@ -241,7 +245,7 @@ void Table_Object_ZoDbf::moveprevious_lowlevel(VmStack*) {
 }
 
 void Table_Object_ZoDbf::movelast_lowlevel(VmStack*) {
-    table_operation(TABLE_OTHER, no_detail, [&] { table_->go_bottom(); });
+    table_operation(TABLE_MOVE, no_detail, [&] { table_->go_bottom(); });
 }
 
 uint64_t Table_Object_ZoDbf::reccount() {

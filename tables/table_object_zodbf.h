@@ -71,6 +71,24 @@ public:
     void update(VmStack* stack) override;
     void revert() override { table_->revert(); }
     void close() override;
+    // ---- indexes (table_object_index.cpp)
+    void create_index(VmStack* stack, const internal_indexdef_st& definition) override;
+    void select_index_tag(VmStack* stack, const String& name, int direction) override;
+    void select_index(VmStack* stack, uint64_t number, int direction) override;
+    void drop_index(const String& name) override;
+    void drop_all_indizes() override;
+    void reindex(VmStack* stack) override;
+    uint64_t cnt_indizes() override { return table_->tags.size(); }
+    bool get_index_info(uint64_t number, table_index_info_st* out) override;
+    uint64_t current_index() override;
+    bool descending() override { return table_->order.index && table_->order.descending; }
+    int get_index_dir() override;
+    uint64_t create_index_key(VmStack* stack, const Variant* value, bool full_length, char* out) override;
+    const char* get_index_key() override { return table_->current_key(); }
+    bool seek_lowlevel(VmStack* stack, const char* key, uint64_t length, unsigned range, int direction) override;
+    // Opens the structural index file with the table.
+    void open_indexes(VmStack* stack);
+
     void begin_transaction() override;
     void end_transaction() override;
     void rollback_transaction(VmStack* stack) override;

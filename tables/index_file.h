@@ -1,0 +1,83 @@
+#pragma once
+// IndexFile: one CDX file, holding the tag directory and any number of tags.
+// Layout: the directory's 1024-byte header at 0, its root node at 1024, then
+// tag headers and nodes in the order they were allocated. Positions are
+// absolute and 32-bit; 0xFFFFFFFF is none. Space is never reclaimed.
+//
+// Nodes pass through a cache of 64, most recently used first. A node written
+// stays in the cache as changed until the file is flushed: at the release of
+// the index lock in a shared file (so that nobody reads a file without what
+// the lock holder wrote), and when the table writes its pending records or
+// closes in an unshared one. A changed node pushed out of the cache is
+// written then.
+#include <cstdint>
+#include <list>
+#include <map>
+#include <memory>
+#include <string>
+#include <unordered_map>
+
+#include "tables/file.h"
+#include "tables/index_node.h"
+
+namespace zobase {
+
+class Charset;
+
+class IndexFile {
+public:
+    // The byte the index lock takes.
+    static constexpr uint64_t LOCK_POSITION = 0x7FFFFFFE;
+    static constexpr size_t CACHE_CAPACITY = 64;
+
+    std::unique_ptr<File> file;
+    uint64_t allocation_position = 0;  // the file's end when last locked; where the next node lands
+    bool locked = false;
+    size_t cache_capacity = CACHE_CAPACITY;
+    uint64_t lock_counter = 0;  // grows with every lock taken
+    const Charset* charset = nullptr;
+
+    IndexFile(File* file, const Charset* charset);
+    ~IndexFile();
+    IndexFile(const IndexFile&) = delete;
+    IndexFile& operator=(const IndexFile&) = delete;
+
+    bool shared() const noexcept { return file->is_shared(); }
+
+    // A header of 1024 bytes, or its first `size` bytes, at a position;
+    // raises dbf_index_file_corrupted when the file ends before it.
+    void read_header(uint64_t position, char* bytes, uint64_t size = INDEX_HEADER_SIZE);
+    // Held until the next flush, as a changed node is.
+    void write_header(uint64_t position, const char* bytes, uint64_t size);
+    // A node through the cache, decoded for a tag of that key length.
+    void read_node(uint32_t position, uint32_t key_length, bool compact_tag, index_node_st* out);
+    void write_node(const index_node_st& node);
+    // `size` bytes at the end of the file.
+    uint32_t allocate(uint32_t size);
+
+    // The index lock: a no-op that succeeds in an unshared file. On taking
+    // it, the file's size becomes the allocation position.
+    bool lock();
+    // Writes what is changed, then releases the lock.
+    void unlock();
+    // Writes every changed node and header.
+    void flush();
+    // Forgets every cached node (another process has changed the file).
+    void empty_cache();
+    uint64_t cached_nodes() const noexcept { return cache_.size(); }
+    void close();
+
+private:
+    struct cache_entry_st {
+        index_node_st node;
+        bool changed = false;
+    };
+    void write_out(const cache_entry_st& entry);
+    void make_room();
+
+    std::list<cache_entry_st> cache_;  // most recently used first
+    std::unordered_map<uint32_t, std::list<cache_entry_st>::iterator> by_position_;
+    std::map<uint64_t, std::string> pending_headers_;
+};
+
+}  // namespace zobase

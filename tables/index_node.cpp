@@ -1,0 +1,314 @@
+// Node encodings: the header fields, compact leaves with their geometry and
+// incremental key expansion, basic nodes, and the split of a full node.
+#include "tables/index_node.h"
+
+#include <algorithm>
+#include <cstring>
+
+#include "tables/byte_order.h"
+#include "values/error.h"
+
+namespace zobase {
+
+namespace {
+
+uint8_t bits_for(uint64_t value) noexcept {
+    uint8_t bits = 0;
+    while (value >> bits) ++bits;
+    return bits;
+}
+
+uint64_t mask_of(uint8_t bits) noexcept { return bits >= 64 ? ~0ull : (1ull << bits) - 1; }
+
+uint64_t read_entry(const char* at, uint8_t size) noexcept {
+    uint64_t value = 0;
+    for (uint8_t i = 0; i < size; ++i) value |= static_cast<uint64_t>(static_cast<unsigned char>(at[i])) << (8 * i);
+    return value;
+}
+
+void write_leaf_key_prefix_octetLen(char* at, const compact_geometry_st& g, uint32_t record, uint32_t duplicate,
+                                    uint32_t trailing) {
+    if (record > g.record_mask || duplicate > g.duplicate_mask || trailing > g.trailing_mask)
+        throw dbf_error_not_impl();
+    uint64_t value = record | static_cast<uint64_t>(duplicate) << g.record_bits |
+                     static_cast<uint64_t>(trailing) << (g.record_bits + g.duplicate_bits);
+    for (uint8_t i = 0; i < g.entry_size; ++i) at[i] = static_cast<char>(value >> (8 * i));
+}
+
+[[noreturn]] void corrupted() { throw dbf_index_file_corrupted(); }
+
+// What each key of a compact leaf stores, and the largest counts.
+struct compact_layout_st {
+    std::vector<uint32_t> duplicate, trailing;
+    uint32_t stored_total = 0;
+    uint32_t max_duplicate = 0, max_trailing = 0, max_record = 0;
+};
+
+void lay_out(const node_entries_st& entries, char pad, compact_layout_st* layout) {
+    uint32_t k = entries.key_length;
+    size_t n = entries.size();
+    layout->duplicate.resize(n);
+    layout->trailing.resize(n);
+    for (size_t i = 0; i < n; ++i) {
+        uint32_t t = trailing_pad_count(entries.key(i), k, pad);
+        uint32_t d = i ? analyzePrefix(entries.key(i - 1), entries.key(i), k, pad) : 0;
+        layout->duplicate[i] = d;
+        layout->trailing[i] = t;
+        layout->stored_total += k - d - t;
+        layout->max_duplicate = std::max(layout->max_duplicate, d);
+        layout->max_trailing = std::max(layout->max_trailing, t);
+        layout->max_record = std::max(layout->max_record, entries.records[i]);
+    }
+}
+
+}  // namespace
+
+compact_geometry_st calc_compact_node_geometry(uint64_t max_record, uint64_t max_duplicate, uint64_t max_trailing) {
+    uint8_t record = bits_for(max_record), duplicate = bits_for(max_duplicate), trailing = bits_for(max_trailing);
+    if (record > 32 || duplicate > 8 || trailing > 8) throw dbf_error_not_impl();
+    while ((record + duplicate + trailing) % 8 && record < 32) ++record;
+    compact_geometry_st g;
+    g.record_bits = record;
+    g.duplicate_bits = duplicate;
+    g.trailing_bits = trailing;
+    g.record_mask = static_cast<uint32_t>(mask_of(record));
+    g.duplicate_mask = static_cast<uint8_t>(mask_of(duplicate));
+    g.trailing_mask = static_cast<uint8_t>(mask_of(trailing));
+    g.entry_size = static_cast<uint8_t>((record + duplicate + trailing + 7) / 8);
+    return g;
+}
+
+void index_node_st::decode(uint32_t length, bool compact_tag) {
+    key_length = length;
+    attributes = read_le16(bytes);
+    count = read_le16(bytes + 2);
+    left = read_le32(bytes + 4);
+    right = read_le32(bytes + 8);
+    root = attributes & NODE_ROOT;
+    leaf = attributes & NODE_LEAF;
+    compact = leaf && compact_tag;
+    if (!compact) {
+        if (count > basic_capacity()) corrupted();
+        return;
+    }
+    free_space = read_le16(bytes + 12);
+    geometry.record_mask = read_le32(bytes + 14);
+    geometry.duplicate_mask = static_cast<uint8_t>(bytes[18]);
+    geometry.trailing_mask = static_cast<uint8_t>(bytes[19]);
+    geometry.record_bits = static_cast<uint8_t>(bytes[20]);
+    geometry.duplicate_bits = static_cast<uint8_t>(bytes[21]);
+    geometry.trailing_bits = static_cast<uint8_t>(bytes[22]);
+    geometry.entry_size = static_cast<uint8_t>(bytes[23]);
+    const compact_geometry_st& g = geometry;
+    if (g.entry_size == 0 || g.entry_size > 8 || g.record_bits > 32 || g.duplicate_bits > 8 || g.trailing_bits > 8 ||
+        g.record_bits + g.duplicate_bits + g.trailing_bits > g.entry_size * 8u ||
+        static_cast<uint32_t>(count) * g.entry_size > COMPACT_AREA_SIZE || free_space > COMPACT_AREA_SIZE)
+        corrupted();
+}
+
+void index_node_st::encode_header() {
+    write_le16(bytes, attributes);
+    write_le16(bytes + 2, count);
+    write_le32(bytes + 4, left);
+    write_le32(bytes + 8, right);
+    if (!compact) return;
+    write_le16(bytes + 12, static_cast<uint16_t>(free_space));
+    write_le32(bytes + 14, geometry.record_mask);
+    bytes[18] = static_cast<char>(geometry.duplicate_mask);
+    bytes[19] = static_cast<char>(geometry.trailing_mask);
+    bytes[20] = static_cast<char>(geometry.record_bits);
+    bytes[21] = static_cast<char>(geometry.duplicate_bits);
+    bytes[22] = static_cast<char>(geometry.trailing_bits);
+    bytes[23] = static_cast<char>(geometry.entry_size);
+}
+
+uint32_t trailing_pad_count(const char* key, uint32_t length, char pad) noexcept {
+    uint32_t t = 0;
+    while (t < length && key[length - 1 - t] == pad) ++t;
+    return t;
+}
+
+uint32_t analyzePrefix(const char* before, const char* key, uint32_t length, char pad) noexcept {
+    uint32_t a = length - trailing_pad_count(before, length, pad);
+    uint32_t b = length - trailing_pad_count(key, length, pad);
+    uint32_t limit = std::min(a, b), d = 0;
+    while (d < limit && before[d] == key[d]) ++d;
+    return d;
+}
+
+// ---- the iterator
+
+namespace {
+
+// Reads entry it->index and expands its key behind the D bytes it shares.
+bool expand_compact_entry(const index_node_st& node, char pad, key_iterator_st* it, bool first) {
+    const compact_geometry_st& g = node.geometry;
+    uint64_t value = read_entry(node.bytes + COMPACT_AREA_START + it->index * g.entry_size, g.entry_size);
+    uint32_t k = node.key_length;
+    it->record = static_cast<uint32_t>(value & g.record_mask);
+    it->duplicate = static_cast<uint32_t>((value >> g.record_bits) & g.duplicate_mask);
+    it->trailing = static_cast<uint32_t>((value >> (g.record_bits + g.duplicate_bits)) & g.trailing_mask);
+    uint32_t shared = first ? 0 : it->duplicate;
+    if (shared + it->trailing > k) corrupted();
+    it->stored = k - shared - it->trailing;
+    if (it->stored > it->key_position ||
+        it->key_position - it->stored < static_cast<uint32_t>(node.count) * g.entry_size)
+        corrupted();
+    it->key_position -= it->stored;
+    std::memcpy(it->key + shared, node.bytes + COMPACT_AREA_START + it->key_position, it->stored);
+    std::memset(it->key + k - it->trailing, pad, it->trailing);
+    return true;
+}
+
+}  // namespace
+
+bool goto_first_compact_key(const index_node_st& node, char pad, key_iterator_st* it) {
+    *it = key_iterator_st();
+    if (node.count == 0) return false;
+    it->index = 0;
+    return expand_compact_entry(node, pad, it, true);
+}
+
+bool goto_next_compact_key(const index_node_st& node, char pad, key_iterator_st* it) {
+    if (it->index + 1 >= node.count) return false;
+    ++it->index;
+    return expand_compact_entry(node, pad, it, false);
+}
+
+// ---- whole nodes
+
+void node_entries_st::insert(size_t at, const char* key, uint32_t record, uint32_t child) {
+    keys.insert(keys.begin() + static_cast<ptrdiff_t>(at * key_length), key, key + key_length);
+    records.insert(records.begin() + static_cast<ptrdiff_t>(at), record);
+    children.insert(children.begin() + static_cast<ptrdiff_t>(at), child);
+}
+
+void node_entries_st::erase(size_t at) {
+    auto from = keys.begin() + static_cast<ptrdiff_t>(at * key_length);
+    keys.erase(from, from + key_length);
+    records.erase(records.begin() + static_cast<ptrdiff_t>(at));
+    children.erase(children.begin() + static_cast<ptrdiff_t>(at));
+}
+
+size_t node_entries_st::lower_bound(const char* wanted, uint32_t record) const noexcept {
+    size_t low = 0, high = size();
+    while (low < high) {
+        size_t mid = (low + high) / 2;
+        int c = std::memcmp(key(mid), wanted, key_length);
+        if (c < 0 || (c == 0 && records[mid] < record)) low = mid + 1;
+        else high = mid;
+    }
+    return low;
+}
+
+size_t node_entries_st::lower_bound_prefix(const char* wanted, uint64_t length) const noexcept {
+    size_t low = 0, high = size();
+    while (low < high) {
+        size_t mid = (low + high) / 2;
+        if (std::memcmp(key(mid), wanted, length) < 0) low = mid + 1;
+        else high = mid;
+    }
+    return low;
+}
+
+void decode_entries(const index_node_st& node, char pad, node_entries_st* out) {
+    out->clear(node.key_length);
+    out->keys.reserve(static_cast<size_t>(node.count) * node.key_length);
+    if (node.compact) {
+        key_iterator_st it;
+        for (bool more = goto_first_compact_key(node, pad, &it); more; more = goto_next_compact_key(node, pad, &it))
+            out->push(it.key, it.record, NO_NODE);
+        return;
+    }
+    uint32_t size = node.key_length + 8;
+    for (uint16_t i = 0; i < node.count; ++i) {
+        const char* at = node.bytes + BASIC_AREA_START + i * size;
+        out->push(at, read_be32(at + node.key_length), read_be32(at + node.key_length + 4));
+    }
+}
+
+bool encode_entries(index_node_st* node, char pad, const node_entries_st& entries) {
+    uint32_t k = node->key_length;
+    size_t n = entries.size();
+    if (!node->compact) {
+        if (n > node->basic_capacity()) return false;
+        std::memset(node->bytes + BASIC_AREA_START, 0, BASIC_AREA_SIZE);
+        for (size_t i = 0; i < n; ++i) {
+            char* at = node->bytes + BASIC_AREA_START + i * (k + 8);
+            std::memcpy(at, entries.key(i), k);
+            write_be32(at + k, entries.records[i]);
+            write_be32(at + k + 4, entries.children[i]);
+        }
+        node->count = static_cast<uint16_t>(n);
+        node->encode_header();
+        return true;
+    }
+    compact_layout_st layout;
+    lay_out(entries, pad, &layout);
+    compact_geometry_st g = node->geometry;
+    if (layout.max_record > g.record_mask || layout.max_duplicate > g.duplicate_mask ||
+        layout.max_trailing > g.trailing_mask)
+        g = calc_compact_node_geometry(std::max(layout.max_record, g.record_mask),
+                                       std::max<uint32_t>(layout.max_duplicate, g.duplicate_mask),
+                                       std::max<uint32_t>(layout.max_trailing, g.trailing_mask));
+    if (g.entry_size > 8) throw dbf_error_not_impl();
+    if (n * g.entry_size + layout.stored_total > COMPACT_AREA_SIZE) return false;
+    node->geometry = g;
+    char* area = node->bytes + COMPACT_AREA_START;
+    std::memset(area, 0, COMPACT_AREA_SIZE);
+    uint32_t position = COMPACT_AREA_SIZE;
+    for (size_t i = 0; i < n; ++i) {
+        uint32_t d = layout.duplicate[i], t = layout.trailing[i];
+        uint32_t stored = k - d - t;
+        position -= stored;
+        std::memcpy(area + position, entries.key(i) + d, stored);
+        write_leaf_key_prefix_octetLen(area + i * g.entry_size, g, entries.records[i], d, t);
+    }
+    node->count = static_cast<uint16_t>(n);
+    node->free_space = static_cast<uint32_t>(COMPACT_AREA_SIZE - layout.stored_total - n * g.entry_size);
+    node->encode_header();
+    return true;
+}
+
+size_t split_point(const index_node_st& node, char pad, const node_entries_st& entries) {
+    size_t n = entries.size();
+    if (!node.compact) return n / 2;
+    compact_layout_st layout;
+    lay_out(entries, pad, &layout);
+    uint32_t used = 0;
+    size_t i = 0;
+    for (; i < n; ++i) {
+        uint32_t size = node.geometry.entry_size + node.key_length - layout.duplicate[i] - layout.trailing[i];
+        if (used + size >= COMPACT_AREA_SIZE / 2) break;
+        used += size;
+    }
+    return std::clamp<size_t>(i, 1, n - 1);
+}
+
+void init_compact_node(index_node_st* node, uint32_t key_length, const compact_geometry_st& geometry,
+                       uint16_t attributes) {
+    std::memset(node->bytes, 0, INDEX_NODE_SIZE);
+    node->key_length = key_length;
+    node->attributes = attributes | NODE_LEAF;
+    node->root = attributes & NODE_ROOT;
+    node->leaf = node->compact = true;
+    node->count = 0;
+    node->left = node->right = NO_NODE;
+    node->geometry = geometry;
+    node->free_space = COMPACT_AREA_SIZE;
+    node->encode_header();
+}
+
+void init_basic_node(index_node_st* node, uint32_t key_length, uint16_t attributes) {
+    std::memset(node->bytes, 0, INDEX_NODE_SIZE);
+    node->key_length = key_length;
+    node->attributes = attributes;
+    node->root = attributes & NODE_ROOT;
+    node->leaf = attributes & NODE_LEAF;
+    node->compact = false;
+    node->count = 0;
+    node->left = node->right = NO_NODE;
+    node->encode_header();
+}
+
+}  // namespace zobase

@@ -1,0 +1,147 @@
+#pragma once
+// The 512-byte nodes of an index tree and their encodings.
+//
+// Every node: attributes (0, 2 bytes; bit 0 root, bit 1 leaf, others kept),
+// key count (2, 2), left sibling (4, 4), right sibling (8, 4), little-endian,
+// 0xFFFFFFFF for none. Then by kind:
+//
+// Basic node (every interior node): from offset 12 entries of key length
+// plus 8 bytes: the key, the record number and the child position, both
+// big-endian. An interior entry holds the greatest key of its child with
+// that key's record number.
+//
+// Compact leaf: free space (12, 2), record mask (14, 4), duplicate mask
+// (18), trailing mask (19), record bits (20), duplicate bits (21), trailing
+// bits (22), entry size (23), and a key area of 488 bytes from offset 24.
+// Entries of E bytes grow up from the start of the area, one per key: a
+// little-endian number holding the record number, then D (bytes shared with
+// the key before) and T (trailing pad bytes dropped). The K - D - T bytes a
+// key stores grow down from the end of the area, the first key's last.
+// A key can only be expanded by walking forward from the first.
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+#include "tables/index_key.h"
+
+namespace zobase {
+
+constexpr uint32_t INDEX_NODE_SIZE = 512;
+constexpr uint32_t INDEX_HEADER_SIZE = 1024;
+constexpr uint32_t NO_NODE = 0xFFFFFFFFu;
+constexpr uint32_t BASIC_AREA_START = 12;
+constexpr uint32_t BASIC_AREA_SIZE = 500;
+constexpr uint32_t COMPACT_AREA_START = 24;
+constexpr uint32_t COMPACT_AREA_SIZE = 488;
+
+enum IndexNodeAttribute : uint16_t {
+    NODE_ROOT = 1,
+    NODE_LEAF = 2,
+};
+
+// The widths of the three numbers in a compact entry.
+struct compact_geometry_st {
+    uint8_t entry_size = 0;
+    uint8_t record_bits = 0;
+    uint8_t duplicate_bits = 0;
+    uint8_t trailing_bits = 0;
+    uint32_t record_mask = 0;
+    uint8_t duplicate_mask = 0;
+    uint8_t trailing_mask = 0;
+};
+
+// The narrowest entry for these largest values: each number gets the bits
+// it needs, the record number then more until the entry is whole bytes.
+// More than 32 record bits or 8 bits for a count raise dbf_error_not_impl.
+compact_geometry_st calc_compact_node_geometry(uint64_t max_record, uint64_t max_duplicate, uint64_t max_trailing);
+
+struct index_node_st {
+    uint32_t position = NO_NODE;
+    char bytes[INDEX_NODE_SIZE] = {};
+    uint16_t attributes = 0;
+    uint16_t count = 0;
+    uint32_t key_length = 0;
+    uint32_t free_space = 0;
+    uint32_t left = NO_NODE;
+    uint32_t right = NO_NODE;
+    bool leaf = false;
+    bool root = false;
+    bool compact = false;
+    compact_geometry_st geometry;
+
+    // The header fields from the bytes; a compact leaf's geometry too. Raises
+    // dbf_index_file_corrupted for a node that cannot be what it says.
+    void decode(uint32_t key_length, bool compact_tag);
+    // The header fields into the bytes.
+    void encode_header();
+    uint32_t basic_capacity() const noexcept { return BASIC_AREA_SIZE / (key_length + 8); }
+};
+
+// The keys of one node, expanded: full-length keys side by side, with the
+// record number and (in an interior node) the child of each.
+struct node_entries_st {
+    uint32_t key_length = 0;
+    std::vector<char> keys;
+    std::vector<uint32_t> records;
+    std::vector<uint32_t> children;
+
+    size_t size() const noexcept { return records.size(); }
+    const char* key(size_t i) const noexcept { return keys.data() + i * key_length; }
+    void clear(uint32_t length) {
+        key_length = length;
+        keys.clear();
+        records.clear();
+        children.clear();
+    }
+    void push(const char* key, uint32_t record, uint32_t child) {
+        keys.insert(keys.end(), key, key + key_length);
+        records.push_back(record);
+        children.push_back(child);
+    }
+    void insert(size_t at, const char* key, uint32_t record, uint32_t child);
+    void erase(size_t at);
+    // The first entry not below (key, record): key bytes first, then record.
+    size_t lower_bound(const char* key, uint32_t record) const noexcept;
+    // The first entry whose first `length` key bytes are not below `key`.
+    size_t lower_bound_prefix(const char* key, uint64_t length) const noexcept;
+};
+
+// Walks the keys of a compact leaf from the first, expanding each from the
+// one before: the stored bytes behind the D shared ones, then T pad bytes.
+struct key_iterator_st {
+    int32_t index = -1;             // the current entry; -1 before the first
+    uint32_t key_position = COMPACT_AREA_SIZE;  // where the current key's bytes begin in the area
+    uint32_t stored = 0;
+    uint32_t duplicate = 0;
+    uint32_t trailing = 0;
+    uint32_t record = 0;
+    char key[MAX_KEY_LENGTH] = {};
+};
+
+// The first key of a compact leaf into the iterator; false for an empty node.
+bool goto_first_compact_key(const index_node_st& node, char pad, key_iterator_st* it);
+// The next key; false at the end (the iterator stands). A key whose counts
+// reach past the node raises dbf_index_file_corrupted.
+bool goto_next_compact_key(const index_node_st& node, char pad, key_iterator_st* it);
+
+// The keys of a node of any kind, in order.
+void decode_entries(const index_node_st& node, char pad, node_entries_st* out);
+// Writes the entries into a node of the node's kind, keeping its siblings
+// and attributes. A compact leaf widens its geometry when a number no longer
+// fits. False when they do not fit in 512 bytes; the node is then unchanged.
+bool encode_entries(index_node_st* node, char pad, const node_entries_st& entries);
+// The number of leading entries that go into the left half of a split:
+// half the bytes for a compact leaf, half the entries for a basic node.
+size_t split_point(const index_node_st& node, char pad, const node_entries_st& entries);
+
+// An empty compact leaf or basic node at no position yet.
+void init_compact_node(index_node_st* node, uint32_t key_length, const compact_geometry_st& geometry,
+                       uint16_t attributes);
+void init_basic_node(index_node_st* node, uint32_t key_length, uint16_t attributes);
+
+// D for `key` behind `before`: the leading bytes they share once trailing
+// pad bytes are stripped from both.
+uint32_t analyzePrefix(const char* before, const char* key, uint32_t length, char pad) noexcept;
+uint32_t trailing_pad_count(const char* key, uint32_t length, char pad) noexcept;
+
+}  // namespace zobase

@@ -1,0 +1,415 @@
+// The operations of an index tree: seeking, walking both ways, inserting and
+// deleting with splits, parent fix-ups and the removal of emptied nodes.
+//
+// A change works on the expanded keys of the node it touches: the node is
+// decoded, changed and encoded again, and what its parent must learn (its
+// new greatest key, the halves of a split, or that it is gone) climbs the
+// path noted on the way down. Emptied nodes leave their sibling chain;
+// their space stays unused.
+#include <cstring>
+
+#include "tables/index.h"
+#include "tables/index_file.h"
+#include "values/error.h"
+
+namespace zobase {
+
+namespace {
+
+// Deeper than this, a tree of 512-byte nodes cannot be: the file loops.
+constexpr size_t MAX_TREE_DEPTH = 32;
+
+int compare_entry(const char* a, uint32_t ra, const char* b, uint32_t rb, uint32_t length) noexcept {
+    int c = std::memcmp(a, b, length);
+    if (c) return c;
+    return ra < rb ? -1 : ra > rb ? 1 : 0;
+}
+
+}  // namespace
+
+void Index::read_node(uint32_t position, index_node_st* node) {
+    file->read_node(position, key_length(), compact(), node);
+}
+
+void Index::descend(const char* key, uint64_t length, const uint32_t* record, index_node_st* leaf,
+                    std::vector<waypoint_st>* path) {
+    if (path) path->clear();
+    read_node(header.root, leaf);
+    node_entries_st entries;
+    for (size_t depth = 0; !leaf->leaf; ++depth) {
+        if (depth > MAX_TREE_DEPTH) throw dbf_index_file_corrupted(file->file->name);
+        decode_entries(*leaf, pad, &entries);
+        if (entries.size() == 0) throw dbf_index_file_corrupted(file->file->name);
+        size_t i = record ? entries.lower_bound(key, *record) : entries.lower_bound_prefix(key, length);
+        if (i == entries.size()) --i;
+        if (path) path->push_back({leaf->position, i});
+        read_node(entries.children[i], leaf);
+    }
+}
+
+void Index::load_leaf(const index_node_st& leaf, index_cursor_st* cursor) {
+    decode_entries(leaf, pad, &cursor->entries);
+    cursor->leaf = leaf.position;
+    cursor->left = leaf.left;
+    cursor->right = leaf.right;
+    cursor->version = header.version;
+}
+
+// ---- finding
+
+SeekResult Index::internal_seek(const char* key, uint64_t length, index_cursor_st* cursor) {
+    check_version();
+    index_node_st leaf;
+    descend(key, length, nullptr, &leaf, nullptr);
+    load_leaf(leaf, cursor);
+    size_t i = cursor->entries.lower_bound_prefix(key, length);
+    cursor->index = static_cast<int64_t>(i);
+    if (i == cursor->entries.size()) return SEEK_RESULT_END;
+    return std::memcmp(cursor->key(), key, length) == 0 ? SEEK_RESULT_FOUND : SEEK_RESULT_GREATER;
+}
+
+SeekResult Index::seek(const char* key, uint64_t length, index_cursor_st* cursor, SeekDir direction,
+                       unsigned range) {
+    char wanted[MAX_KEY_LENGTH];
+    if (length > MAX_KEY_LENGTH) length = MAX_KEY_LENGTH;
+    std::memcpy(wanted, key, length);
+    if ((range & 3) == SEEK_RANGE_STRICT) {
+        bool inside = direction == SEEK_BACKWARD ? ShrinkRawKey(wanted, length) : IncreaseRawKey(wanted, length);
+        if (!inside) {
+            if (direction == SEEK_BACKWARD) cursor->index = -1;
+            else go_bottom(cursor), cursor->index = static_cast<int64_t>(cursor->entries.size());
+            return SEEK_RESULT_END;
+        }
+    }
+    if (direction != SEEK_BACKWARD) return internal_seek(wanted, length, cursor);
+    // Backward: the last key not above the wanted one, found as the key
+    // before the first key above it.
+    char above[MAX_KEY_LENGTH];
+    std::memcpy(above, wanted, length);
+    bool positioned;
+    if (IncreaseRawKey(above, length) && internal_seek(above, length, cursor) != SEEK_RESULT_END)
+        positioned = go_prev(cursor);
+    else
+        positioned = go_bottom(cursor);
+    if (!positioned) {
+        cursor->index = -1;
+        return SEEK_RESULT_END;
+    }
+    int c = std::memcmp(cursor->key(), wanted, length);
+    return c < 0 ? SEEK_RESULT_GREATER : c == 0 ? SEEK_RESULT_FOUND : SEEK_RESULT_END;
+}
+
+bool Index::seek_record(const char* key, uint32_t record, index_cursor_st* cursor) {
+    check_version();
+    index_node_st leaf;
+    descend(key, key_length(), &record, &leaf, nullptr);
+    load_leaf(leaf, cursor);
+    size_t i = cursor->entries.lower_bound(key, record);
+    cursor->index = static_cast<int64_t>(i);
+    if (i == cursor->entries.size()) {
+        // Behind the last key of this leaf: the next entry begins the next leaf.
+        if (cursor->right != NO_NODE) go_next(cursor);
+        return false;
+    }
+    return compare_entry(cursor->key(), cursor->record(), key, record, key_length()) == 0;
+}
+
+// ---- walking
+
+bool Index::go_top(index_cursor_st* cursor) {
+    check_version();
+    index_node_st node;
+    read_node(header.root, &node);
+    node_entries_st entries;
+    for (size_t depth = 0; !node.leaf; ++depth) {
+        decode_entries(node, pad, &entries);
+        if (entries.size() == 0 || depth > MAX_TREE_DEPTH) throw dbf_index_file_corrupted(file->file->name);
+        read_node(entries.children.front(), &node);
+    }
+    load_leaf(node, cursor);
+    cursor->index = 0;
+    return cursor->on_key();
+}
+
+bool Index::go_bottom(index_cursor_st* cursor) {
+    check_version();
+    index_node_st node;
+    read_node(header.root, &node);
+    node_entries_st entries;
+    for (size_t depth = 0; !node.leaf; ++depth) {
+        decode_entries(node, pad, &entries);
+        if (entries.size() == 0 || depth > MAX_TREE_DEPTH) throw dbf_index_file_corrupted(file->file->name);
+        read_node(entries.children.back(), &node);
+    }
+    load_leaf(node, cursor);
+    cursor->index = static_cast<int64_t>(cursor->entries.size()) - 1;
+    return cursor->on_key();
+}
+
+bool Index::revalidate(index_cursor_st* cursor) {
+    char key[MAX_KEY_LENGTH];
+    std::memcpy(key, cursor->key(), key_length());
+    return seek_record(key, cursor->record(), cursor);
+}
+
+// A walk only ever moves to greater entries: a sibling chain that leads
+// back, as a damaged file's may, is found out and never loops.
+bool Index::go_next(index_cursor_st* cursor) {
+    check_version();
+    if (cursor->version != header.version && cursor->on_key() && !revalidate(cursor)) return cursor->on_key();
+    if (cursor->index + 1 < static_cast<int64_t>(cursor->entries.size())) {
+        ++cursor->index;
+        return true;
+    }
+    if (cursor->right == NO_NODE || cursor->entries.size() == 0) {
+        cursor->index = static_cast<int64_t>(cursor->entries.size());
+        return false;
+    }
+    char last[MAX_KEY_LENGTH];
+    uint32_t last_record = cursor->entries.records.back();
+    std::memcpy(last, cursor->entries.key(cursor->entries.size() - 1), key_length());
+    uint32_t from = cursor->leaf;
+    index_node_st node;
+    read_node(cursor->right, &node);
+    if (!node.leaf || node.left != from) throw dbf_index_file_corrupted(file->file->name);
+    load_leaf(node, cursor);
+    if (cursor->entries.size() == 0 ||
+        compare_entry(cursor->entries.key(0), cursor->entries.records[0], last, last_record, key_length()) <= 0)
+        throw dbf_index_file_corrupted(file->file->name);
+    cursor->index = 0;
+    return true;
+}
+
+bool Index::go_prev(index_cursor_st* cursor) {
+    check_version();
+    if (cursor->version != header.version && cursor->on_key()) revalidate(cursor);
+    if (cursor->index > 0 && cursor->index <= static_cast<int64_t>(cursor->entries.size())) {
+        --cursor->index;
+        return true;
+    }
+    if (cursor->left == NO_NODE || cursor->entries.size() == 0) {
+        cursor->index = -1;
+        return false;
+    }
+    char first[MAX_KEY_LENGTH];
+    uint32_t first_record = cursor->entries.records.front();
+    std::memcpy(first, cursor->entries.key(0), key_length());
+    uint32_t from = cursor->leaf;
+    index_node_st node;
+    read_node(cursor->left, &node);
+    if (!node.leaf || node.right != from) throw dbf_index_file_corrupted(file->file->name);
+    load_leaf(node, cursor);
+    size_t n = cursor->entries.size();
+    if (n == 0 || compare_entry(cursor->entries.key(n - 1), cursor->entries.records[n - 1], first, first_record,
+                                key_length()) >= 0)
+        throw dbf_index_file_corrupted(file->file->name);
+    cursor->index = static_cast<int64_t>(n) - 1;
+    return true;
+}
+
+// ---- changing
+
+void Index::insert_key(const char* key, uint32_t record) {
+    if (!file->locked) throw dbf_error_index_file_not_locked();
+    check_version();
+    std::vector<waypoint_st> path;
+    index_node_st leaf;
+    descend(key, key_length(), &record, &leaf, &path);
+    node_entries_st entries;
+    decode_entries(leaf, pad, &entries);
+    size_t i = entries.lower_bound(key, record);
+    if (i < entries.size() && compare_entry(entries.key(i), entries.records[i], key, record, key_length()) == 0)
+        throw dbf_index_file_corrupted(file->file->name);
+    entries.insert(i, key, record, NO_NODE);
+    store_node(path, leaf, entries);
+    changed();
+}
+
+bool Index::delete_key(const char* key, uint32_t record) {
+    if (!file->locked) throw dbf_error_index_file_not_locked();
+    check_version();
+    std::vector<waypoint_st> path;
+    index_node_st leaf;
+    descend(key, key_length(), &record, &leaf, &path);
+    node_entries_st entries;
+    decode_entries(leaf, pad, &entries);
+    size_t i = entries.lower_bound(key, record);
+    if (i == entries.size() || compare_entry(entries.key(i), entries.records[i], key, record, key_length()) != 0)
+        return false;
+    entries.erase(i);
+    store_node(path, leaf, entries);
+    changed();
+    return true;
+}
+
+void Index::store_node(std::vector<waypoint_st>& path, index_node_st& node, node_entries_st& entries) {
+    node_entries_st up;  // what replaces the node's entry in its parent
+    up.clear(key_length());
+    if (entries.size() == 0 && node.root) {
+        // The last key of the tag is gone: the root becomes an empty leaf.
+        if (!node.leaf) {
+            uint32_t position = node.position;
+            init_compact_node(&node, key_length(), calc_compact_node_geometry(1, key_length(), key_length()),
+                              NODE_ROOT);
+            node.position = position;
+        }
+        encode_entries(&node, pad, entries);
+        file->write_node(node);
+        return;
+    }
+    if (entries.size() == 0) {
+        unlink_node(node);
+    } else if (encode_entries(&node, pad, entries)) {
+        file->write_node(node);
+        up.push(entries.key(entries.size() - 1), entries.records.back(), node.position);
+    } else {
+        bool was_root = node.root;
+        std::vector<node_entries_st> parts;
+        std::vector<index_node_st> nodes = split_entries(node, entries, &parts);
+        for (size_t i = 0; i < nodes.size(); ++i)
+            up.push(parts[i].key(parts[i].size() - 1), parts[i].records.back(), nodes[i].position);
+        if (was_root) {
+            index_node_st root;
+            init_basic_node(&root, key_length(), NODE_ROOT);
+            root.position = file->allocate(INDEX_NODE_SIZE);
+            header.root = root.position;
+            std::vector<waypoint_st> none;
+            return store_node(none, root, up);
+        }
+    }
+    if (path.empty()) return;
+    waypoint_st at = path.back();
+    path.pop_back();
+    index_node_st parent;
+    read_node(at.position, &parent);
+    node_entries_st siblings;
+    decode_entries(parent, pad, &siblings);
+    if (at.index >= siblings.size() || siblings.children[at.index] != node.position)
+        throw dbf_index_file_corrupted(file->file->name);
+    if (up.size() == 1 && compare_entry(siblings.key(at.index), siblings.records[at.index], up.key(0), up.records[0],
+                                        key_length()) == 0)
+        return;
+    siblings.erase(at.index);
+    for (size_t i = 0; i < up.size(); ++i) siblings.insert(at.index + i, up.key(i), up.records[i], up.children[i]);
+    store_node(path, parent, siblings);
+}
+
+// The node keeps the first part; each further part gets a new node, linked
+// into the chain behind it. Parts are halved until each fits.
+std::vector<index_node_st> Index::split_entries(index_node_st& node, const node_entries_st& entries,
+                                                std::vector<node_entries_st>* parts) {
+    parts->assign(1, entries);
+    for (size_t i = 0; i < parts->size();) {
+        index_node_st trial = node;
+        if (encode_entries(&trial, pad, (*parts)[i])) {
+            ++i;
+            continue;
+        }
+        node_entries_st& whole = (*parts)[i];
+        size_t cut = split_point(node, pad, whole);
+        node_entries_st right;
+        right.clear(key_length());
+        for (size_t j = cut; j < whole.size(); ++j) right.push(whole.key(j), whole.records[j], whole.children[j]);
+        whole.keys.resize(cut * key_length());
+        whole.records.resize(cut);
+        whole.children.resize(cut);
+        parts->insert(parts->begin() + static_cast<ptrdiff_t>(i) + 1, std::move(right));
+    }
+    uint32_t after = node.right;
+    std::vector<index_node_st> nodes(parts->size(), node);
+    for (size_t i = 0; i < nodes.size(); ++i) {
+        nodes[i].attributes &= static_cast<uint16_t>(~NODE_ROOT);
+        nodes[i].root = false;
+        if (i) nodes[i].position = file->allocate(INDEX_NODE_SIZE);
+    }
+    for (size_t i = 0; i < nodes.size(); ++i) {
+        nodes[i].left = i ? nodes[i - 1].position : node.left;
+        nodes[i].right = i + 1 < nodes.size() ? nodes[i + 1].position : after;
+        if (!encode_entries(&nodes[i], pad, (*parts)[i])) throw dbf_index_file_corrupted(file->file->name);
+        file->write_node(nodes[i]);
+    }
+    if (after != NO_NODE) {
+        index_node_st next;
+        read_node(after, &next);
+        next.left = nodes.back().position;
+        next.encode_header();
+        file->write_node(next);
+    }
+    node = nodes.front();
+    return nodes;
+}
+
+void Index::unlink_node(const index_node_st& node) {
+    index_node_st neighbour;
+    if (node.left != NO_NODE) {
+        read_node(node.left, &neighbour);
+        neighbour.right = node.right;
+        neighbour.encode_header();
+        file->write_node(neighbour);
+    }
+    if (node.right != NO_NODE) {
+        read_node(node.right, &neighbour);
+        neighbour.left = node.left;
+        neighbour.encode_header();
+        file->write_node(neighbour);
+    }
+}
+
+// ---- the structure check
+
+std::vector<std::pair<std::string, uint32_t>> Index::check_structure() {
+    check_version();
+    auto fail = [&](const char* what, uint32_t position) {
+        throw dbf_index_file_corrupted(String((std::string(what) + " at " + std::to_string(position)).c_str()));
+    };
+    std::vector<std::pair<std::string, uint32_t>> keys;
+    std::vector<uint32_t> level{header.root};
+    uint32_t k = key_length();
+    for (size_t depth = 0; !level.empty(); ++depth) {
+        if (depth > MAX_TREE_DEPTH) fail("tree too deep", header.root);
+        std::vector<uint32_t> below;
+        uint32_t previous = NO_NODE;
+        std::string last_key;
+        uint32_t last_record = 0;
+        bool leaves = false;
+        for (size_t i = 0; i < level.size(); ++i) {
+            index_node_st node;
+            read_node(level[i], &node);
+            if (node.left != previous) fail("left sibling wrong", node.position);
+            if (i + 1 < level.size() && node.right != level[i + 1]) fail("right sibling wrong", node.position);
+            if (i + 1 == level.size() && node.right != NO_NODE) fail("chain goes on", node.position);
+            if ((depth == 0) != node.root) fail("root flag wrong", node.position);
+            if (depth > 0 && node.count == 0) fail("empty node", node.position);
+            leaves = node.leaf;
+            node_entries_st entries;
+            decode_entries(node, pad, &entries);
+            for (size_t j = 0; j < entries.size(); ++j) {
+                std::string key(entries.key(j), k);
+                if (!last_key.empty() || j || i)
+                    if (compare_entry(last_key.data(), last_record, key.data(), entries.records[j], k) >= 0)
+                        fail("keys out of order", node.position);
+                last_key = key;
+                last_record = entries.records[j];
+                if (node.leaf) {
+                    keys.emplace_back(key, entries.records[j]);
+                    continue;
+                }
+                index_node_st child;
+                read_node(entries.children[j], &child);
+                node_entries_st child_entries;
+                decode_entries(child, pad, &child_entries);
+                size_t n = child_entries.size();
+                if (n == 0 || compare_entry(child_entries.key(n - 1), child_entries.records[n - 1], key.data(),
+                                            entries.records[j], k) != 0)
+                    fail("parent entry differs from the child's last key", child.position);
+                below.push_back(entries.children[j]);
+            }
+            previous = node.position;
+        }
+        if (leaves && !below.empty()) fail("leaf with children", header.root);
+        level = std::move(below);
+    }
+    return keys;
+}
+
+}  // namespace zobase

@@ -1,0 +1,268 @@
+// The index tree on raw keys: compact leaves, splits and fix-ups, seeks, and
+// a model-checked run of random changes against a sorted set in memory.
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <cstring>
+#include <random>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "tables/file.h"
+#include "tables/index.h"
+#include "tables/index_file.h"
+#include "values/error.h"
+
+namespace zobase {
+namespace {
+
+typedef std::pair<std::string, uint32_t> entry_t;
+
+class Tree {
+public:
+    std::unique_ptr<IndexFile> file;
+    std::unique_ptr<Index> index;
+
+    explicit Tree(uint16_t key_length, uint64_t record_hint = 1000) {
+        file = std::make_unique<IndexFile>(create_file(String("memory:///tree.cdx"), FILE_OPEN_TEMPORARY), nullptr);
+        file->allocate(INDEX_HEADER_SIZE + INDEX_NODE_SIZE);  // where the directory stands
+        index_header_st header;
+        header.key_length = key_length;
+        header.options = INDEX_OPTION_COMPACT | INDEX_OPTION_COMPOUND;
+        index = Index::create(file.get(), header, ' ', record_hint);
+        file->lock();
+    }
+    std::string key(const std::string& text) const {
+        std::string k = text;
+        k.resize(index->key_length(), ' ');
+        return k;
+    }
+    void insert(const std::string& text, uint32_t record) { index->insert_key(key(text).data(), record); }
+    bool remove(const std::string& text, uint32_t record) { return index->delete_key(key(text).data(), record); }
+    index_node_st root() {
+        index_node_st node;
+        file->read_node(index->header.root, index->key_length(), true, &node);
+        return node;
+    }
+    std::vector<entry_t> forward() {
+        std::vector<entry_t> out;
+        index_cursor_st cursor;
+        for (bool on = index->go_top(&cursor); on; on = index->go_next(&cursor))
+            out.emplace_back(std::string(cursor.key(), index->key_length()), cursor.record());
+        return out;
+    }
+    std::vector<entry_t> backward() {
+        std::vector<entry_t> out;
+        index_cursor_st cursor;
+        for (bool on = index->go_bottom(&cursor); on; on = index->go_prev(&cursor))
+            out.emplace_back(std::string(cursor.key(), index->key_length()), cursor.record());
+        return {out.rbegin(), out.rend()};
+    }
+    size_t leaf_count() {
+        size_t n = 0;
+        index_cursor_st cursor;
+        uint32_t leaf = NO_NODE;
+        for (bool on = index->go_top(&cursor); on; on = index->go_next(&cursor))
+            if (cursor.leaf != leaf) ++n, leaf = cursor.leaf;
+        return n;
+    }
+};
+
+TEST(IndexNodes, CompactLeafWidensForRecord1024WithoutASplit) {
+    // 10 record bits and 7 bits for each count fill 3 bytes exactly.
+    Tree tree(127, 1000);
+    EXPECT_EQ(tree.root().geometry.entry_size, 3);
+    tree.insert("apple", 5);
+    tree.insert("banana", 1000);
+    tree.insert("cherry", 1024);
+    index_node_st root = tree.root();
+    EXPECT_TRUE(root.leaf);
+    EXPECT_EQ(root.count, 3);
+    EXPECT_EQ(root.geometry.entry_size, 4);
+    EXPECT_GE(root.geometry.record_mask, 1024u);
+    std::vector<entry_t> keys = tree.forward();
+    ASSERT_EQ(keys.size(), 3u);
+    EXPECT_EQ(keys[2], entry_t(tree.key("cherry"), 1024));
+}
+
+TEST(IndexNodes, KeysShareLeadingBytesAndDropPadding) {
+    Tree tree(10);
+    tree.insert("", 1);  // only pad bytes: stores nothing
+    index_node_st root = tree.root();
+    EXPECT_EQ(root.free_space, COMPACT_AREA_SIZE - root.geometry.entry_size);
+    tree.insert("abcd", 2);
+    tree.insert("abce", 3);
+    // Before the former first non-blank key: its shared count changes.
+    tree.insert("abc", 4);
+    root = tree.root();
+    // Stored: "", "abc", "d" behind "abc", "e" behind "abcd".
+    EXPECT_EQ(root.free_space, COMPACT_AREA_SIZE - 4 * root.geometry.entry_size - 5);
+    std::vector<entry_t> expected = {{tree.key(""), 1}, {tree.key("abc"), 4}, {tree.key("abcd"), 2},
+                                     {tree.key("abce"), 3}};
+    EXPECT_EQ(tree.forward(), expected);
+    EXPECT_TRUE(tree.remove("abc", 4));
+    EXPECT_FALSE(tree.remove("abc", 4));
+    expected.erase(expected.begin() + 1);
+    EXPECT_EQ(tree.forward(), expected);
+}
+
+TEST(IndexNodes, SplitsKeepParentsAndSiblingsRight) {
+    Tree tree(20);
+    for (uint32_t i = 1; i <= 3000; ++i) tree.insert("k" + std::to_string(i * 7919 % 3001), i);
+    EXPECT_FALSE(tree.root().leaf);
+    std::vector<entry_t> walked = tree.index->check_structure();
+    EXPECT_EQ(walked.size(), 3000u);
+    EXPECT_EQ(tree.forward(), walked);
+    EXPECT_EQ(tree.backward(), walked);
+
+    // The greatest key of a leaf goes: the parent's entry follows.
+    index_cursor_st cursor;
+    tree.index->go_top(&cursor);
+    entry_t last(std::string(cursor.entries.key(cursor.entries.size() - 1), 20), cursor.entries.records.back());
+    EXPECT_TRUE(tree.index->delete_key(last.first.data(), last.second));
+    tree.index->check_structure();
+
+    // A leaf whose keys all go leaves the chain.
+    size_t leaves = tree.leaf_count();
+    tree.index->go_top(&cursor);
+    tree.index->go_next(&cursor);
+    while (cursor.index + 1 < static_cast<int64_t>(cursor.entries.size())) tree.index->go_next(&cursor);
+    tree.index->go_next(&cursor);  // the first key of the second leaf
+    node_entries_st second = cursor.entries;
+    for (size_t i = 0; i < second.size(); ++i) EXPECT_TRUE(tree.index->delete_key(second.key(i), second.records[i]));
+    EXPECT_EQ(tree.leaf_count(), leaves - 1);
+    EXPECT_EQ(tree.index->check_structure().size(), 3000u - 1 - second.size());
+
+    // Emptied completely, the tag is an empty root leaf and takes keys again.
+    for (const entry_t& e : tree.forward()) EXPECT_TRUE(tree.index->delete_key(e.first.data(), e.second));
+    EXPECT_TRUE(tree.root().leaf);
+    EXPECT_TRUE(tree.forward().empty());
+    tree.insert("again", 1);
+    EXPECT_EQ(tree.forward().size(), 1u);
+}
+
+TEST(IndexNodes, SeeksFindPrefixesAndBothDirections) {
+    Tree tree(8);
+    const char* words[] = {"ant", "bee", "bear", "cat", "cow", "dog"};
+    uint32_t record = 0;
+    for (const char* w : words) tree.insert(w, ++record);
+    index_cursor_st cursor;
+    EXPECT_EQ(tree.index->seek("be", 2, &cursor, SEEK_FORWARD, SEEK_RANGE_INCLUSIVE), SEEK_RESULT_FOUND);
+    EXPECT_EQ(std::string(cursor.key(), 4), "bear");
+    EXPECT_EQ(tree.index->seek("bz", 2, &cursor, SEEK_FORWARD, SEEK_RANGE_INCLUSIVE), SEEK_RESULT_GREATER);
+    EXPECT_EQ(std::string(cursor.key(), 3), "cat");
+    EXPECT_EQ(tree.index->seek("e", 1, &cursor, SEEK_FORWARD, SEEK_RANGE_INCLUSIVE), SEEK_RESULT_END);
+    // Strict: behind every key that begins "c", where the next one up begins.
+    EXPECT_EQ(tree.index->seek("c", 1, &cursor, SEEK_FORWARD, SEEK_RANGE_STRICT), SEEK_RESULT_FOUND);
+    EXPECT_EQ(std::string(cursor.key(), 3), "dog");
+    // Backward: the last key that begins "c", then the last before "c".
+    EXPECT_EQ(tree.index->seek("c", 1, &cursor, SEEK_BACKWARD, SEEK_RANGE_INCLUSIVE), SEEK_RESULT_FOUND);
+    EXPECT_EQ(std::string(cursor.key(), 3), "cow");
+    EXPECT_EQ(tree.index->seek("c", 1, &cursor, SEEK_BACKWARD, SEEK_RANGE_STRICT), SEEK_RESULT_FOUND);
+    EXPECT_EQ(std::string(cursor.key(), 3), "bee");
+    EXPECT_EQ(tree.index->seek("a", 1, &cursor, SEEK_BACKWARD, SEEK_RANGE_STRICT), SEEK_RESULT_END);
+}
+
+TEST(IndexNodes, ChangesNeedTheLockAndDuplicatesAreRefused) {
+    Tree tree(4);
+    tree.insert("x", 1);
+    EXPECT_THROW(tree.insert("x", 1), dbf_index_file_corrupted);
+    tree.file->unlock();
+    EXPECT_THROW(tree.insert("y", 2), dbf_error_index_file_not_locked);
+}
+
+TEST(IndexNodes, TheCacheHoldsSixtyFourNodes) {
+    Tree tree(40);
+    for (uint32_t i = 1; i <= 5000; ++i) tree.insert(std::to_string(i), i);
+    tree.index->check_structure();
+    EXPECT_EQ(tree.file->cached_nodes(), IndexFile::CACHE_CAPACITY);
+}
+
+TEST(IndexNodes, AWalkSurvivesChangesBehindIt) {
+    Tree tree(6);
+    for (uint32_t i = 0; i < 2000; ++i) tree.insert(std::to_string(100000 + i), i + 1);
+    index_cursor_st cursor;
+    tree.index->go_top(&cursor);
+    uint32_t seen = 1;
+    std::string previous(cursor.key(), 6);
+    // Deleting the key the cursor stands on and every second one ahead.
+    for (uint32_t i = 0; i < 2000; i += 2) tree.remove(std::to_string(100000 + i), i + 1);
+    while (tree.index->go_next(&cursor)) {
+        std::string key(cursor.key(), 6);
+        EXPECT_LT(previous, key);
+        previous = key;
+        ++seen;
+    }
+    EXPECT_EQ(seen, 1u + 1000u);
+}
+
+// Random inserts, deletes and changes of keys of two kinds, checked against
+// a sorted set: the walks both ways and the structure, every 1,000 changes.
+// ZOBASE_INDEX_MODEL_OPS sets the number of changes (200,000 for a long run).
+TEST(IndexModel, RandomChangesKeepTheTreeEqualToASortedSet) {
+    const char* setting = std::getenv("ZOBASE_INDEX_MODEL_OPS");
+    const uint64_t operations = setting ? std::strtoull(setting, nullptr, 10) : 20000;
+    std::mt19937 random(20240611);
+    Tree text(12, 100), number(8, 100);
+    std::set<entry_t> text_model, number_model;
+    std::vector<std::string> text_of(1);  // by record number; empty: no record
+    std::vector<double> number_of(1);
+    auto random_text = [&] {
+        static const char letters[] = "aab  cxyz";
+        std::string s(random() % 12, ' ');
+        for (char& c : s) c = letters[random() % (sizeof letters - 1)];
+        return text.key(s);
+    };
+    auto number_key = [](double v) {
+        char out[8];
+        keyN8(v, out, 8);
+        return std::string(out, 8);
+    };
+    auto put = [&](uint32_t record) {
+        text_of[record] = random_text();
+        number_of[record] = static_cast<double>(static_cast<int>(random() % 2000) - 1000) / 4;
+        text.index->insert_key(text_of[record].data(), record);
+        text_model.emplace(text_of[record], record);
+        std::string n = number_key(number_of[record]);
+        number.index->insert_key(n.data(), record);
+        number_model.emplace(n, record);
+    };
+    auto take = [&](uint32_t record) {
+        ASSERT_TRUE(text.index->delete_key(text_of[record].data(), record));
+        text_model.erase({text_of[record], record});
+        std::string n = number_key(number_of[record]);
+        ASSERT_TRUE(number.index->delete_key(n.data(), record));
+        number_model.erase({n, record});
+        text_of[record].clear();
+    };
+    std::vector<uint32_t> live;
+    for (uint64_t op = 1; op <= operations; ++op) {
+        unsigned choice = random() % 10;
+        if (live.empty() || choice < 5) {
+            text_of.emplace_back();
+            number_of.emplace_back();
+            uint32_t record = static_cast<uint32_t>(text_of.size() - 1);
+            put(record);
+            live.push_back(record);
+        } else {
+            size_t at = random() % live.size();
+            uint32_t record = live[at];
+            take(record);
+            if (choice < 8) put(record);  // an update: old key out, new key in
+            else live.erase(live.begin() + static_cast<ptrdiff_t>(at));
+        }
+        if (op % 1000 == 0 || op == operations) {
+            for (Tree* tree : {&text, &number}) {
+                const std::set<entry_t>& model = tree == &text ? text_model : number_model;
+                std::vector<entry_t> expected(model.begin(), model.end());
+                ASSERT_EQ(tree->index->check_structure(), expected) << "after " << op;
+                ASSERT_EQ(tree->forward(), expected) << "after " << op;
+                ASSERT_EQ(tree->backward(), expected) << "after " << op;
+            }
+        }
+    }
+}
+
+}  // namespace
+}  // namespace zobase
