@@ -209,6 +209,7 @@ private:
     void descend(const char* key, uint64_t length, const uint32_t* record, index_node_st* leaf,
                  std::vector<waypoint_st>* path);
     void load_leaf(const index_node_st& leaf, index_cursor_st* cursor);
+    bool go_edge(index_cursor_st* cursor, bool last);
     // Writes a changed node and carries the change to its parent: the new
     // greatest key, the halves of a split, or the node's removal.
     void store_node(std::vector<waypoint_st>& path, index_node_st& node, node_entries_st& entries);

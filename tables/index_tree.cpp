@@ -116,7 +116,8 @@ bool Index::seek_record(const char* key, uint32_t record, index_cursor_st* curso
 
 // ---- walking
 
-bool Index::go_top(index_cursor_st* cursor) {
+// Down the first or the last child of every level to a leaf.
+bool Index::go_edge(index_cursor_st* cursor, bool last) {
     check_version();
     index_node_st node;
     read_node(header.root, &node);
@@ -124,27 +125,15 @@ bool Index::go_top(index_cursor_st* cursor) {
     for (size_t depth = 0; !node.leaf; ++depth) {
         decode_entries(node, pad, &entries);
         if (entries.size() == 0 || depth > MAX_TREE_DEPTH) throw dbf_index_file_corrupted(file->file->name);
-        read_node(entries.children.front(), &node);
+        read_node(last ? entries.children.back() : entries.children.front(), &node);
     }
     load_leaf(node, cursor);
-    cursor->index = 0;
+    cursor->index = last ? static_cast<int64_t>(cursor->entries.size()) - 1 : 0;
     return cursor->on_key();
 }
 
-bool Index::go_bottom(index_cursor_st* cursor) {
-    check_version();
-    index_node_st node;
-    read_node(header.root, &node);
-    node_entries_st entries;
-    for (size_t depth = 0; !node.leaf; ++depth) {
-        decode_entries(node, pad, &entries);
-        if (entries.size() == 0 || depth > MAX_TREE_DEPTH) throw dbf_index_file_corrupted(file->file->name);
-        read_node(entries.children.back(), &node);
-    }
-    load_leaf(node, cursor);
-    cursor->index = static_cast<int64_t>(cursor->entries.size()) - 1;
-    return cursor->on_key();
-}
+bool Index::go_top(index_cursor_st* cursor) { return go_edge(cursor, false); }
+bool Index::go_bottom(index_cursor_st* cursor) { return go_edge(cursor, true); }
 
 bool Index::revalidate(index_cursor_st* cursor) {
     char key[MAX_KEY_LENGTH];
