@@ -40,11 +40,35 @@ void free_try_scopes(VmFrame* frame) {
     }
 }
 
+namespace {
+
+// Lets pushes on the undo stack take its reserve for as long as it lives.
+class UndoReserveOpen {
+public:
+    explicit UndoReserveOpen(VmStack* stack) : stack_(stack), saved_(stack->undo_reserve_open) {
+        stack->undo_reserve_open = true;
+    }
+    ~UndoReserveOpen() { stack_->undo_reserve_open = saved_; }
+    UndoReserveOpen(const UndoReserveOpen&) = delete;
+    UndoReserveOpen& operator=(const UndoReserveOpen&) = delete;
+
+private:
+    VmStack* stack_;
+    bool saved_;
+};
+
+}  // namespace
+
+// The CATCH variable may take the undo stack's reserve: the error being
+// caught may be that the undo stack is full.
 void enter_handler(VmStack* stack, VmFrame* frame, const Variant& value, unsigned symbol,
                    long long position) {
     if (symbol) {
         Memvar* var;
-        stack->alloc_undefined_memvar(symbol, &var);
+        {
+            UndoReserveOpen reserve(stack);
+            stack->alloc_undefined_memvar(symbol, &var);
+        }
         var->release(stack);
         var->set_variant(&value);
     }

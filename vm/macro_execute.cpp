@@ -33,6 +33,22 @@ document_location_st written_location(const VmFrame* frame, VmOp* const* ip) {
     return location;
 }
 
+// Marks the time a macro runs with no frame around it; nested in a frame it
+// leaves the mark as it found it, since the frame's own check applies there.
+class MacroAtRest {
+public:
+    explicit MacroAtRest(VmStack* stack) : stack_(stack), saved_(stack->macro_at_rest) {
+        stack->macro_at_rest = stack->frame == nullptr;
+    }
+    ~MacroAtRest() { stack_->macro_at_rest = saved_; }
+    MacroAtRest(const MacroAtRest&) = delete;
+    MacroAtRest& operator=(const MacroAtRest&) = delete;
+
+private:
+    VmStack* stack_;
+    bool saved_;
+};
+
 }  // namespace
 
 bool macro_execute(VmStack* stack, VmOp** const* ip, Variant* ret) {
@@ -43,11 +59,17 @@ bool macro_execute(VmStack* stack, VmOp** const* ip, Variant* ret) {
     if (stack->frame) {
         location = written_location(stack->frame, *ip);
         written_at = &location;
+    } else if (stack->macro_at_rest) {
+        // Macro text that holds a macro statement, run at the prompt: the
+        // same text in a program stands outside its frame's code.
+        throw RuntimeError(ERR_RECURSIVE_MACRO);
     }
     std::unique_ptr<Program> program = stack->resolver->compile_macro(stack, text, written_at);
     VmOp** macro_ip = program->code();
     Variant result;
     try {
+        EvaluationLevel level(stack);
+        MacroAtRest at_rest(stack);
         vm_run(stack, &macro_ip, &result);
     } catch (...) {
         result.release(stack);
