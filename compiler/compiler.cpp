@@ -366,7 +366,8 @@ int compile_statement_list(const statement_iterator& end, statement_iterator& it
                            CodePath& path) {
     ZO_TRACE();
     BlockLevel level(path.compiler);
-    if (path.compiler->block_depth > MAX_BLOCK_DEPTH) {
+    // The body itself is the first level.
+    if (path.compiler->block_depth > MAX_BLOCK_DEPTH + 1) {
         pass_over_deep_blocks(end, it, path.compiler);
         return 0;
     }
