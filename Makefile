@@ -2,7 +2,11 @@
 BUILD ?= build
 JOBS ?= $(shell nproc)
 
-.PHONY: all deps build demo check bench bench-compare clean
+SANITIZE_BUILD ?= build-san
+FUZZ_BUILD ?= build-fuzz
+FUZZ_SECONDS ?= 60
+
+.PHONY: all deps build demo check check-sanitize bench bench-compare clean
 
 all: build
 
@@ -22,6 +26,16 @@ demo: build
 check: build
 	cd $(BUILD) && ctest --output-on-failure -j $(JOBS)
 
+# The whole suite built with AddressSanitizer and UBSan, then each fuzz
+# target (built with clang) for FUZZ_SECONDS.
+check-sanitize: deps
+	cmake -S . -B $(SANITIZE_BUILD) -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo -DZOBASE_SANITIZE=ON
+	cmake --build $(SANITIZE_BUILD) -j $(JOBS)
+	cd $(SANITIZE_BUILD) && ctest --output-on-failure -j $(JOBS)
+	CXX=clang++ cmake -S . -B $(FUZZ_BUILD) -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo -DZOBASE_FUZZ=ON
+	cmake --build $(FUZZ_BUILD) -j $(JOBS) --target fuzz_source fuzz_table_open
+	sh tests/fuzz/run.sh $(FUZZ_BUILD) $(FUZZ_SECONDS)
+
 # Native benchmarks print their own figures; bench-compare times the
 # language benchmarks of bench/lang side by side with Python and Lua.
 bench: build
@@ -32,4 +46,4 @@ bench-compare: build
 	python3 bench/compare.py $(BUILD)/zosh
 
 clean:
-	rm -rf $(BUILD)
+	rm -rf $(BUILD) $(SANITIZE_BUILD) $(FUZZ_BUILD)
