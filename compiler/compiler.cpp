@@ -337,17 +337,6 @@ int compile_one_statement(compile_statement_fn routine, const statement_iterator
     }
 }
 
-class BlockLevel {
-public:
-    explicit BlockLevel(Compiler* compiler) : compiler_(compiler) { ++compiler->block_depth; }
-    ~BlockLevel() { --compiler_->block_depth; }
-    BlockLevel(const BlockLevel&) = delete;
-    BlockLevel& operator=(const BlockLevel&) = delete;
-
-private:
-    Compiler* compiler_;
-};
-
 bool opens_module_section(int32_t type) {
     return type == STMT_FUNCTION || type == STMT_ENDFUNC || type == STMT_DEFINE_CLASS || type == STMT_IMPORT;
 }
@@ -365,7 +354,7 @@ void pass_over_deep_blocks(const statement_iterator& end, statement_iterator& it
 int compile_statement_list(const statement_iterator& end, statement_iterator& it, CompiledCodeCollection* code,
                            CodePath& path) {
     ZO_TRACE();
-    BlockLevel level(path.compiler);
+    CompileDepth level(&path.compiler->block_depth);
     // The body itself is the first level.
     if (path.compiler->block_depth > MAX_BLOCK_DEPTH + 1) {
         pass_over_deep_blocks(end, it, path.compiler);

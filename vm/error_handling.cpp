@@ -8,6 +8,7 @@
 #include "base/call_trace.h"
 #include "vm/program.h"
 #include "vm/runtime_services.h"
+#include "vm/scoped_flag.h"
 #include "vm/screen.h"
 #include "vm/try_scope.h"
 #include "vm/vm_run.h"
@@ -40,25 +41,6 @@ void free_try_scopes(VmFrame* frame) {
     }
 }
 
-namespace {
-
-// Lets pushes on the undo stack take its reserve for as long as it lives.
-class UndoReserveOpen {
-public:
-    explicit UndoReserveOpen(VmStack* stack) : stack_(stack), saved_(stack->undo_reserve_open) {
-        stack->undo_reserve_open = true;
-    }
-    ~UndoReserveOpen() { stack_->undo_reserve_open = saved_; }
-    UndoReserveOpen(const UndoReserveOpen&) = delete;
-    UndoReserveOpen& operator=(const UndoReserveOpen&) = delete;
-
-private:
-    VmStack* stack_;
-    bool saved_;
-};
-
-}  // namespace
-
 // The CATCH variable may take the undo stack's reserve: the error being
 // caught may be that the undo stack is full.
 void enter_handler(VmStack* stack, VmFrame* frame, const Variant& value, unsigned symbol,
@@ -66,7 +48,7 @@ void enter_handler(VmStack* stack, VmFrame* frame, const Variant& value, unsigne
     if (symbol) {
         Memvar* var;
         {
-            UndoReserveOpen reserve(stack);
+            ScopedFlag reserve(&stack->undo_reserve_open, true);
             stack->alloc_undefined_memvar(symbol, &var);
         }
         var->release(stack);

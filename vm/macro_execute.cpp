@@ -7,6 +7,7 @@
 #include "values/error.h"
 #include "vm/call_resolver.h"
 #include "vm/program.h"
+#include "vm/scoped_flag.h"
 #include "vm/vm_run.h"
 #include "vm/vm_stack.h"
 
@@ -33,22 +34,6 @@ document_location_st written_location(const VmFrame* frame, VmOp* const* ip) {
     return location;
 }
 
-// Marks the time a macro runs with no frame around it; nested in a frame it
-// leaves the mark as it found it, since the frame's own check applies there.
-class MacroAtRest {
-public:
-    explicit MacroAtRest(VmStack* stack) : stack_(stack), saved_(stack->macro_at_rest) {
-        stack->macro_at_rest = stack->frame == nullptr;
-    }
-    ~MacroAtRest() { stack_->macro_at_rest = saved_; }
-    MacroAtRest(const MacroAtRest&) = delete;
-    MacroAtRest& operator=(const MacroAtRest&) = delete;
-
-private:
-    VmStack* stack_;
-    bool saved_;
-};
-
 }  // namespace
 
 bool macro_execute(VmStack* stack, VmOp** const* ip, Variant* ret) {
@@ -69,7 +54,10 @@ bool macro_execute(VmStack* stack, VmOp** const* ip, Variant* ret) {
     Variant result;
     try {
         EvaluationLevel level(stack);
-        MacroAtRest at_rest(stack);
+        // A macro with no frame around it marks the time it runs; nested in
+        // a frame it leaves the mark as it found it, since the frame's own
+        // check applies there.
+        ScopedFlag at_rest(&stack->macro_at_rest, stack->frame == nullptr);
         vm_run(stack, &macro_ip, &result);
     } catch (...) {
         result.release(stack);
