@@ -7,7 +7,11 @@ PREFIX ?= /usr/local
 # What the demo runs: the shell, the library and the example host.
 DEMO_TARGETS = zobase zosh first_run
 
-.PHONY: all deps build demo install check bench bench-compare clean
+SANITIZE_BUILD ?= build-san
+FUZZ_BUILD ?= build-fuzz
+FUZZ_SECONDS ?= 60
+
+.PHONY: all deps build demo install check check-sanitize bench bench-compare clean
 
 all: build
 
@@ -32,6 +36,16 @@ install: deps $(BUILD)/build.ninja
 check: build
 	cd $(BUILD) && ctest --output-on-failure -j $(JOBS)
 
+# The whole suite built with AddressSanitizer and UBSan, then each fuzz
+# target (built with clang) for FUZZ_SECONDS.
+check-sanitize: deps
+	cmake -S . -B $(SANITIZE_BUILD) -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo -DZOBASE_SANITIZE=ON
+	cmake --build $(SANITIZE_BUILD) -j $(JOBS)
+	cd $(SANITIZE_BUILD) && ctest --output-on-failure -j $(JOBS)
+	CXX=clang++ cmake -S . -B $(FUZZ_BUILD) -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo -DZOBASE_FUZZ=ON
+	cmake --build $(FUZZ_BUILD) -j $(JOBS) --target fuzz_source fuzz_table_open
+	sh tests/fuzz/run.sh $(FUZZ_BUILD) $(FUZZ_SECONDS)
+
 # Native benchmarks print their own figures; bench-compare times the
 # language benchmarks of bench/lang side by side with Python and Lua, and
 # bench/tables.py the table programs beside Python's sqlite3, bench/sql.py
@@ -46,4 +60,4 @@ bench-compare: build
 	python3 bench/compare.py $(BUILD)/zosh
 
 clean:
-	rm -rf $(BUILD)
+	rm -rf $(BUILD) $(SANITIZE_BUILD) $(FUZZ_BUILD)

@@ -278,13 +278,30 @@ std::string trimmed(const std::string& text) {
     return text.substr(first, last - first + 1);
 }
 
-// A piece of the source for display, bounds clamped to the text.
-std::string source_piece(const String& source, size_t from, size_t to) {
+// A report shows this much of a long line, marking the cut with "...".
+constexpr size_t SHOWN_SOURCE_BYTES = 240;
+
+bool utf8_continuation(char byte) { return (static_cast<unsigned char>(byte) & 0xC0) == 0x80; }
+
+enum ShownEnd { SHOW_START, SHOW_END };
+
+// A piece of the source for display, bounds clamped to the text; a long piece
+// keeps its start or its end.
+std::string source_piece(const String& source, size_t from, size_t to, ShownEnd shown = SHOW_START) {
     size_t size = source.size();
     from = std::min(from, size);
     to = std::min(std::max(to, from), size);
     String piece = String::fromBytes(source.read() + from, to - from, source.get_charset());
-    return trimmed(Scanner::canoncializeDocumentContent(piece).u8str());
+    std::string text = trimmed(Scanner::canoncializeDocumentContent(piece).u8str());
+    if (text.size() <= SHOWN_SOURCE_BYTES) return text;
+    if (shown == SHOW_START) {
+        size_t cut = SHOWN_SOURCE_BYTES;
+        while (cut > 0 && utf8_continuation(text[cut])) --cut;
+        return text.substr(0, cut) + "...";
+    }
+    size_t cut = text.size() - SHOWN_SOURCE_BYTES;
+    while (cut < text.size() && utf8_continuation(text[cut])) ++cut;
+    return "..." + text.substr(cut);
 }
 
 size_t line_start(const String& source, size_t offset) {
@@ -304,7 +321,7 @@ std::string BuildInput::format_diagnostic(const diagnostic_st& diagnostic) const
     const document_location_st& location = diagnostic.location;
     std::string at = source_piece(diagnostic.source, location.start.offset_bytes, location.end.offset_bytes);
     std::string behind = source_piece(diagnostic.source, line_start(diagnostic.source, location.start.offset_bytes),
-                                      location.start.offset_bytes);
+                                      location.start.offset_bytes, SHOW_END);
     std::string place = place_name();
     char block[8192];
     if (behind.empty())

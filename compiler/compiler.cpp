@@ -78,6 +78,7 @@ void Compiler::reset(int new_flags, bool full) {
     instruction_count = 0;
     flags = new_flags;
     parameter_mode = PARAMETERS_NONE;
+    blocks_exhausted = false;
     if (full) unresolved.clear();
 }
 
@@ -96,6 +97,7 @@ bool Compiler::compile_time_define_memvar(const unsigned& symbol, unsigned long 
 }
 
 void Compiler::record_error(int32_t number, const document_location_st& location, const String& detail) {
+    if (blocks_exhausted) return;
     errors.push_back({number, location, detail});
 }
 
@@ -335,11 +337,29 @@ int compile_one_statement(compile_statement_fn routine, const statement_iterator
     }
 }
 
+bool opens_module_section(int32_t type) {
+    return type == STMT_FUNCTION || type == STMT_ENDFUNC || type == STMT_DEFINE_CLASS || type == STMT_IMPORT;
+}
+
+// Reports the block that opened one level too many and passes over the rest
+// of the body, up to the next function or class of the module.
+void pass_over_deep_blocks(const statement_iterator& end, statement_iterator& it, Compiler* compiler) {
+    if (it != end) compiler->record_error(ERR_PARSER_STACK_EXHAUSTED, (*it)->location);
+    compiler->blocks_exhausted = true;
+    while (it != end && !opens_module_section((*it)->type)) ++it;
+}
+
 }  // namespace
 
 int compile_statement_list(const statement_iterator& end, statement_iterator& it, CompiledCodeCollection* code,
                            CodePath& path) {
     ZO_TRACE();
+    CompileDepth level(&path.compiler->block_depth);
+    // The body itself is the first level.
+    if (path.compiler->block_depth > MAX_BLOCK_DEPTH + 1) {
+        pass_over_deep_blocks(end, it, path.compiler);
+        return 0;
+    }
     const StatementTable& table = statement_table();
     int result = 0;
     while (it != end && result == 0) {
@@ -362,15 +382,19 @@ void create_parameters_initalization_code(const Stmt_Declaration* parameters, in
     Compiler* compiler = path.compiler;
     compiler->parameter_count = parameters->variables.size();
     compiler->parameter_mode = mode;
+    bool slots = compiler->flags & COMPILER_LOCAL_SLOTS;
     for (const declared_variable_st& parameter : parameters->variables) {
         const auto* variable = static_cast<const Operand_Variable*>(parameter.target.get());
         unsigned symbol = path.symbolize(variable->name);
-        unsigned long long offset = 0;
+        unsigned long long offset = NO_FRAME_SLOT;
         compiler->compile_time_define_memvar(symbol, &offset);
-        if (mode == PARAMETERS_LOCAL) path.known_locals.insert(symbol);
-        else code->push_back(new VmOpInitParameter(offset, symbol));
+        if (mode != PARAMETERS_LOCAL) code->push_back(new VmOpInitParameter(offset, symbol));
+        else if (slots) path.known_locals.insert(symbol);
+        // Code without frame slots (the prompt, macro text) gets no arguments:
+        // each name is a new local holding false.
+        else code->push_back(parameter.target->location, new VmOpDefLocal(symbol));
     }
-    if (mode == PARAMETERS_LOCAL) {
+    if (mode == PARAMETERS_LOCAL && slots) {
         uint64_t count = compiler->parameter_count + ((compiler->flags & COMPILER_METHOD) ? 1 : 0);
         code->push_back(parameters->location, new VmOpInitLparameters(count));
     }

@@ -131,6 +131,13 @@ public:
     std::vector<const Library*> libraries;
     const Module* module = nullptr;
     std::vector<compile_error_st> errors;
+    // Blocks open around the statement being compiled; see MAX_BLOCK_DEPTH.
+    uint32_t block_depth = 0;
+    // Operands open around the one being compiled; see MAX_EXPRESSION_DEPTH.
+    uint32_t expression_depth = 0;
+    // Set once blocks nested too deep: the rest of the body was passed over,
+    // and what its closers would report is no news.
+    bool blocks_exhausted = false;
 
     Symtable& symbols() const;
 
@@ -149,6 +156,25 @@ public:
     const library_command_def_st* find_command(const String& name) const;
     const library_func_def_st* find_variable_reader(const String& name) const;
     const library_command_def_st* find_variable_writer(const String& name) const;
+};
+
+// Blocks (IF, DO WHILE, TRY...) nest by recursion in the compiler. Deeper
+// nesting is error 9013 and ends the body's compilation.
+constexpr uint32_t MAX_BLOCK_DEPTH = 1000;
+// Operands nest by recursion too, some kilobytes of machine stack a level in
+// an instrumented build. A deeper expression is error 9013 for its statement.
+constexpr uint32_t MAX_EXPRESSION_DEPTH = 3000;
+
+// One level of a compiler depth counter for as long as it lives.
+class CompileDepth {
+public:
+    explicit CompileDepth(uint32_t* counter) : counter_(counter) { ++*counter; }
+    ~CompileDepth() { --*counter_; }
+    CompileDepth(const CompileDepth&) = delete;
+    CompileDepth& operator=(const CompileDepth&) = delete;
+
+private:
+    uint32_t* counter_;
 };
 
 enum LoopKinds : int { LOOP_NONE = 0, LOOP_DO_WHILE = 1, LOOP_FOR = 2, LOOP_FOR_EACH = 3, LOOP_SCAN = 4 };

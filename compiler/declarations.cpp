@@ -177,7 +177,7 @@ int compile_stmt_public(const statement_iterator&, statement_iterator& it, Compi
     for (const declared_variable_st& variable : statement->variables) {
         const Operand* target = variable.target.get();
         unsigned symbol = variable_symbol(target, path);
-        unsigned long long offset = 0;
+        unsigned long long offset = NO_FRAME_SLOT;
         path.compiler->compile_time_define_memvar(symbol, &offset);
         code->push_back(target->location, new VmOpDefPublicOffset(offset, symbol));
         if (variable.bounds) compile_dimension(target->location, target, variable.bounds.get(), code, path);

@@ -576,6 +576,8 @@ bool ____compiletime_eval_constexpr(const document_location_st& location, Compil
 
 void compile_operand(const Operand* operand, bool stop_before_last, bool by_value, CompiledCodeCollection* code,
                      CodePath& path, compiler_type_info_st* type) {
+    CompileDepth level(&path.compiler->expression_depth);
+    if (path.compiler->expression_depth > MAX_EXPRESSION_DEPTH) throw RuntimeError(ERR_PARSER_STACK_EXHAUSTED);
     find_row(operand_table, operand->kind)(operand, stop_before_last, by_value, code, path, type);
 }
 

@@ -72,10 +72,10 @@ static void kestroerror(KESTROLTYPE* location, ParseContext* ctx, const char* me
     const char* cstr;
     long long num;
     zobase::scan_string_st tok;
-    zobase::scan_string_list_st pieces;
+    zobase::scan_string_list_st* pieces;
 }
 
-%destructor { delete $$; } <stmt> <cmd> <opd> <var> <path> <item> <list> <text> <macro> <opt> <decl> <dv> <tclause> <col> <table> <dparam> <declare>
+%destructor { delete $$; } <stmt> <cmd> <opd> <var> <path> <item> <list> <text> <macro> <opt> <decl> <dv> <tclause> <col> <table> <dparam> <declare> <pieces>
 
 %token END_OF_RANGE 0 "end of range"
 %token <tok> OTHER_CHAR 258
@@ -728,48 +728,48 @@ or_word: K_OR | '.' K_OR '.' ;
 not_word: K_NOT | '.' K_NOT '.' ;
 
 expression: or_level ;
-or_level: and_level | or_level ws or_word ws and_level { $$ = grammar_binary(BINARY_OR, $1, $5, @$); } ;
-and_level: not_level | and_level ws and_word ws not_level { $$ = grammar_binary(BINARY_AND, $1, $5, @$); } ;
+or_level: and_level | or_level ws or_word ws and_level { $$ = grammar_binary(ctx, BINARY_OR, $1, $5, @$); } ;
+and_level: not_level | and_level ws and_word ws not_level { $$ = grammar_binary(ctx, BINARY_AND, $1, $5, @$); } ;
 not_level:
-    not_word ws not_level %dprec 2                { $$ = grammar_unary(UNARY_NOT, $3, @$); }
-  | '!' ws not_level                              { $$ = grammar_unary(UNARY_NOT, $3, @$); }
+    not_word ws not_level %dprec 2                { $$ = grammar_unary(ctx, UNARY_NOT, $3, @$); }
+  | '!' ws not_level                              { $$ = grammar_unary(ctx, UNARY_NOT, $3, @$); }
   | relation_level %dprec 1
   ;
 relation_level:
     additive_level
-  | relation_level ws '=' '=' ws additive_level   { $$ = grammar_binary(BINARY_EQEQ, $1, $6, @$); }
-  | relation_level ws '=' ws additive_level       { $$ = grammar_binary(BINARY_EQ, $1, $5, @$); }
-  | relation_level ws '#' ws additive_level       { $$ = grammar_binary(BINARY_LTGT, $1, $5, @$); }
-  | relation_level ws '<' ws additive_level       { $$ = grammar_binary(BINARY_LT, $1, $5, @$); }
-  | relation_level ws '<' '=' ws additive_level   { $$ = grammar_binary(BINARY_LTEQ, $1, $6, @$); }
-  | relation_level ws '=' '<' ws additive_level   { $$ = grammar_binary(BINARY_LTEQ, $1, $6, @$); }
-  | relation_level ws '>' ws additive_level       { $$ = grammar_binary(BINARY_GT, $1, $5, @$); }
-  | relation_level ws '>' '=' ws additive_level   { $$ = grammar_binary(BINARY_GTEQ, $1, $6, @$); }
-  | relation_level ws '=' '>' ws additive_level   { $$ = grammar_binary(BINARY_GTEQ, $1, $6, @$); }
-  | relation_level ws '<' '>' ws additive_level   { $$ = grammar_binary(BINARY_LTGT, $1, $6, @$); }
-  | relation_level ws '!' '=' ws additive_level   { $$ = grammar_binary(BINARY_LTGT, $1, $6, @$); }
-  | relation_level ws '$' ws additive_level       { $$ = grammar_binary(BINARY_IN_STR, $1, $5, @$); }
+  | relation_level ws '=' '=' ws additive_level   { $$ = grammar_binary(ctx, BINARY_EQEQ, $1, $6, @$); }
+  | relation_level ws '=' ws additive_level       { $$ = grammar_binary(ctx, BINARY_EQ, $1, $5, @$); }
+  | relation_level ws '#' ws additive_level       { $$ = grammar_binary(ctx, BINARY_LTGT, $1, $5, @$); }
+  | relation_level ws '<' ws additive_level       { $$ = grammar_binary(ctx, BINARY_LT, $1, $5, @$); }
+  | relation_level ws '<' '=' ws additive_level   { $$ = grammar_binary(ctx, BINARY_LTEQ, $1, $6, @$); }
+  | relation_level ws '=' '<' ws additive_level   { $$ = grammar_binary(ctx, BINARY_LTEQ, $1, $6, @$); }
+  | relation_level ws '>' ws additive_level       { $$ = grammar_binary(ctx, BINARY_GT, $1, $5, @$); }
+  | relation_level ws '>' '=' ws additive_level   { $$ = grammar_binary(ctx, BINARY_GTEQ, $1, $6, @$); }
+  | relation_level ws '=' '>' ws additive_level   { $$ = grammar_binary(ctx, BINARY_GTEQ, $1, $6, @$); }
+  | relation_level ws '<' '>' ws additive_level   { $$ = grammar_binary(ctx, BINARY_LTGT, $1, $6, @$); }
+  | relation_level ws '!' '=' ws additive_level   { $$ = grammar_binary(ctx, BINARY_LTGT, $1, $6, @$); }
+  | relation_level ws '$' ws additive_level       { $$ = grammar_binary(ctx, BINARY_IN_STR, $1, $5, @$); }
   ;
 additive_level:
     multiplicative_level
-  | additive_level ws '+' ws multiplicative_level { $$ = grammar_binary(BINARY_ADD, $1, $5, @$); }
-  | additive_level ws '-' ws multiplicative_level { $$ = grammar_binary(BINARY_SUB, $1, $5, @$); }
+  | additive_level ws '+' ws multiplicative_level { $$ = grammar_binary(ctx, BINARY_ADD, $1, $5, @$); }
+  | additive_level ws '-' ws multiplicative_level { $$ = grammar_binary(ctx, BINARY_SUB, $1, $5, @$); }
   ;
 multiplicative_level:
     power_level
-  | multiplicative_level ws '*' ws power_level    { $$ = grammar_binary(BINARY_MUL, $1, $5, @$); }
-  | multiplicative_level ws '/' ws power_level    { $$ = grammar_binary(BINARY_DIV, $1, $5, @$); }
-  | multiplicative_level ws '%' ws power_level    { $$ = grammar_binary(BINARY_MOD, $1, $5, @$); }
+  | multiplicative_level ws '*' ws power_level    { $$ = grammar_binary(ctx, BINARY_MUL, $1, $5, @$); }
+  | multiplicative_level ws '/' ws power_level    { $$ = grammar_binary(ctx, BINARY_DIV, $1, $5, @$); }
+  | multiplicative_level ws '%' ws power_level    { $$ = grammar_binary(ctx, BINARY_MOD, $1, $5, @$); }
   ;
 power_level:
     operand
-  | power_level ws '*' '*' ws operand             { $$ = grammar_binary(BINARY_POW, $1, $6, @$); }
-  | power_level ws '^' ws operand                 { $$ = grammar_binary(BINARY_POW, $1, $5, @$); }
+  | power_level ws '*' '*' ws operand             { $$ = grammar_binary(ctx, BINARY_POW, $1, $6, @$); }
+  | power_level ws '^' ws operand                 { $$ = grammar_binary(ctx, BINARY_POW, $1, $5, @$); }
   ;
 operand:
     '(' ws expression ws ')'                      { $$ = $3; $$->parenthesized = true; }
-  | '-' ws operand %dprec 1                       { $$ = grammar_unary(UNARY_NEG, $3, @$); }
-  | '+' ws operand                                { $$ = grammar_unary(UNARY_PLUS, $3, @$); }
+  | '-' ws operand %dprec 1                       { $$ = grammar_unary(ctx, UNARY_NEG, $3, @$); }
+  | '+' ws operand                                { $$ = grammar_unary(ctx, UNARY_PLUS, $3, @$); }
   | literal %dprec 3                              { $$ = $1; $$->location = @$; }
   | variable %dprec 2                             { $$ = $1; }
   | bracket_element %dprec 2
@@ -1033,11 +1033,11 @@ endl: '\n' | END_OF_RANGE ;
 text_eol: ws '\n' ;
 eol: ws '\n' | ws END_OF_RANGE ;
 
-digits: DIGITS { $$.count = 0; $$.add($1); } | digits DIGITS { $$ = $1; $$.add($2); } ;
+digits: DIGITS { $$ = new scan_string_list_st; $$->add($1); } | digits DIGITS { $$ = $1; $$->add($2); } ;
 decimal_digits:
-    digits '.' digits                             { $$ = $1; $$.add($2); for (uint32_t i = 0; i < $3.count; ++i) $$.add($3.items[i]); }
-  | '.' digits                                    { $$.count = 0; $$.add($1); for (uint32_t i = 0; i < $2.count; ++i) $$.add($2.items[i]); }
-  | digits '.'                                    { $$ = $1; $$.add($2); }
+    digits '.' digits                             { $$ = $1; $$->add($2); $$->append(*$3); delete $3; }
+  | '.' digits                                    { $$ = new scan_string_list_st; $$->add($1); $$->append(*$2); delete $2; }
+  | digits '.'                                    { $$ = $1; $$->add($2); }
   ;
 numeric_digits: decimal_digits ;
 money_digits: '$' ws decimal_digits { $$ = $3; } | '$' ws digits { $$ = $3; } ;

@@ -22,8 +22,7 @@ namespace {
 // number and becomes '?', which the conversions then reject.
 std::string join_ascii(const scan_string_list_st& pieces) {
     std::string text;
-    for (uint32_t i = 0; i < pieces.count; ++i) {
-        const scan_string_st& piece = pieces.items[i];
+    for (const scan_string_st& piece : pieces.items) {
         const char* p = piece.begin;
         const char* end = piece.begin + piece.size;
         while (p < end) {
@@ -37,8 +36,7 @@ std::string join_ascii(const scan_string_list_st& pieces) {
 // Bytes of the pieces as they are, for parsers that read the charset themselves.
 std::string join_bytes(const scan_string_list_st& pieces) {
     std::string text;
-    for (uint32_t i = 0; i < pieces.count; ++i)
-        text.append(pieces.items[i].begin, pieces.items[i].size);
+    for (const scan_string_st& piece : pieces.items) text.append(piece.begin, piece.size);
     return text;
 }
 
@@ -67,11 +65,6 @@ void put_byte_escape(char*& out, unsigned char byte) {
 }
 
 }  // namespace
-
-void scan_string_list_st::add(const scan_string_st& piece) {
-    ZO_ASSERT(count < capacity);
-    items[count++] = piece;
-}
 
 bool create_integer(const scan_string_list_st& pieces, integer_type_st& value) {
     ZO_TRACE();
@@ -120,7 +113,7 @@ bool create_numeric(const scan_string_list_st& pieces, numeric_type_st& value) {
 }
 
 bool create_money(const scan_string_list_st& pieces, money_type_st& value) {
-    if (pieces.count == 0) return false;
+    if (pieces.items.empty()) return false;
     std::string text = join_bytes(pieces);
     return string_to_money(text.data(), text.size(), pieces.items[0].charset, &value, U'.', 0) == 0;
 }

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <memory>
 
 #include "base/call_trace.h"
 #include "frontend/literals.h"
@@ -23,6 +24,12 @@ void record_error(ParseContext* ctx, int number, const document_location_st& loc
 void bad_literal(ParseContext* ctx, const document_location_st& location) {
     record_error(ctx, ERR_SYNTAX, location);
     if (ctx->callback) ctx->callback(PARSE_BAD_LITERAL, nullptr, location, ctx->callback_context);
+}
+
+bool count_operator(ParseContext* ctx, const document_location_st& location) {
+    if (++ctx->operator_count <= MAX_LINE_OPERATORS) return true;
+    if (ctx->operator_count == MAX_LINE_OPERATORS + 1) record_error(ctx, ERR_PARSER_STACK_EXHAUSTED, location);
+    return false;
 }
 
 void report_duplicate_option(const Option* option, void* context) {
@@ -77,6 +84,14 @@ Operand* with_location(Operand* operand, const document_location_st& location) {
 int grammar_next_token(ParseContext* ctx, scan_string_st& value, document_location_st& location) {
     return ctx->scanner->lex(value, location);
 }
+
+bool grammar_enter_resolution(ParseContext* ctx) {
+    if (ctx->resolution_depth >= MAX_RESOLUTION_DEPTH) return false;
+    ++ctx->resolution_depth;
+    return true;
+}
+
+void grammar_leave_resolution(ParseContext* ctx) { --ctx->resolution_depth; }
 
 void grammar_report_error(ParseContext* ctx, const document_location_st& location, const char* message) {
     int number = ERR_SYNTAX;
@@ -293,11 +308,17 @@ column_st* grammar_column(Operand* name, long long letter, Operand* width, Opera
     return column;
 }
 
-Operand* grammar_binary(int op, Operand* left, Operand* right, const document_location_st& location) {
+Operand* grammar_binary(ParseContext* ctx, int op, Operand* left, Operand* right,
+                        const document_location_st& location) {
+    if (!count_operator(ctx, location)) {
+        delete right;
+        return left;
+    }
     return with_location(new BinaryOperator(op, left, right), location);
 }
 
-Operand* grammar_unary(int op, Operand* inner, const document_location_st& location) {
+Operand* grammar_unary(ParseContext* ctx, int op, Operand* inner, const document_location_st& location) {
+    if (!count_operator(ctx, location)) return inner;
     return with_location(new Operand_Unary(op, inner), location);
 }
 
@@ -347,32 +368,35 @@ Operand* grammar_integer(long long value, const document_location_st& location) 
     return with_location(constant, location);
 }
 
-long long grammar_decimal_integer(ParseContext* ctx, const scan_string_list_st& digits,
+long long grammar_decimal_integer(ParseContext* ctx, scan_string_list_st* digits,
                                   const document_location_st& location) {
+    std::unique_ptr<scan_string_list_st> owned(digits);
     integer_type_st value = 0;
-    if (!create_integer(digits, value)) bad_literal(ctx, location);
+    if (!create_integer(*digits, value)) bad_literal(ctx, location);
     return value;
 }
 
 long long grammar_hex_integer(ParseContext* ctx, const scan_string_st& token, const document_location_st& location) {
-    scan_string_list_st pieces{};
+    scan_string_list_st pieces;
     pieces.add(token);
     integer_type_st value = 0;
     if (!create_integer_from_hex(pieces, value)) bad_literal(ctx, location);
     return value;
 }
 
-Operand* grammar_numeric(ParseContext* ctx, const scan_string_list_st& pieces, const document_location_st& location) {
+Operand* grammar_numeric(ParseContext* ctx, scan_string_list_st* pieces, const document_location_st& location) {
+    std::unique_ptr<scan_string_list_st> owned(pieces);
     numeric_type_st value{0.0, 0};
-    if (!create_numeric(pieces, value)) bad_literal(ctx, location);
+    if (!create_numeric(*pieces, value)) bad_literal(ctx, location);
     Const_Value* constant = new Const_Value();
     constant->value.set(value);
     return constant;
 }
 
-Operand* grammar_money(ParseContext* ctx, const scan_string_list_st& pieces, const document_location_st& location) {
+Operand* grammar_money(ParseContext* ctx, scan_string_list_st* pieces, const document_location_st& location) {
+    std::unique_ptr<scan_string_list_st> owned(pieces);
     money_type_st value{};
-    if (!create_money(pieces, value)) bad_literal(ctx, location);
+    if (!create_money(*pieces, value)) bad_literal(ctx, location);
     Const_Value* constant = new Const_Value();
     constant->value.set(value);
     return constant;
@@ -434,7 +458,8 @@ int parse_tokens(const token_st* begin, const token_st* end, int start_token, co
         document_location_st where = scanner.position() != begin ? scanner.position()[-1].location : start.location;
         record_error(&ctx, result == 2 ? ERR_PARSER_STACK_EXHAUSTED : ERR_SYNTAX, where);
     }
-    if (result == 0 && options.callback) {
+    bool too_many_operators = ctx.operator_count > MAX_LINE_OPERATORS;
+    if (result == 0 && !too_many_operators && options.callback) {
         if (options.classify) report_classification(ctx);
         if (ctx.statement) options.callback(PARSE_STATEMENT, ctx.statement, ctx.statement->location,
                                             options.callback_context);

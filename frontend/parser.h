@@ -43,7 +43,22 @@ struct ParseContext {
     // Held until the whole range has parsed: a reduction may run before a later token fails.
     Statement* statement = nullptr;
     Operand* operand = nullptr;
+    uint32_t resolution_depth = 0;  // see grammar_enter_resolution
+    uint32_t operator_count = 0;    // see MAX_LINE_OPERATORS
 };
+
+// Operators of one logical line. A chain of binary operators grows the tree
+// without growing the parser's stack, and every later pass (compiling,
+// folding, freeing) walks the tree by recursion; bounding the operators bounds
+// its depth. Past the limit the line fails with 9013.
+constexpr uint32_t MAX_LINE_OPERATORS = 10000;
+
+// While a line is ambiguous the parser defers its actions; it settles them by
+// recursion, one level of some kilobytes of machine stack per deferred action
+// below the one it settles. The generated parser asks grammar_enter_resolution
+// before each level (scripts/bound_glr_resolution.py): past this depth the
+// parse ends as "memory exhausted", error 9013. Real lines stay below 50.
+constexpr uint32_t MAX_RESOLUTION_DEPTH = 512;
 
 struct parse_options_st {
     parse_callback callback = nullptr;
@@ -92,6 +107,8 @@ public:
 };
 
 int grammar_next_token(ParseContext* ctx, scan_string_st& value, document_location_st& location);
+bool grammar_enter_resolution(ParseContext* ctx);
+void grammar_leave_resolution(ParseContext* ctx);
 void grammar_report_error(ParseContext* ctx, const document_location_st& location, const char* message);
 void grammar_statement(ParseContext* ctx, Statement* statement, const document_location_st& location);
 void grammar_operand(ParseContext* ctx, Operand* operand, const document_location_st& location);
@@ -127,8 +144,11 @@ void grammar_declare_add(Stmt_Declaration* declaration, declared_variable_st* va
 column_st* grammar_column(Operand* name, long long letter, Operand* width, Operand* decimals, BasicCommand* options,
                           const document_location_st& location);
 
-Operand* grammar_binary(int op, Operand* left, Operand* right, const document_location_st& location);
-Operand* grammar_unary(int op, Operand* inner, const document_location_st& location);
+// Past MAX_LINE_OPERATORS these record 9013 and return the left or inner
+// operand alone, so that the tree stops growing.
+Operand* grammar_binary(ParseContext* ctx, int op, Operand* left, Operand* right,
+                        const document_location_st& location);
+Operand* grammar_unary(ParseContext* ctx, int op, Operand* inner, const document_location_st& location);
 Operand* grammar_at(Operand_Reference* reference, const document_location_st& at,
                     const document_location_st& target);
 Operand* grammar_cast(Operand* value, const scan_string_st& type, const document_location_st& location);
@@ -139,11 +159,12 @@ void grammar_omitted(OperandList* list, const document_location_st& location);
 Operand* grammar_bool(bool value);
 Operand* grammar_null();
 Operand* grammar_integer(long long value, const document_location_st& location);
-long long grammar_decimal_integer(ParseContext* ctx, const scan_string_list_st& digits,
+// These three take the pieces and delete them.
+long long grammar_decimal_integer(ParseContext* ctx, scan_string_list_st* digits,
                                   const document_location_st& location);
 long long grammar_hex_integer(ParseContext* ctx, const scan_string_st& token, const document_location_st& location);
-Operand* grammar_numeric(ParseContext* ctx, const scan_string_list_st& pieces, const document_location_st& location);
-Operand* grammar_money(ParseContext* ctx, const scan_string_list_st& pieces, const document_location_st& location);
+Operand* grammar_numeric(ParseContext* ctx, scan_string_list_st* pieces, const document_location_st& location);
+Operand* grammar_money(ParseContext* ctx, scan_string_list_st* pieces, const document_location_st& location);
 Operand* grammar_binary_string(const scan_string_st& token, const document_location_st& location);
 Operand* grammar_string(TextPieces* text, bool utf32);
 Operand* grammar_empty_date(bool datetime);

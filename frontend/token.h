@@ -49,14 +49,16 @@ struct token_st {
 typedef std::vector<token_st> token_vector;
 
 // Pieces of one literal as the grammar collected them (digit runs, the point);
-// empty pieces are skipped when joined. Plain data so that it can live in the
-// parser's semantic value; a literal never has more than a handful of pieces.
+// empty pieces are skipped when joined. Continued lines may join any number
+// of digit runs. The parser's semantic value holds a pointer to it, which
+// keeps that value, and so every parser stack entry, small.
 struct scan_string_list_st {
-    static constexpr uint32_t capacity = 6;
-    uint32_t count;
-    scan_string_st items[capacity];
+    std::vector<scan_string_st> items;
 
-    void add(const scan_string_st& piece);
+    void add(const scan_string_st& piece) { items.push_back(piece); }
+    void append(const scan_string_list_st& other) {
+        items.insert(items.end(), other.items.begin(), other.items.end());
+    }
 };
 
 }  // namespace zobase

@@ -33,6 +33,7 @@ void evaluate_program(VmStack* stack, const Program* program, Variant* ret) {
     VmOp** ip = const_cast<VmOp**>(program->code());
     Variant result;
     try {
+        EvaluationLevel level(stack);
         vm_run(stack, &ip, &result);
     } catch (...) {
         result.release(stack);

@@ -11,22 +11,19 @@ namespace {
 
 constexpr size_t MAX_CHAR_BYTES = 8;
 
-// Whole characters one at a time, so a line never swallows the next one's bytes.
-bool append_next_char(Screen* screen, std::string* bytes, const Charset** charset) {
+// Whole characters one at a time, so a line never swallows the next one's
+// bytes. Tells whether the piece read ends the line; only the new piece is
+// decoded, so a long line costs its length once.
+bool append_next_char(Screen* screen, std::string* bytes, const Charset** charset, bool* line_end) {
     char buffer[MAX_CHAR_BYTES];
     size_t got = screen->read(buffer, sizeof buffer, 1, charset);
     if (got == 0) return false;
     bytes->append(buffer, got);
-    return true;
-}
-
-bool ends_line(const std::string& bytes, const Charset* charset) {
-    if (bytes.empty()) return false;
-    const char* begin = bytes.data();
-    const char* last = begin;
+    const char* at = buffer;
     char32_t c = 0;
-    while (last != begin + bytes.size()) c = charset->next(last, begin + bytes.size());
-    return c == U'\n';
+    while (at != buffer + got) c = (*charset)->next(at, buffer + got);
+    *line_end = c == U'\n';
+    return true;
 }
 
 // Trailing blanks are part of the line; only "\n" or "\r\n" go.
@@ -43,10 +40,8 @@ bool read_screen_line(Screen* screen, String* line) {
     const Charset* charset = nullptr;
     std::string bytes;
     bool any = false;
-    while (append_next_char(screen, &bytes, &charset)) {
-        any = true;
-        if (ends_line(bytes, charset)) break;
-    }
+    bool line_end = false;
+    while (!line_end && append_next_char(screen, &bytes, &charset, &line_end)) any = true;
     if (!any) return false;
     String text = String::fromBytes(bytes.data(), bytes.size(), charset ? charset : Charset::utf8);
     text.convert(Charset::utf8, 0, CSTRAN_SUBSTITUTE);

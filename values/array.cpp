@@ -1,6 +1,8 @@
 // Shared copy-on-write arrays.
 #include "values/array.h"
 
+#include <new>
+
 #include "values/error.h"
 #include "values/variant.h"
 
@@ -9,8 +11,14 @@ namespace zobase {
 namespace {
 
 array_storage_st* allocate_storage(uint64_t elements) {
+    Variant* slots = nullptr;
+    try {
+        if (elements) slots = new Variant[elements];
+    } catch (const std::bad_alloc&) {
+        throw RuntimeError(ERR_ARRAY_DIMENSIONS_INVALID);
+    }
     auto* storage = new array_storage_st;
-    storage->elements = elements ? new Variant[elements] : nullptr;
+    storage->elements = slots;
     storage->capacity = elements;
     storage->shares = 1;
     return storage;
@@ -19,6 +27,9 @@ array_storage_st* allocate_storage(uint64_t elements) {
 }  // namespace
 
 Array Array::create(uint64_t rows, uint64_t columns) {
+    bool too_many = rows > MAX_ARRAY_ELEMENTS || columns > MAX_ARRAY_ELEMENTS ||
+                    (columns && rows > MAX_ARRAY_ELEMENTS / columns);
+    if (too_many) throw RuntimeError(ERR_ARRAY_DIMENSIONS_INVALID);
     uint64_t elements = columns ? rows * columns : rows;
     return Array{allocate_storage(elements), elements, columns};
 }

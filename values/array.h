@@ -33,13 +33,18 @@ public:
     uint64_t asubscript_row(uint64_t index) const noexcept;
     uint64_t asubscript_column(uint64_t index) const noexcept;
 
-    // A fresh storage of `elements` clean slots with one share.
+    // A fresh storage of `elements` clean slots with one share. More than
+    // MAX_ARRAY_ELEMENTS, or storage the heap refuses, is error 230.
     static Array create(uint64_t rows, uint64_t columns);
 
 private:
     uint64_t element_number(uint64_t row, uint64_t column) const;
     void unshare(VmStack* stack);
 };
+
+// Some 670 MB of elements: far above what a program keeps in one array, far
+// below the sizes whose request would only end in the OOM killer.
+constexpr uint64_t MAX_ARRAY_ELEMENTS = uint64_t(1) << 24;
 
 static_assert(sizeof(Array) == 24, "Array header is three words");
 

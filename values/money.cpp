@@ -162,8 +162,9 @@ money_type_st money_integer_div(integer_type_st a, const money_type_st& b) {
 
 money_type_st money_round(const money_type_st& m, long long decimals) {
     if (decimals >= 4) return m;
-    // Past 10^19 units every money value rounds to zero.
-    if (4 - decimals > 19) return money_from_i128(0);
+    // Past 10^19 units every money value rounds to zero (compared without
+    // computing 4 - decimals, which overflows for the lowest decimals).
+    if (decimals < 4 - 19) return money_from_i128(0);
     __int128 unit = power_of_ten_i128(static_cast<int>(4 - decimals));
     return money_from_i128(round_units(money_to_i128(m), unit));
 }

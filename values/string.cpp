@@ -27,9 +27,11 @@ constinit string_buffer_st empty_buffer{empty_bytes, 4, 1};
 }  // namespace
 
 // Record and bytes come from one allocation; freeing the record frees both.
+// A size out of range, or one the heap refuses, is error 39.
 string_buffer_st* new_buffer(size_t capacity) {
+    if (capacity > MAX_STRING_SIZE + MAX_TERMINATOR_SIZE) throw RuntimeError(ERR_NUMERIC_OVERFLOW);
     void* block = std::malloc(sizeof(string_buffer_st) + capacity);
-    if (!block) throw std::bad_alloc();
+    if (!block) throw RuntimeError(ERR_NUMERIC_OVERFLOW);
     auto* record = static_cast<string_buffer_st*>(block);
     char* bytes = static_cast<char*>(block) + sizeof(string_buffer_st);
     return new (record) string_buffer_st{bytes, capacity, 1};

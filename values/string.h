@@ -20,6 +20,11 @@ enum CstranRecovery : int { CSTRAN_SUBSTITUTE = 0, CSTRAN_STRICT = 1 };
 
 enum ConFlags : unsigned { CON_TERMINATE = 1, CON_UNSHARE = 2, CON_EXACT = 4 };
 
+// The longest string in bytes: counts of the language are signed 32-bit.
+// A buffer may hold up to four more, for a terminator in any charset.
+constexpr size_t MAX_STRING_SIZE = INT32_MAX;
+constexpr size_t MAX_TERMINATOR_SIZE = 4;
+
 struct string_buffer_st {
     char* bytes;
     uint64_t capacity;

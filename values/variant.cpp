@@ -31,45 +31,45 @@ const Variant::val_fn Variant::val_functions[VARIANT_TAG_COUNT] = {
 };
 
 // Acquiring a string raises the buffer's count without touching the view.
-void Variant::acquire_C() { new (payload) String(str()); }
+void Variant::acquire_C(Variant* self) { new (self->payload) String(self->str()); }
 
-void Variant::acquire_O() { object_ptr_acquire(object); }
+void Variant::acquire_O(Variant* self) { object_ptr_acquire(self->object); }
 
-void Variant::acquire_A() { array.acquire(); }
+void Variant::acquire_A(Variant* self) { self->array.acquire(); }
 
 // Copying a by-reference slot yields the target's value, not a second pointer.
-void Variant::acquire_P() {
-    const Variant* target = pointer.target;
-    std::memcpy(static_cast<void*>(this), target, sizeof(Variant));
-    if (owns()) (this->*acquire_functions[tag])();
+void Variant::acquire_P(Variant* self) {
+    const Variant* target = self->pointer.target;
+    std::memcpy(static_cast<void*>(self), target, sizeof(Variant));
+    if (self->owns()) acquire_functions[self->tag](self);
 }
 
-void Variant::release_C(VmStack*) { str().~String(); }
+void Variant::release_C(Variant* self, VmStack*) { self->str().~String(); }
 
-void Variant::release_O(VmStack* stack) { object_ptr_release(stack, object); }
+void Variant::release_O(Variant* self, VmStack* stack) { object_ptr_release(stack, self->object); }
 
-void Variant::release_A(VmStack* stack) {
-    array.release(stack);
-    array.storage = nullptr;
+void Variant::release_A(Variant* self, VmStack* stack) {
+    self->array.release(stack);
+    self->array.storage = nullptr;
 }
 
-void Variant::release_P(VmStack* stack) {
-    if (pointer.owner.control) object_ptr_release(stack, pointer.owner);
+void Variant::release_P(Variant* self, VmStack* stack) {
+    if (self->pointer.owner.control) object_ptr_release(stack, self->pointer.owner);
 }
 
 // The release of the destination already left tag 0, so false writes nothing.
-void Variant::val_L_false(Variant*) const {}
-void Variant::val_X(Variant* dest) const { dest->tag = TAG_NULL; }
-void Variant::val_L_true(Variant* dest) const { dest->tag = TAG_TRUE; }
-void Variant::val_I(Variant* dest) const { dest->set_integer(integer); }
-void Variant::val_N(Variant* dest) const { dest->set(numeric); }
-void Variant::val_Y(Variant* dest) const { dest->set(money); }
-void Variant::val_D(Variant* dest) const { dest->set(date); }
-void Variant::val_T(Variant* dest) const { dest->set(datetime); }
-void Variant::val_C(Variant* dest) const { dest->set_string(str()); }
-void Variant::val_O(Variant* dest) const { dest->set(object); }
-void Variant::val_A(Variant* dest) const { dest->set_array(&array); }
-void Variant::val_P(Variant* dest) const { dest->set_variant(pointer.target); }
+void Variant::val_L_false(const Variant*, Variant*) {}
+void Variant::val_X(const Variant*, Variant* dest) { dest->tag = TAG_NULL; }
+void Variant::val_L_true(const Variant*, Variant* dest) { dest->tag = TAG_TRUE; }
+void Variant::val_I(const Variant* self, Variant* dest) { dest->set_integer(self->integer); }
+void Variant::val_N(const Variant* self, Variant* dest) { dest->set(self->numeric); }
+void Variant::val_Y(const Variant* self, Variant* dest) { dest->set(self->money); }
+void Variant::val_D(const Variant* self, Variant* dest) { dest->set(self->date); }
+void Variant::val_T(const Variant* self, Variant* dest) { dest->set(self->datetime); }
+void Variant::val_C(const Variant* self, Variant* dest) { dest->set_string(self->str()); }
+void Variant::val_O(const Variant* self, Variant* dest) { dest->set(self->object); }
+void Variant::val_A(const Variant* self, Variant* dest) { dest->set_array(&self->array); }
+void Variant::val_P(const Variant* self, Variant* dest) { dest->set_variant(self->pointer.target); }
 
 void Variant::set(const object_ptr_st& ptr) noexcept {
     tag = TAG_OBJECT;

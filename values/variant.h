@@ -61,9 +61,11 @@ public:
         unsigned char payload[32];
     };
 
-    typedef void (Variant::*acquire_fn)();
-    typedef void (Variant::*release_fn)(VmStack*);
-    typedef void (Variant::*val_fn)(Variant* dest) const;
+    // Plain function pointers indexed by tag: a call through them is one
+    // indirect jump, with no member-pointer adjustment on the hot path.
+    typedef void (*acquire_fn)(Variant* self);
+    typedef void (*release_fn)(Variant* self, VmStack* stack);
+    typedef void (*val_fn)(const Variant* self, Variant* dest);
     static const acquire_fn acquire_functions[VARIANT_TAG_COUNT];
     static const release_fn release_functions[VARIANT_TAG_COUNT];
     static const val_fn val_functions[VARIANT_TAG_COUNT];
@@ -86,11 +88,11 @@ public:
 
     void set_variant(const Variant* source) noexcept {
         std::memcpy(static_cast<void*>(this), source, sizeof(Variant));
-        if (owns()) (this->*acquire_functions[tag])();
+        if (owns()) acquire_functions[tag](this);
     }
     void copy(Variant* dest) const noexcept { dest->set_variant(this); }
     void release(VmStack* stack) {
-        if (owns()) (this->*release_functions[tag])(stack);
+        if (owns()) release_functions[tag](this, stack);
         tag = TAG_FALSE;
     }
 
@@ -199,29 +201,29 @@ public:
     // Makes this variable an array of that shape, keeping the overlapping part.
     Array* dimension(VmStack* stack, uint64_t rows, uint64_t columns);
 
-    void acquire_C();
-    void acquire_O();
-    void acquire_A();
-    void acquire_P();
-    void release_C(VmStack* stack);
-    void release_O(VmStack* stack);
-    void release_A(VmStack* stack);
-    void release_P(VmStack* stack);
-    void val_L_false(Variant* dest) const;
-    void val_X(Variant* dest) const;
-    void val_L_true(Variant* dest) const;
-    void val_I(Variant* dest) const;
-    void val_N(Variant* dest) const;
-    void val_Y(Variant* dest) const;
-    void val_D(Variant* dest) const;
-    void val_T(Variant* dest) const;
-    void val_C(Variant* dest) const;
-    void val_O(Variant* dest) const;
-    void val_A(Variant* dest) const;
-    void val_P(Variant* dest) const;
+    static void acquire_C(Variant* self);
+    static void acquire_O(Variant* self);
+    static void acquire_A(Variant* self);
+    static void acquire_P(Variant* self);
+    static void release_C(Variant* self, VmStack* stack);
+    static void release_O(Variant* self, VmStack* stack);
+    static void release_A(Variant* self, VmStack* stack);
+    static void release_P(Variant* self, VmStack* stack);
+    static void val_L_false(const Variant* self, Variant* dest);
+    static void val_X(const Variant* self, Variant* dest);
+    static void val_L_true(const Variant* self, Variant* dest);
+    static void val_I(const Variant* self, Variant* dest);
+    static void val_N(const Variant* self, Variant* dest);
+    static void val_Y(const Variant* self, Variant* dest);
+    static void val_D(const Variant* self, Variant* dest);
+    static void val_T(const Variant* self, Variant* dest);
+    static void val_C(const Variant* self, Variant* dest);
+    static void val_O(const Variant* self, Variant* dest);
+    static void val_A(const Variant* self, Variant* dest);
+    static void val_P(const Variant* self, Variant* dest);
 
     // Delivers this value into a clean dest through the val table.
-    void deliver(Variant* dest) const { (this->*val_functions[tag])(dest); }
+    void deliver(Variant* dest) const { val_functions[tag](this, dest); }
 };
 
 static_assert(sizeof(Variant) == 40, "Variant is 40 bytes");

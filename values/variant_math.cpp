@@ -132,9 +132,11 @@ void Variant::round(VmStack*, long long decimals) {
     if (decimals == 0) {
         set_whole(this, std::round(value));
     } else if (decimals < 0) {
+        // Negated as a double: the lowest decimals have no 64-bit negation.
+        // Past 10^308 the scale is infinite, and every value rounds to zero.
         double scale = decimals > -POWERS_OF_TEN_COUNT ? powers_of_ten[-decimals]
-                                                       : std::pow(10.0, static_cast<double>(-decimals));
-        set_whole(this, std::round(value / scale) * scale);
+                                                       : std::pow(10.0, -static_cast<double>(decimals));
+        set_whole(this, std::isinf(scale) ? 0.0 : std::round(value / scale) * scale);
     } else {
         // From 2^52 up a scaled double has no fraction left, and scaling back
         // would only add error.

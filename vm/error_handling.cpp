@@ -10,6 +10,7 @@
 #include "vm/interrupt.h"
 #include "vm/program.h"
 #include "vm/runtime_services.h"
+#include "vm/scoped_flag.h"
 #include "vm/screen.h"
 #include "vm/try_scope.h"
 #include "vm/vm_run.h"
@@ -47,11 +48,16 @@ void report_final_error(Screen* screen, const RuntimeError& error) {
     screen->errendl(error.message);
 }
 
+// The CATCH variable may take the undo stack's reserve: the error being
+// caught may be that the undo stack is full.
 void enter_handler(VmStack* stack, VmFrame* frame, const Variant& value, unsigned symbol,
                    long long position) {
     if (symbol) {
         Memvar* var;
-        stack->alloc_undefined_memvar(symbol, &var);
+        {
+            ScopedFlag reserve(&stack->undo_reserve_open, true);
+            stack->alloc_undefined_memvar(symbol, &var);
+        }
         var->release(stack);
         var->set_variant(&value);
     }

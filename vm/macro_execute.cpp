@@ -7,6 +7,7 @@
 #include "values/error.h"
 #include "vm/call_resolver.h"
 #include "vm/program.h"
+#include "vm/scoped_flag.h"
 #include "vm/vm_run.h"
 #include "vm/vm_stack.h"
 
@@ -43,11 +44,20 @@ bool macro_execute(VmStack* stack, VmOp** const* ip, Variant* ret) {
     if (stack->frame) {
         location = written_location(stack->frame, *ip);
         written_at = &location;
+    } else if (stack->macro_at_rest) {
+        // Macro text that holds a macro statement, run at the prompt: the
+        // same text in a program stands outside its frame's code.
+        throw RuntimeError(ERR_RECURSIVE_MACRO);
     }
     std::unique_ptr<Program> program = stack->resolver->compile_macro(stack, text, written_at);
     VmOp** macro_ip = program->code();
     Variant result;
     try {
+        EvaluationLevel level(stack);
+        // A macro with no frame around it marks the time it runs; nested in
+        // a frame it leaves the mark as it found it, since the frame's own
+        // check applies there.
+        ScopedFlag at_rest(&stack->macro_at_rest, stack->frame == nullptr);
         vm_run(stack, &macro_ip, &result);
     } catch (...) {
         result.release(stack);

@@ -80,10 +80,10 @@ void VmStack::define_undefined_memvar(uint32_t symbol, Memvar** var) {
     names[symbol] = *var;
 }
 
+// A full undo stack is an error like any other, which a TRY can catch.
 void VmStack::alloc_undo_memvar(uint32_t symbol, Memvar* previous) {
-    // Deliberately by pointer: the VM's handlers take RuntimeError by
-    // reference, so this one runs to the host.
-    if (undo_top == undo_base) throw new RuntimeError(ERR_NESTING_TOO_DEEP);
+    UndoMemvar* floor = undo_reserve_open ? undo_base - UNDO_HANDLER_RESERVE : undo_base;
+    if (undo_top == floor) throw RuntimeError(ERR_NESTING_TOO_DEEP);
     *--undo_top = UndoMemvar{symbol, previous};
 }
 
@@ -104,11 +104,12 @@ void def_private_symbol(VmStack* stack, uint32_t symbol) {
 }
 
 // The frame slot stays behind only as a marker; lookups fall through it to
-// the heap variable, which outlives the frame.
+// the heap variable, which outlives the frame. Code without frame slots (the
+// prompt, macro text) makes the public alone.
 void def_public_offset(VmStack* stack, uint64_t offset, uint32_t symbol) {
     ZO_TRACE();
-    Memvar* slot = stack->locals - offset;
-    if (slot->kind != MEMVAR_NONE && slot->kind != MEMVAR_PUBLIC)
+    Memvar* slot = offset == NO_FRAME_SLOT ? nullptr : stack->locals - offset;
+    if (slot && slot->kind != MEMVAR_NONE && slot->kind != MEMVAR_PUBLIC)
         raise_redefinition(stack, symbol);
     Memvar* existing;
     if (find_in(&stack->names, symbol, &existing)) {
@@ -118,18 +119,26 @@ void def_public_offset(VmStack* stack, uint64_t offset, uint32_t symbol) {
         var->kind = MEMVAR_PUBLIC;
         stack->names[symbol] = var;
     }
-    slot->kind = MEMVAR_PUBLIC;
+    if (slot) slot->kind = MEMVAR_PUBLIC;
 }
 
 void init_lparameters(VmStack* stack, uint64_t n) {
     for (uint64_t offset = 1; offset <= n; ++offset) (stack->locals - offset)->kind = MEMVAR_LOCAL;
 }
 
+// Without frame slots there is no argument: the name becomes a private
+// holding false, as a parameter the caller left out.
 void init_parameter(VmStack* stack, uint64_t offset, uint32_t symbol) {
-    Memvar* slot = stack->locals - offset;
     shadow_name(stack, symbol);
-    slot->kind = MEMVAR_PRIVATE;
-    stack->names[symbol] = slot;
+    Memvar* var;
+    if (offset == NO_FRAME_SLOT) {
+        stack->alloc_memvar(symbol, &var);
+        var->release(stack);
+    } else {
+        var = stack->locals - offset;
+    }
+    var->kind = MEMVAR_PRIVATE;
+    stack->names[symbol] = var;
 }
 
 void raise_named(VmStack* stack, int number, uint32_t symbol) {

@@ -64,6 +64,10 @@ const instruction_info_st& instruction_info(uint8_t opcode) noexcept;
 // The class name of an opcode, for messages about instructions not built yet.
 const char* opcode_class_name(uint8_t opcode) noexcept;
 
+// The offset of DefPublicOffset and InitParameter in code that has no frame
+// slots of its own (the prompt, macro text): frame slots count from 1.
+constexpr uint64_t NO_FRAME_SLOT = 0;
+
 class VmOp {
 public:
     uint8_t opcode;

@@ -19,7 +19,7 @@ VmStack::VmStack(Runtime* owner, uint64_t slots, uint64_t undo_slots)
     ZO_TRACE();
     base = new Memvar[slots];
     locals = frame_esp = esp = end();
-    undo_base = new UndoMemvar[undo_slots]();
+    undo_base = new UndoMemvar[UNDO_HANDLER_RESERVE + undo_slots]() + UNDO_HANDLER_RESERVE;
     undo_top = undo_end();
 }
 
@@ -31,7 +31,12 @@ VmStack::~VmStack() {
     names.clear();
     sessions.reset();
     delete[] base;
-    delete[] undo_base;
+    delete[] (undo_base - UNDO_HANDLER_RESERVE);
+}
+
+EvaluationLevel::EvaluationLevel(VmStack* stack) : stack_(stack) {
+    if (stack->evaluation_depth >= MAX_EVALUATION_DEPTH) throw RuntimeError(ERR_NESTING_TOO_DEEP);
+    ++stack->evaluation_depth;
 }
 
 void __release_variables(VmStack* stack, UndoMemvar* undo_mark, Memvar* esp_mark) {

@@ -80,6 +80,10 @@ struct VmFrame {
 };
 
 constexpr uint64_t MAX_FRAME_DEPTH = 128;
+// Runs of compiled text inside the running frame (evaluate(), macro text, a
+// macro condition) that may be nested in each other, each a re-entry of the
+// dispatch loop without a frame of its own.
+constexpr uint32_t MAX_EVALUATION_DEPTH = 128;
 
 class ZO_API VmStack {
 public:
@@ -97,9 +101,13 @@ public:
     Memvar* params_top = nullptr;
     uint64_t param_count = 0;
     uint64_t capacity;
-    UndoMemvar* undo_base;
+    UndoMemvar* undo_base;  // the lowest entry an ordinary push may take
     UndoMemvar* undo_top;  // grows downward
     uint64_t undo_capacity;
+    // Below undo_base the array keeps a few entries that only a CATCH's
+    // variable may take, so that a TRY can catch a full undo stack.
+    static constexpr uint64_t UNDO_HANDLER_RESERVE = 8;
+    bool undo_reserve_open = false;
     uint64_t pending_args = 0;
     // The stack's data sessions: work areas, fields and the current
     // session's settings. Never null; see vm/data_sessions.h.
@@ -127,6 +135,11 @@ public:
     bool native_catches = false;
     const VmFrame* catch_boundary = nullptr;
     member_context_st context;  // the running member, if any
+    // Nested runs of compiled text in the running frame; see EvaluationLevel.
+    uint32_t evaluation_depth = 0;
+    // A macro statement runs with no frame around it (the prompt): the text
+    // it compiled may not hold another macro statement.
+    bool macro_at_rest = false;
 
     Memvar* end() const noexcept { return base + capacity; }
     UndoMemvar* undo_end() const noexcept { return undo_base + undo_capacity; }
@@ -159,7 +172,7 @@ public:
     void alloc_undefined_memvar(uint32_t symbol, Memvar** out);
     void define_undefined_memvar(uint32_t symbol, Memvar** var);
     // Records what the name meant before this frame shadowed it. A full undo
-    // stack raises 103 thrown by pointer, past the VM's handlers.
+    // stack raises 103; undo_reserve_open lets the push go into the reserve.
     void alloc_undo_memvar(uint32_t symbol, Memvar* previous);
 
     // Records the error, offers it to the TRY scopes of every frame and, for
@@ -175,6 +188,19 @@ public:
 
     // The text of a symbol for messages; empty without a resolver.
     String symbol_text(uint32_t symbol) const;
+};
+
+// One nested run of compiled text for as long as it lives; past
+// MAX_EVALUATION_DEPTH it raises 103 instead.
+class EvaluationLevel {
+public:
+    explicit EvaluationLevel(VmStack* stack);
+    ~EvaluationLevel() { --stack_->evaluation_depth; }
+    EvaluationLevel(const EvaluationLevel&) = delete;
+    EvaluationLevel& operator=(const EvaluationLevel&) = delete;
+
+private:
+    VmStack* stack_;
 };
 
 // Ends a frame's variables: pops to esp_mark, undoes the shadowing recorded

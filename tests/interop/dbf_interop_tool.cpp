@@ -189,8 +189,10 @@ std::string text_of(const Variant& value) {
 }
 
 int dump_table(const char* name) {
-    File* file = open_file(String(name), FILE_OPEN_READ);
-    std::unique_ptr<DbfFile> table(DbfFile::open(file));
+    // A table that fails to open leaves its file to the caller.
+    std::unique_ptr<File> file(open_file(String(name), FILE_OPEN_READ));
+    std::unique_ptr<DbfFile> table(DbfFile::open(file.get()));
+    file.release();
     std::printf("version\t%d\ncodepage\t%s\n", table->version, table->charset->name());
     for (const DbfField* field : table->visible_fields)
         std::printf("field\t%s\t%c\t%" PRIu64 "\t%" PRIu64 "\t%s%s\n", table->field_name(field).u8str().c_str(),

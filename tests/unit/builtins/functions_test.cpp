@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <deque>
 #include <string>
 #include <vector>
 
@@ -87,7 +88,9 @@ private:
     }
 
     VmStack* stack_;
-    std::vector<Variant> args_;
+    // A deque never moves its elements: Variants have no destructor, so a
+    // vector's growth would leave the old copies' references behind.
+    std::deque<Variant> args_;
     Variant result_;
 };
 

@@ -37,7 +37,7 @@ protected:
 
     // A literal's pieces, each a separate piece as the grammar would collect them.
     scan_string_list_st pieces(std::initializer_list<const char*> texts) {
-        scan_string_list_st list{};
+        scan_string_list_st list;
         for (const char* t : texts) {
             held_.push_back(String(t));
             list.add({held_.back().read(), 0, held_.back().get_charset(), held_.back().size()});

@@ -51,6 +51,8 @@ TEST(MoneyRounding, HalfAwayFromZeroFloorAndCeil) {
     EXPECT_EQ(units_of(money_round(units(1250000), -2)), 1000000);
     EXPECT_EQ(units_of(money_round(units(12345), 9)), 12345);
     EXPECT_EQ(units_of(money_round(units(123456789), -40)), 0);
+    EXPECT_EQ(units_of(money_round(units(10000), INT64_MIN)), 0);
+    EXPECT_EQ(units_of(money_round(units(-10000), -15)), 0);
     EXPECT_EQ(units_of(money_floor(units(-15000))), -20000);
     EXPECT_EQ(units_of(money_ceil(units(-15000))), -10000);
 }

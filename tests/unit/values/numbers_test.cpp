@@ -141,6 +141,10 @@ TEST(VariantRound, RoundingTable) {
     EXPECT_EQ(rounded(N(1e300, 0), 5).numeric.value, 1e300);
     expect_integer(rounded(I(1234), -2), 1234);
     expect_money(rounded(Y(12350), 2), 12400);
+    // Decimals past any double's exponent, down to the lowest integer.
+    expect_integer(rounded(N(1.5, 1), -400), 0);
+    expect_integer(rounded(N(1e300, 0), INT64_MIN), 0);
+    expect_money(rounded(Y(10000), INT64_MIN), 0);
 }
 
 TEST(VariantRound, FloorAndCeil) {

@@ -155,6 +155,7 @@ TEST(VariantSub, TextMinusTextMovesTrailingBlanksAway) {
     a.sub(nullptr, b);
     EXPECT_EQ(a.str().u8str(), "abcd");
     a.release(nullptr);
+    b.release(nullptr);
 }
 
 TEST(VariantCompare, MatrixOfTypes) {
@@ -169,13 +170,17 @@ TEST(VariantCompare, MatrixOfTypes) {
     Variant null;
     null.set_null();
     Variant arr;
-    EXPECT_EQ(compare(text("x"), null, &null_seen), 0);
+    Variant x = text("x");
+    EXPECT_EQ(compare(x, null, &null_seen), 0);
+    x.release(nullptr);
     EXPECT_TRUE(null_seen);
 
     Variant dt;
     dt.set(datetime_st{1, 0});
     EXPECT_EQ(error_number_of([&] { bool n; compare(date(1), dt, &n); }), 107);
-    EXPECT_EQ(error_number_of([&] { bool n; compare(integer(1), text("1"), &n); }), 107);
+    Variant one = text("1");
+    EXPECT_EQ(error_number_of([&] { bool n; compare(integer(1), one, &n); }), 107);
+    one.release(nullptr);
 }
 
 TEST(VariantCompare, ExactMoneyAgainstIntegers) {

@@ -120,7 +120,7 @@ TEST_F(VmMemvar, AnErrorThreeFramesDeepRestoresEveryHiddenVariable) {
     EXPECT_EQ(x->kind, MEMVAR_PRIVATE);
 }
 
-TEST_F(VmMemvar, AFullUndoStackRaises103ByPointer) {
+TEST_F(VmMemvar, AFullUndoStackRaises103AndUnwinds) {
     VmStack small(nullptr, 64, 2);
     small.resolver = &resolver;
     Program main;
@@ -128,16 +128,13 @@ TEST_F(VmMemvar, AFullUndoStackRaises103ByPointer) {
     emit_assign(main, SYM_Y, 2);
     emit_assign(main, SYM_Z, 3);
     main.emit(new VmOpReturn());
-    bool caught_by_reference = false;
+    int number = 0;
     try {
         execute_program(&small, 0, false, &main, &result);
-    } catch (const RuntimeError&) {
-        caught_by_reference = true;
-    } catch (RuntimeError* error) {
-        EXPECT_EQ(error->number, 103);
-        delete error;
+    } catch (const RuntimeError& error) {
+        number = error.number;
     }
-    EXPECT_FALSE(caught_by_reference);
+    EXPECT_EQ(number, 103);
     EXPECT_EQ(small.esp, small.end());
     EXPECT_EQ(small.undo_top, small.undo_end());
     EXPECT_TRUE(small.names.empty());
