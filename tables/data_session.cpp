@@ -28,6 +28,10 @@ DataSession_Object::~DataSession_Object() {
     if (owner) owner->forget(this);
 }
 
+void DataSession_Object::work_areas_changed() noexcept {
+    if (owner) owner->work_areas_changed();
+}
+
 Table_Object* DataSession_Object::table_at(int32_t area) const {
     auto found = work_areas_.find(area);
     return found == work_areas_.end() ? nullptr : found->second.get();
@@ -45,6 +49,7 @@ int32_t DataSession_Object::select(int32_t area) {
     }
     current_ = area;
     current_table_ = table_at(area);
+    work_areas_changed();
     return current_;
 }
 
@@ -99,6 +104,7 @@ void DataSession_Object::assign(const ObjectHolder<Table_Object>& table, Symtabl
     work_areas_.emplace(area, table);
     aliases_.emplace(symbol, area);
     if (area == current_) current_table_ = table.get();
+    work_areas_changed();
 }
 
 void DataSession_Object::close(VmStack* stack, int32_t area) {
@@ -112,6 +118,7 @@ void DataSession_Object::close(VmStack* stack, int32_t area) {
         break;
     }
     if (area == current_) current_table_ = nullptr;
+    work_areas_changed();
     // A record changed under row buffering is written before the files close.
     try {
         table->leave_record(stack);

@@ -85,6 +85,9 @@ public:
     void virtual_assign(VmStack* stack, unsigned symbol, size_t argc) override;
 
 private:
+    // Every change of the current table or of the aliases goes through here.
+    void work_areas_changed() noexcept;
+
     int32_t current_ = 1;
     bool in_transaction_ = false;
     Table_Object* current_table_ = nullptr;
