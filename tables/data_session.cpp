@@ -34,6 +34,10 @@ void DataSession_Object::destroy(VmStack* stack) {
     Object::destroy(stack);
 }
 
+void DataSession_Object::work_areas_changed() noexcept {
+    if (owner) owner->work_areas_changed();
+}
+
 Table_Object* DataSession_Object::table_at(int32_t area) const {
     auto found = work_areas_.find(area);
     return found == work_areas_.end() ? nullptr : found->second.get();
@@ -51,6 +55,7 @@ int32_t DataSession_Object::select(int32_t area) {
     }
     current_ = area;
     current_table_ = table_at(area);
+    work_areas_changed();
     return current_;
 }
 
@@ -105,6 +110,7 @@ void DataSession_Object::assign(const ObjectHolder<Table_Object>& table, Symtabl
     work_areas_.emplace(area, table);
     aliases_.emplace(symbol, area);
     if (area == current_) current_table_ = table.get();
+    work_areas_changed();
 }
 
 void DataSession_Object::close(VmStack* stack, int32_t area) {
@@ -118,6 +124,7 @@ void DataSession_Object::close(VmStack* stack, int32_t area) {
         break;
     }
     if (area == current_) current_table_ = nullptr;
+    work_areas_changed();
     // A record changed under row buffering is written before the files close.
     try {
         table->leave_record(stack);

@@ -90,6 +90,9 @@ public:
     static void datasessionid_access(VmStack* stack, unsigned long long argc, Variant* result);
 
 private:
+    // Every change of the current table or of the aliases goes through here.
+    void work_areas_changed() noexcept;
+
     int32_t current_ = 1;
     bool in_transaction_ = false;
     Table_Object* current_table_ = nullptr;

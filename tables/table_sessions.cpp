@@ -37,6 +37,7 @@ TableDataSessions::~TableDataSessions() {
 void TableDataSessions::make_current(const ObjectHolder<DataSession_Object>& session) {
     current_ = session;
     use_settings_of(&session->settings);
+    fields_changed();
 }
 
 DataSession_Object* TableDataSessions::new_session(Class* session_class) {
@@ -92,7 +93,7 @@ TableDataSessions& table_sessions(VmStack* stack) {
 // A bare name reads a field of the table whose expression runs, else of the
 // current work area.
 bool TableDataSessions::find_field(VmStack*, uint32_t symbol, field_ref_st* out) {
-    Table_Object* table = expression_table ? expression_table : current_->current_table();
+    Table_Object* table = expression_table_ ? expression_table_ : current_->current_table();
     if (!table) return false;
     int index = table->get_field_by_symbol_id(symbol);
     if (index < 0) return false;
@@ -119,8 +120,8 @@ bool TableDataSessions::find_work_area(VmStack* stack, uint32_t alias, Variant* 
 }
 
 void TableDataSessions::read_expression_field(VmStack* stack, uint16_t index, Variant* dest) {
-    if (!expression_table) throw assert_failed_exception("a field by position without a table");
-    expression_table->get_field(stack, index, dest);
+    if (!expression_table_) throw assert_failed_exception("a field by position without a table");
+    expression_table_->get_field(stack, index, dest);
 }
 
 }  // namespace zobase

@@ -35,7 +35,13 @@ public:
     void forget(DataSession_Object* session) noexcept;
 
     // The table whose filter, FOR clause or index expression is running.
-    Table_Object* expression_table = nullptr;
+    Table_Object* expression_table() const noexcept { return expression_table_; }
+    void set_expression_table(Table_Object* table) noexcept {
+        expression_table_ = table;
+        fields_changed();
+    }
+    // A session's work areas tell: a table opened, closed or selected.
+    void work_areas_changed() noexcept { fields_changed(); }
 
     bool find_field(VmStack* stack, uint32_t symbol, field_ref_st* out) override;
     void read_field(VmStack* stack, const field_ref_st& field, Variant* dest) override;
@@ -48,6 +54,7 @@ private:
     void make_current(const ObjectHolder<DataSession_Object>& session);
 
     VmStack* stack_;
+    Table_Object* expression_table_ = nullptr;
     ObjectHolder<DataSession_Object> first_;
     ObjectHolder<DataSession_Object> current_;
     // Every session made on this stack that still exists, by id. Not
@@ -70,11 +77,11 @@ class ExpressionTableScope {
 public:
     ExpressionTableScope(VmStack* stack, Table_Object* table) : sessions_(find_table_sessions(stack)) {
         if (!sessions_) return;
-        previous_ = sessions_->expression_table;
-        sessions_->expression_table = table;
+        previous_ = sessions_->expression_table();
+        sessions_->set_expression_table(table);
     }
     ~ExpressionTableScope() {
-        if (sessions_) sessions_->expression_table = previous_;
+        if (sessions_) sessions_->set_expression_table(previous_);
     }
     ExpressionTableScope(const ExpressionTableScope&) = delete;
     ExpressionTableScope& operator=(const ExpressionTableScope&) = delete;

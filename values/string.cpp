@@ -22,8 +22,9 @@ namespace string_detail {
 namespace {
 // Four zero bytes behind every empty view satisfy CON_TERMINATE for any
 // charset. The record starts with one reference of its own, so it is never freed.
+// Its bytes count as used, so no append ever claims them.
 alignas(8) char empty_bytes[8] = {};
-constinit string_buffer_st empty_buffer{empty_bytes, 4, 1};
+constinit string_buffer_st empty_buffer{empty_bytes, 4, 1, 4, 4};
 }  // namespace
 
 // Record and bytes come from one allocation; freeing the record frees both.
@@ -34,7 +35,31 @@ string_buffer_st* new_buffer(size_t capacity) {
     if (!block) throw RuntimeError(ERR_NUMERIC_OVERFLOW);
     auto* record = static_cast<string_buffer_st*>(block);
     char* bytes = static_cast<char*>(block) + sizeof(string_buffer_st);
-    return new (record) string_buffer_st{bytes, capacity, 1};
+    return new (record) string_buffer_st{bytes, capacity, 1, capacity, 0};
+}
+
+string_buffer_st* new_growing_buffer(size_t size, size_t capacity) {
+    string_buffer_st* buffer = new_buffer(capacity);
+    buffer->used.store(size, std::memory_order_relaxed);
+    return buffer;
+}
+
+size_t ascii_prefix(const char* p, size_t n) {
+    constexpr uint64_t high_bits = 0x8080808080808080ull;
+    size_t i = 0;
+    for (; i + 8 <= n; i += 8) {
+        uint64_t word;
+        std::memcpy(&word, p + i, 8);
+        if (word & high_bits) break;
+    }
+    while (i < n && static_cast<unsigned char>(p[i]) < 0x80) ++i;
+    return i;
+}
+
+void raise_to(std::atomic<uint64_t>& mark, uint64_t value) {
+    uint64_t seen = mark.load();
+    while (seen < value && !mark.compare_exchange_weak(seen, value)) {
+    }
 }
 
 string_buffer_st* shared_empty_buffer() noexcept {
@@ -127,6 +152,13 @@ String::String(size_t bytes, const Charset* charset)
     data_ = buffer_->bytes;
 }
 
+String::String(size_t bytes, const Charset* charset, size_t capacity)
+    : data_(nullptr), charset_(charset), buffer_(nullptr), size_(bytes) {
+    ZO_ASSERT(charset != nullptr && capacity >= bytes);
+    buffer_ = capacity ? new_growing_buffer(bytes, capacity) : shared_empty_buffer();
+    data_ = buffer_->bytes;
+}
+
 String::String(const char* utf8)
     : String(copy_of(utf8, units_until_nul(utf8), known_charset(Charset::utf8))) {}
 
@@ -204,8 +236,10 @@ String String::create_from_scan_string(const scan_string_st& scan) {
 
 // ---- access -----------------------------------------------------------------
 
+// The sole owner may change any byte, so what was known about them goes.
 char* String::write() {
     if (buffer_->refs.load() >= 2) do_copy_on_write();
+    else if (buffer_ != &empty_buffer) buffer_->ascii.store(0, std::memory_order_relaxed);
     return data_;
 }
 
@@ -215,13 +249,43 @@ void String::do_copy_on_write() {
     string_buffer_st* old = buffer_;
     string_buffer_st* fresh = new_buffer(old->capacity);
     if (old->capacity) std::memcpy(fresh->bytes, old->bytes, old->capacity);
+    fresh->used.store(old->used.load(), std::memory_order_relaxed);
     data_ = fresh->bytes + (data_ - old->bytes);
     buffer_ = fresh;
     release(old);
 }
 
+// Claims [end, end + n) when the view ends where the used bytes end.
+bool String::append_in_place(const String& other) {
+    string_buffer_st* buffer = buffer_;
+    uint64_t end_offset = static_cast<uint64_t>(data_ - buffer->bytes) + size_;
+    uint64_t n = other.size_;
+    if (buffer == &empty_buffer || end_offset + n > buffer->capacity) return false;
+    uint64_t expected = end_offset;
+    if (!buffer->used.compare_exchange_strong(expected, end_offset + n)) return false;
+    if (n) std::memcpy(data_ + size_, other.data_, n);
+    size_ += n;
+    // The ASCII prefix grows with the append when it reached the old end.
+    uint64_t known = end_offset;
+    if (ascii_prefix(other.data_, n) == n) buffer->ascii.compare_exchange_strong(known, end_offset + n);
+    return true;
+}
+
+// Extends the buffer's ASCII prefix as far as this view's end when it can.
+bool String::known_ascii() const {
+    string_buffer_st* buffer = buffer_;
+    uint64_t end_offset = static_cast<uint64_t>(data_ - buffer->bytes) + size_;
+    uint64_t known = buffer->ascii.load(std::memory_order_relaxed);
+    if (end_offset <= known) return true;
+    // Stopping at the first other byte keeps the next look from scanning again.
+    known += ascii_prefix(buffer->bytes + known, end_offset - known);
+    raise_to(buffer->ascii, known);
+    return known == end_offset;
+}
+
 size_t String::length() const {
     if (charset_->fixed_width) return size_ / charset_->min_char();
+    if (charset_ == Charset::utf8 && known_ascii()) return size_;
     size_t count = 0;
     const char* end = data_ + size_;
     for (const char* p = data_; p < end; ++count) next_char(charset_, p, end);
@@ -268,15 +332,23 @@ void String::resize(size_t n) {
     if (n > static_cast<size_t>(buffer_->bytes + buffer_->capacity - data_))
         throw std::runtime_error("string resize heap overflow");
     size_ = n;
+    raise_to(buffer_->used, static_cast<uint64_t>(data_ - buffer_->bytes) + n);
 }
 
 // ---- convert ----------------------------------------------------------------
 
 namespace {
 
+// The terminator's bytes are claimed as used, so no append overwrites them
+// while someone reads the text as terminated.
 bool has_zero_tail(const String& s, size_t width) {
-    const string_buffer_st* buffer = s.get_buffer();
-    if (s.end() + width > buffer->bytes + buffer->capacity) return false;
+    auto* buffer = const_cast<string_buffer_st*>(s.get_buffer());
+    uint64_t end_offset = static_cast<uint64_t>(s.end() - buffer->bytes);
+    if (end_offset + width > buffer->capacity) return false;
+    uint64_t used = buffer->used.load();
+    if (used < end_offset + width) {
+        if (used != end_offset || !buffer->used.compare_exchange_strong(used, end_offset + width)) return false;
+    }
     return all_zero(s.end(), width);
 }
 
@@ -343,12 +415,24 @@ void String::convert(const Charset* target, unsigned flags, CstranRecovery recov
 
 namespace {
 
+// Room for the next appends: a string that grows by pieces costs linear time.
+size_t grown_capacity(size_t size) { return size < 64 ? size : size + size / 2; }
+
 String join_bytes(const String& left, const String& right, const Charset* charset) {
-    String joined(left.size() + right.size(), charset);
+    String joined(left.size() + right.size(), charset, grown_capacity(left.size() + right.size()));
     char* out = joined.write();
     if (left.size()) std::memcpy(out, left.read(), left.size());
     if (right.size()) std::memcpy(out + left.size(), right.read(), right.size());
     return joined;
+}
+
+// Charsets in which each ASCII character is that one byte.
+bool ascii_transparent(const Charset* charset) {
+    uint32_t id = charset->csid & 0xFFFF;
+    constexpr uint32_t ASCII = 1, ISO_8859_1 = 4, ISO_8859_15 = 17, UTF_8 = 36, WINDOWS_1250 = 46,
+                       WINDOWS_1258 = 54;
+    return id == ASCII || id == UTF_8 || (id >= ISO_8859_1 && id <= ISO_8859_15) ||
+           (id >= WINDOWS_1250 && id <= WINDOWS_1258);
 }
 
 // One attempt of add: both sides into `target`, or false when a character would be lost.
@@ -374,16 +458,26 @@ bool join_converted(const String& left, const String& right, const Charset* targ
 
 }  // namespace
 
+void String::append_bytes(const String& other) {
+    if (!append_in_place(other)) *this = join_bytes(*this, other, charset_);
+}
+
 void String::add(const String& other) {
     ZO_TRACE();
     if (charset_ == other.charset_ || charset_->nocptrans) {
-        *this = join_bytes(*this, other, charset_);
+        append_bytes(other);
         return;
     }
     if (other.charset_->nocptrans) {
         const Charset* flagged = GetCharsetByCSID(charset_->csid | CSID_NOCPTRANS);
         ZO_ASSERT(flagged != nullptr);
         *this = join_bytes(*this, other, flagged);
+        return;
+    }
+    // ASCII text converts to itself: chr(97) joins UTF-8 text without a conversion.
+    if (ascii_transparent(charset_) && ascii_transparent(other.charset_) &&
+        ascii_prefix(other.data_, other.size_) == other.size_) {
+        append_bytes(other);
         return;
     }
     String joined;
@@ -403,6 +497,7 @@ namespace {
 typedef UChar32 (*case_mapping)(UChar32);
 
 // Binary bytes are not characters; only their ASCII letters change case.
+// The same loop serves text known to be ASCII.
 String map_binary_case(const String& s, case_mapping map) {
     String out = String::fromBytes(s.read(), s.size(), s.get_charset());
     char* p = out.write();
@@ -413,9 +508,10 @@ String map_binary_case(const String& s, case_mapping map) {
     return out;
 }
 
-String map_case(const String& s, case_mapping map) {
+String map_case(const String& s, case_mapping map, bool ascii) {
     if (s.size() == 0) return s;
-    if (s.get_charset() == Charset::binary) return map_binary_case(s, map);
+    // ASCII letters map to ASCII letters in every locale-free mapping.
+    if (s.get_charset() == Charset::binary || ascii) return map_binary_case(s, map);
     String wide(s.length() * 4, Charset::utf32le);
     char* out = wide.write();
     const Charset* cs = s.get_charset();
@@ -430,8 +526,8 @@ String map_case(const String& s, case_mapping map) {
 
 }  // namespace
 
-String String::lower() const { return map_case(*this, u_tolower); }
+String String::lower() const { return map_case(*this, u_tolower, charset_ == Charset::utf8 && known_ascii()); }
 
-String String::upper() const { return map_case(*this, u_toupper); }
+String String::upper() const { return map_case(*this, u_toupper, charset_ == Charset::utf8 && known_ascii()); }
 
 }  // namespace zobase

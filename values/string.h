@@ -1,6 +1,7 @@
 #pragma once
 // String: a view on a shared, reference-counted buffer that carries the
-// charset of its bytes. Copies share; writers unshare (copy on write).
+// charset of its bytes. Copies share; writers unshare (copy on write);
+// appending claims the buffer's free tail in place when no view reaches it.
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
@@ -25,10 +26,19 @@ enum ConFlags : unsigned { CON_TERMINATE = 1, CON_UNSHARE = 2, CON_EXACT = 4 };
 constexpr size_t MAX_STRING_SIZE = INT32_MAX;
 constexpr size_t MAX_TERMINATOR_SIZE = 4;
 
+// Invariants: every view of the buffer lies within [0, used), and the bytes
+// there never change while the buffer is shared. So an append may claim
+// [used, capacity) in place, whoever else holds the buffer, by moving `used`
+// from its view's end: `c = c + x` costs the new bytes only. `ascii` bytes
+// from the start are known to be ASCII (a lower bound, grown by whoever
+// looks further), which makes character positions of UTF-8 text byte
+// positions.
 struct string_buffer_st {
     char* bytes;
     uint64_t capacity;
     std::atomic<uint64_t> refs;
+    std::atomic<uint64_t> used;
+    std::atomic<uint64_t> ascii;
 };
 
 // A needle or replacement that owns nothing.
@@ -62,6 +72,9 @@ public:
     String(const char32_t* utf32);
     String(const std::filesystem::path& path);
     String(size_t bytes, const Charset* charset);
+    // `bytes` to be written, in a buffer with room for `capacity`: appends
+    // fill the rest in place.
+    String(size_t bytes, const Charset* charset, size_t capacity);
     String(const String& other) noexcept;
     String(String&& other) noexcept;
     String(const String& src, const char* begin, const char* end) noexcept;
@@ -133,6 +146,14 @@ private:
     uint64_t size_;
 
     void do_copy_on_write();
+    // Appends other's bytes into the free tail of this buffer; false when
+    // the tail is too short or another view has claimed it.
+    bool append_in_place(const String& other);
+    // other's bytes as they are, in place when there is room, else into a
+    // new buffer with room to spare.
+    void append_bytes(const String& other);
+    // True when every character of this view is one ASCII byte.
+    bool known_ascii() const;
     friend class Concat;
 };
 

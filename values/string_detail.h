@@ -15,6 +15,12 @@ inline void require_charsets() {
 }
 
 string_buffer_st* new_buffer(size_t capacity);
+// A buffer whose first `size` bytes are used, the rest free for appends.
+string_buffer_st* new_growing_buffer(size_t size, size_t capacity);
+// How many of the n bytes from p, from the first, are ASCII.
+size_t ascii_prefix(const char* p, size_t n);
+// Raises an atomic mark to value unless it is there already.
+void raise_to(std::atomic<uint64_t>& mark, uint64_t value);
 string_buffer_st* shared_empty_buffer() noexcept;
 void retain(string_buffer_st* buffer) noexcept;
 void release(string_buffer_st* buffer) noexcept;

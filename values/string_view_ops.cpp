@@ -39,7 +39,7 @@ String String::substr(size_t start, size_t count) const {
     const char* first;
     const char* last;
     size_t width = charset_->min_char();
-    if (charset_->fixed_width) {
+    if (charset_->fixed_width || (charset_ == Charset::utf8 && known_ascii())) {
         first = start < size_ / width ? data_ + start * width : end;
         last = count < static_cast<size_t>(end - first) / width ? first + count * width : end;
     } else {

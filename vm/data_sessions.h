@@ -37,6 +37,12 @@ public:
     session_settings_st& settings() noexcept { return *settings_; }
     const session_settings_st& settings() const noexcept { return *settings_; }
 
+    // Moves whenever a bare name may find another field or none, or an alias
+    // another work area: a table opened, closed or selected, the current
+    // session or the expression's table changed. What the VM keeps about
+    // names stands while it stays (vm/name_cache.h).
+    uint64_t fields_version() const noexcept { return fields_version_; }
+
     // The current session's id, as SET DATASESSION and set("DATASESSION")
     // know it; the first session is 1.
     virtual int32_t session_id() const = 0;
@@ -66,9 +72,11 @@ protected:
     explicit DataSessions(session_settings_st* current) noexcept : settings_(current) {}
     // An implementation calls this whenever its current session changes.
     void use_settings_of(session_settings_st* current) noexcept { settings_ = current; }
+    void fields_changed() noexcept { ++fields_version_; }
 
 private:
     session_settings_st* settings_;
+    uint64_t fields_version_ = 0;
 };
 
 // The data sessions of a stack before the table engine: one session, no

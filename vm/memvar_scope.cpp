@@ -31,6 +31,7 @@ void declare_local(VmStack* stack, Memvar* var, uint32_t symbol) {
 void shadow_name(VmStack* stack, uint32_t symbol) {
     auto found = stack->names.find(symbol);
     Memvar* previous = found == stack->names.end() ? nullptr : found->second;
+    stack->names_changed();
     stack->alloc_undo_memvar(symbol, previous);
     if (previous) stack->names.erase(found);
 }
@@ -75,6 +76,7 @@ void VmStack::alloc_undefined_memvar(uint32_t symbol, Memvar** out) {
 void VmStack::define_undefined_memvar(uint32_t symbol, Memvar** var) {
     if ((*var)->kind == MEMVAR_LOCAL) return;
     if (find_in(&names, symbol, var)) return;
+    names_changed();
     alloc_undo_memvar(symbol, nullptr);
     (*var)->kind = MEMVAR_PRIVATE;
     names[symbol] = *var;
@@ -87,7 +89,9 @@ void VmStack::alloc_undo_memvar(uint32_t symbol, Memvar* previous) {
     *--undo_top = UndoMemvar{symbol, previous};
 }
 
+// A LOCAL by name may be one macro text declared: it hides the visible variable.
 void def_local(VmStack* stack, uint32_t symbol) {
+    stack->names_changed();
     Memvar* var;
     stack->alloc_memvar(symbol, &var);
     declare_local(stack, var, symbol);
@@ -117,6 +121,7 @@ void def_public_offset(VmStack* stack, uint64_t offset, uint32_t symbol) {
     } else {
         Memvar* var = new Memvar;
         var->kind = MEMVAR_PUBLIC;
+        stack->names_changed();
         stack->names[symbol] = var;
     }
     if (slot) slot->kind = MEMVAR_PUBLIC;

@@ -1,11 +1,19 @@
 #include "vm/program.h"
 
+#include <atomic>
+
 #include <algorithm>
 #include <iterator>
 
 #include "values/error.h"
 
 namespace zobase {
+
+namespace {
+std::atomic<uint64_t> last_program_id{0};
+}  // namespace
+
+Program::Program() noexcept : id(last_program_id.fetch_add(1, std::memory_order_relaxed) + 1) {}
 
 Program::~Program() {
     for (VmOp* op : code_) delete op;

@@ -27,7 +27,7 @@ struct local_name_st {
 
 class ZO_API Program {
 public:
-    Program() = default;
+    Program() noexcept;
     ~Program();
     Program(const Program&) = delete;
     Program& operator=(const Program&) = delete;
@@ -58,6 +58,9 @@ public:
     bool location_of(size_t position, document_location_st* out) const noexcept;
     bool first_position_of_statement(uint64_t statement, size_t* out) const noexcept;
 
+    // Never reused, unlike the address: what the VM keeps about a program
+    // (vm/name_cache.h) is keyed by it.
+    const uint64_t id;
     uint64_t parameter_count = 0;
     std::vector<local_name_st> local_names;
     uint64_t frame_size() const noexcept { return local_names.size(); }

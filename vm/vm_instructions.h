@@ -4,6 +4,7 @@
 // instruction table says.
 #include <cstdint>
 
+#include "vm/program.h"
 #include "vm/vm_op.h"
 #include "vm/vm_stack.h"
 
@@ -24,11 +25,68 @@ void def_public_offset(VmStack* stack, uint64_t offset, uint32_t symbol);
 void init_lparameters(VmStack* stack, uint64_t n);
 void init_parameter(VmStack* stack, uint64_t offset, uint32_t symbol);
 
+// ---- by-name instructions, through the stack's NameCache (vm/name_cache.h)
+
+// What a name is looked up as: the part of an entry's key above the symbol.
+enum NameLookup : uint64_t { NAME_VARIABLE = 1, NAME_FIELD_OR_VARIABLE = 2, NAME_ALIAS_OR_VARIABLE = 3 };
+
+constexpr uint64_t name_key(uint32_t symbol, NameLookup lookup) { return static_cast<uint64_t>(lookup) << 32 | symbol; }
+
+// The full look-ups, which keep their answer for the instruction op.
+Memvar* lookup_memvar(VmStack* stack, const VmOp* op, uint32_t symbol);
+Memvar* lookup_assignable_memvar(VmStack* stack, const VmOp* op, uint32_t symbol);
+void lookup_by_name(VmStack* stack, const VmOp* op, uint32_t symbol);
+void lookup_file_object_or_memvar(VmStack* stack, const VmOp* op, uint32_t symbol);
+
+inline uint64_t frame_program_id(const VmStack* stack) { return stack->frame ? stack->frame->program->id : 0; }
+
+inline const name_cache_entry_st* kept_entry(VmStack* stack, const VmOp* op, uint64_t key) {
+    const name_cache_entry_st& entry = stack->name_cache.at(op);
+    return entry.key == key && entry.program_id == frame_program_id(stack) ? &entry : nullptr;
+}
+
+// The kept answer as a variable: the frame slot while it is a LOCAL, else
+// the visible variable while the names stand; null: look up again.
+inline Memvar* kept_variable(VmStack* stack, const name_cache_entry_st& entry) {
+    if (entry.offset) {
+        Memvar* slot = stack->locals - entry.offset;
+        if (slot->kind == MEMVAR_LOCAL) return slot;
+    }
+    return entry.names_version == stack->names_version ? entry.variable : nullptr;
+}
+
+// find_memvar for the instruction op.
+inline Memvar* find_memvar(VmStack* stack, const VmOp* op, uint32_t symbol) {
+    if (const name_cache_entry_st* entry = kept_entry(stack, op, name_key(symbol, NAME_VARIABLE)))
+        if (Memvar* var = kept_variable(stack, *entry)) return var;
+    return lookup_memvar(stack, op, symbol);
+}
+
+// What assigning to the name finds or creates (alloc_undefined_memvar).
+inline Memvar* assignable_memvar(VmStack* stack, const VmOp* op, uint32_t symbol) {
+    if (const name_cache_entry_st* entry = kept_entry(stack, op, name_key(symbol, NAME_VARIABLE)))
+        if (Memvar* var = kept_variable(stack, *entry)) return var;
+    return lookup_assignable_memvar(stack, op, symbol);
+}
+
 // A bare name: a field of the expression table or of the current work area
-// hides a variable. Pushes the value. Both ask the stack's DataSessions.
-void read_by_name(VmStack* stack, uint32_t symbol);
+// hides a variable. Pushes the value.
+inline void read_by_name(VmStack* stack, const VmOp* op, uint32_t symbol) {
+    const name_cache_entry_st* entry = kept_entry(stack, op, name_key(symbol, NAME_FIELD_OR_VARIABLE));
+    if (entry && entry->fields_version == stack->sessions->fields_version()) {
+        if (entry->field.table) return stack->sessions->read_field(stack, entry->field, stack->push());
+        if (const Memvar* var = kept_variable(stack, *entry)) return stack->push()->set_variant(var);
+    }
+    lookup_by_name(stack, op, symbol);
+}
+
 // An alias of an open work area pushes the work area's object, else the variable.
-void read_file_object_or_memvar(VmStack* stack, uint32_t symbol);
+inline void read_file_object_or_memvar(VmStack* stack, const VmOp* op, uint32_t symbol) {
+    const name_cache_entry_st* entry = kept_entry(stack, op, name_key(symbol, NAME_ALIAS_OR_VARIABLE));
+    if (entry && entry->fields_version == stack->sessions->fields_version())
+        if (const Memvar* var = kept_variable(stack, *entry)) return stack->push()->set_variant(var);
+    lookup_file_object_or_memvar(stack, op, symbol);
+}
 // Pushes a field of the expression table by its position.
 void read_expression_field(VmStack* stack, uint16_t index);
 

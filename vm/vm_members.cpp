@@ -93,29 +93,6 @@ void write_array_item(VmStack* stack, Variant* array, uint64_t n) {
     stack->esp->deliver(element);
 }
 
-void read_by_name(VmStack* stack, uint32_t symbol) {
-    field_ref_st field;
-    if (stack->sessions->find_field(stack, symbol, &field)) {
-        stack->sessions->read_field(stack, field, stack->push());
-        return;
-    }
-    const Memvar* var = find_memvar(stack, symbol);
-    stack->push()->set_variant(var);
-}
-
-void read_file_object_or_memvar(VmStack* stack, uint32_t symbol) {
-    Memvar* slot = stack->push();
-    if (stack->sessions->find_work_area(stack, symbol, slot)) return;
-    const Memvar* var;
-    try {
-        var = find_memvar(stack, symbol);
-    } catch (...) {
-        stack->pop();
-        throw;
-    }
-    slot->set_variant(var);
-}
-
 void read_expression_field(VmStack* stack, uint16_t index) {
     stack->sessions->read_expression_field(stack, index, stack->push());
 }

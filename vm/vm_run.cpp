@@ -21,6 +21,35 @@ const T& op_as(const VmOp* op) {
 
 Memvar* local_slot(VmStack* stack, uint64_t offset) { return stack->locals - offset; }
 
+// ---- short paths: the integer and number pairs of the hot loops, with the
+// results the general operations give them.
+
+bool both_integers(const Variant* a, const Variant* b) { return a->tag == TAG_INTEGER && b->tag == TAG_INTEGER; }
+
+int three_way(long long a, long long b) { return (a > b) - (a < b); }
+
+// Pops a top that owns nothing: there is nothing to release.
+void pop_scalar(VmStack* stack) {
+    stack->esp->tag = TAG_FALSE;
+    ++stack->esp;
+}
+
+// left += right for two integers that do not overflow, or two numerics.
+bool add_in_place(Variant* left, const Variant* right) {
+    long long sum;
+    if (both_integers(left, right)) {
+        if (__builtin_add_overflow(left->integer, right->integer, &sum)) return false;
+        left->integer = sum;
+        return true;
+    }
+    if (left->tag == TAG_NUMERIC && right->tag == TAG_NUMERIC) {
+        left->numeric.value += right->numeric.value;
+        if (right->numeric.decimals > left->numeric.decimals) left->numeric.decimals = right->numeric.decimals;
+        return true;
+    }
+    return false;
+}
+
 // Sub, mul, div, pow and mod: a null on either side makes the result null.
 template <typename Operation>
 void binary_with_null_rule(VmStack* stack, Operation operation) {
@@ -52,6 +81,12 @@ bool passes(CompareTest test, int result) {
 void compare(VmStack* stack, CompareTest test, bool whole_strings) {
     Memvar* right = stack->esp;
     Memvar* left = stack->esp + 1;
+    if (both_integers(left, right)) {
+        bool passed = passes(test, three_way(left->integer, right->integer));
+        pop_scalar(stack);
+        left->set_bool(passed);
+        return;
+    }
     bool null_seen = false;
     int result = inline_variant_cmp(left, right, &null_seen, whole_strings ? nullptr : stack);
     stack->pop();
@@ -67,6 +102,13 @@ bool for_loop_ends(VmStack* stack) {
     const Memvar* value = stack->esp;
     const Memvar* limit = stack->esp + 1;
     const Memvar* step = stack->esp + 2;
+    if (both_integers(value, limit) && step->tag == TAG_INTEGER) {
+        bool ends = three_way(value->integer, limit->integer) == three_way(step->integer, 0);
+        pop_scalar(stack);
+        pop_scalar(stack);
+        pop_scalar(stack);
+        return ends;
+    }
     bool null_seen = false;
     int position = inline_variant_cmp(value, limit, &null_seen, stack);
     bool ends = null_seen;
@@ -231,6 +273,10 @@ void run_loop(VmStack* stack, VmOp*** ip, Variant* ret) {
             stack->pop_to(stack->frame_esp);
             break;
         case OP_BINARY_ADD:
+            if (add_in_place(stack->esp + 1, stack->esp)) {
+                pop_scalar(stack);
+                break;
+            }
             inline_variant_add(stack->esp + 1, stack->esp);
             stack->pop();
             break;
@@ -431,19 +477,19 @@ void run_loop(VmStack* stack, VmOp*** ip, Variant* ret) {
                 return;
             }
             break;
-        case OP_READ_BY_NAME: read_by_name(stack, op_as<VmOpReadByName>(op).symbol); break;
+        case OP_READ_BY_NAME: read_by_name(stack, op, op_as<VmOpReadByName>(op).symbol); break;
         case OP_READ_MEMVAR_BY_NAME:
-            push_copy(stack, find_memvar(stack, op_as<VmOpReadMemvarByName>(op).symbol));
+            push_copy(stack, find_memvar(stack, op, op_as<VmOpReadMemvarByName>(op).symbol));
             break;
         case OP_READ_MEMVAR_OR_FALSE:
             read_memvar_or_false(stack, op_as<VmOpReadMemvarOrFalse>(op).symbol);
             break;
         case OP_READ_FILE_OBJECT_OR_MEMVAR_BY_NAME:
-            read_file_object_or_memvar(stack, op_as<VmOpReadFileObjectOrMemvarByName>(op).symbol);
+            read_file_object_or_memvar(stack, op, op_as<VmOpReadFileObjectOrMemvarByName>(op).symbol);
             break;
         case OP_READ_ARRAY_BY_NAME: {
             const auto& read = op_as<VmOpReadArrayByName>(op);
-            read_array(stack, find_memvar(stack, read.symbol), read.n);
+            read_array(stack, find_memvar(stack, op, read.symbol), read.n);
             break;
         }
         case OP_READ_ARRAY_BY_OFFSET: {
@@ -452,19 +498,25 @@ void run_loop(VmStack* stack, VmOp*** ip, Variant* ret) {
             break;
         }
         case OP_READ_MEMVAR_POINTER_BY_NAME:
-            push_pointer(stack, find_memvar(stack, op_as<VmOpReadMemvarPointerByName>(op).symbol));
+            push_pointer(stack, find_memvar(stack, op, op_as<VmOpReadMemvarPointerByName>(op).symbol));
             break;
-        case OP_READ_ADD_WRITE:
-            inline_variant_add(find_memvar(stack, op_as<VmOpReadAddWrite>(op).symbol), stack->esp);
+        case OP_READ_ADD_WRITE: {
+            Memvar* var = find_memvar(stack, op, op_as<VmOpReadAddWrite>(op).symbol);
+            if (add_in_place(var, stack->esp)) {
+                pop_scalar(stack);
+                break;
+            }
+            inline_variant_add(var, stack->esp);
             stack->pop();
             break;
+        }
         case OP_STORE: store(stack); break;
         case OP_WRITE_MEMVAR_BY_NAME:
-            write_slot(stack, undefined_memvar(stack, op_as<VmOpWriteMemarByName>(op).symbol));
+            write_slot(stack, assignable_memvar(stack, op, op_as<VmOpWriteMemarByName>(op).symbol));
             break;
         case OP_WRITE_ARRAY_BY_NAME: {
             const auto& write = op_as<VmOpWriteArrayByName>(op);
-            write_array(stack, find_memvar(stack, write.symbol), write.n);
+            write_array(stack, find_memvar(stack, op, write.symbol), write.n);
             break;
         }
         case OP_WRITE_ARRAY_BY_OFFSET: {
@@ -484,11 +536,16 @@ void run_loop(VmStack* stack, VmOp*** ip, Variant* ret) {
             slot->ref(stack, stack->push(), nullptr);
             break;
         }
-        case OP_READ_ADD_WRITE_LOCAL:
-            inline_variant_add(local_slot(stack, op_as<VmOpReadAddWriteLocal>(op).offset),
-                               stack->esp);
+        case OP_READ_ADD_WRITE_LOCAL: {
+            Memvar* slot = local_slot(stack, op_as<VmOpReadAddWriteLocal>(op).offset);
+            if (add_in_place(slot, stack->esp)) {
+                pop_scalar(stack);
+                break;
+            }
+            inline_variant_add(slot, stack->esp);
             stack->pop();
             break;
+        }
         case OP_WRITE_MEMVAR_BY_OFFSET:
             write_slot(stack, local_slot(stack, op_as<VmOpWriteMemvarByOffset>(op).offset));
             break;

@@ -41,6 +41,7 @@ EvaluationLevel::EvaluationLevel(VmStack* stack) : stack_(stack) {
 
 void __release_variables(VmStack* stack, UndoMemvar* undo_mark, Memvar* esp_mark) {
     stack->pop_to(esp_mark);
+    if (stack->undo_top < undo_mark || stack->dynamic_locals) stack->names_changed();
     for (; stack->undo_top < undo_mark; ++stack->undo_top) {
         UndoMemvar& entry = *stack->undo_top;
         auto found = stack->names.find(entry.symbol);

@@ -11,6 +11,7 @@
 #include "values/error.h"
 #include "vm/data_sessions.h"
 #include "vm/memvar.h"
+#include "vm/name_cache.h"
 #include "vm/vm_op.h"
 
 namespace zobase {
@@ -117,6 +118,12 @@ public:
     uint32_t textmerge_memvar = 0;  // SET TEXTMERGE TO MEMVAR: the variable collecting output
     DebugHook* debug_hook = nullptr;
     std::unordered_map<uint32_t, Memvar*> names;  // visible PRIVATE and PUBLIC variables
+    // Moves with every change of what a name may mean as a variable: an
+    // entry of `names` made, hidden or restored, a LOCAL declared by name.
+    uint64_t names_version = 0;
+    void names_changed() noexcept { ++names_version; }
+    // What by-name instructions found, while both versions stand.
+    NameCache name_cache;
     VmFrame* frame = nullptr;
     std::list<Error> errors;
     RuntimeError last_error;

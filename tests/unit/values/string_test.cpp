@@ -366,6 +366,88 @@ TEST_F(StringTest, AddWithNocptransJoinsBytesUnconverted) {
     EXPECT_EQ(raw(text), "\xe9\xff");
 }
 
+// ---- appending in place, ASCII knowledge ----------------------------------------
+
+TEST_F(StringTest, AppendingClaimsTheFreeTailWithoutDisturbingOtherHolders) {
+    String base = String("x");
+    for (int i = 0; i < 80; ++i) base.add(String("y"));  // grows past the exact-size range
+    const string_buffer_st* buffer = base.get_buffer();
+    String held = base;  // as a variable holds it while the VM adds to a copy
+    String first = held;
+    first.add(String("AB"));
+    EXPECT_EQ(first.get_buffer(), buffer) << "the tail is claimed in place although shared";
+    String second = held;
+    second.add(String("CD"));
+    EXPECT_NE(second.get_buffer(), buffer) << "the tail belongs to `first` now";
+    EXPECT_EQ(raw(held), raw(base));
+    EXPECT_EQ(raw(first), raw(base) + "AB");
+    EXPECT_EQ(raw(second), raw(base) + "CD");
+    String self = first;
+    self.add(self);
+    EXPECT_EQ(raw(self), raw(first) + raw(first));
+    EXPECT_EQ(raw(first), raw(base) + "AB");
+}
+
+TEST_F(StringTest, BuildingPieceByPieceReallocatesRarely) {
+    String text(0, Charset::utf8);
+    const string_buffer_st* last = nullptr;
+    int buffers = 0;
+    for (int i = 0; i < 100000; ++i) {
+        String copy = text;  // a second holder, as the variable is
+        copy.add(String("abc"));
+        text = copy;
+        if (text.get_buffer() != last) ++buffers, last = text.get_buffer();
+    }
+    EXPECT_EQ(text.size(), 300000u);
+    EXPECT_LT(buffers, 50) << "a copy per piece would make 100000";
+}
+
+TEST_F(StringTest, AsciiPiecesOfAsciiCompatibleCharsetsJoinWithoutConversion) {
+    String text("caf");
+    text.add(bytes("e", cp1252()));
+    EXPECT_EQ(text.get_charset(), Charset::utf8);
+    EXPECT_EQ(raw(text), "cafe");
+    text.add(bytes("\xe9", cp1252()));
+    EXPECT_EQ(text.get_charset(), Charset::utf8) << "a non-ASCII piece converts as before";
+    EXPECT_EQ(raw(text), "cafe\xc3\xa9");
+    String ebcdic = bytes("a", get_charset_by_name("ibm-37"));
+    String joined("x");
+    joined.add(ebcdic);
+    EXPECT_EQ(raw(joined), "x/") << "ASCII bytes in EBCDIC are other characters";
+}
+
+TEST_F(StringTest, PositionsStayRightAroundTheAsciiKnowledge) {
+    String text("abcdef");
+    EXPECT_EQ(text.length(), 6u);
+    EXPECT_EQ(raw(text.substr(2, 3)), "cde");
+    String mixed = text;
+    mixed.add(String("\xc3\xa9gh"));  // "abcdefégh", appended after the ASCII was known
+    EXPECT_EQ(mixed.length(), 9u);
+    EXPECT_EQ(raw(mixed.substr(6, 2)), "\xc3\xa9g");
+    EXPECT_EQ(raw(mixed.substr(7, 5)), "gh");
+    EXPECT_EQ(text.length(), 6u);
+    EXPECT_EQ(raw(mixed.upper()), "ABCDEF\xc3\x89GH");
+    EXPECT_EQ(raw(text.upper()), "ABCDEF");
+    String owned("abcd");
+    EXPECT_EQ(owned.length(), 4u);
+    char* p = owned.write();  // the sole owner changes its bytes
+    p[0] = '\xc3';
+    p[1] = '\xa9';
+    EXPECT_EQ(owned.length(), 3u);
+    EXPECT_EQ(raw(owned.substr(1, 1)), "c");
+}
+
+TEST_F(StringTest, AnAppendNeverOverwritesATerminatorSomeoneReads) {
+    String text(0, Charset::utf8);
+    for (int i = 0; i < 70; ++i) text.add(String("a"));
+    String terminated = text;
+    terminated.convert(Charset::utf8, CON_TERMINATE, CSTRAN_SUBSTITUTE);
+    String other = text;
+    other.add(String("zz"));
+    EXPECT_EQ(terminated.read()[terminated.size()], '\0');
+    EXPECT_EQ(raw(other), raw(text) + "zz");
+}
+
 // ---- search and replace ------------------------------------------------------------------
 
 struct hit_st {

@@ -1,0 +1,88 @@
+// The by-name instructions' look-ups through the stack's NameCache: the
+// full look-up when nothing is kept, recording its answer when it may be kept.
+#include "vm/name_cache.h"
+
+#include "vm/program.h"
+#include "vm/vm_instructions.h"
+
+namespace zobase {
+
+namespace {
+
+// A LOCAL that macro text declared outside the program's slots.
+bool has_dynamic_local(const VmStack* stack, uint32_t symbol) {
+    if (!stack->dynamic_locals) return false;
+    auto found = stack->dynamic_locals->find(symbol);
+    return found != stack->dynamic_locals->end() && found->second->kind == MEMVAR_LOCAL;
+}
+
+Memvar* visible_variable(const VmStack* stack, uint32_t symbol) {
+    auto found = stack->names.find(symbol);
+    return found == stack->names.end() ? nullptr : found->second;
+}
+
+// Keeps what a name means as a variable now: the frame slot of that name,
+// if the program has one, and the visible variable, if any.
+void keep_variable(VmStack* stack, name_cache_entry_st& entry, uint64_t key, uint64_t fields_version) {
+    uint32_t symbol = static_cast<uint32_t>(key);
+    const Program* program = stack->frame ? stack->frame->program : nullptr;
+    uint64_t offset = 0;
+    if (!program || !program->find_local(symbol, &offset)) offset = 0;
+    if (!offset && has_dynamic_local(stack, symbol)) {
+        entry.key = 0;
+        return;
+    }
+    entry = {key, program ? program->id : 0, stack->names_version, fields_version, offset,
+             visible_variable(stack, symbol), {nullptr, 0}};
+}
+
+// The key of an entry that no fields version ever matches.
+constexpr uint64_t NO_FIELDS = ~0ull;
+
+}  // namespace
+
+Memvar* lookup_memvar(VmStack* stack, const VmOp* op, uint32_t symbol) {
+    name_cache_entry_st& entry = stack->name_cache.at(op);
+    keep_variable(stack, entry, name_key(symbol, NAME_VARIABLE), NO_FIELDS);
+    return find_memvar(stack, symbol);
+}
+
+Memvar* lookup_assignable_memvar(VmStack* stack, const VmOp* op, uint32_t symbol) {
+    Memvar* var;
+    stack->alloc_undefined_memvar(symbol, &var);
+    keep_variable(stack, stack->name_cache.at(op), name_key(symbol, NAME_VARIABLE), NO_FIELDS);
+    return var;
+}
+
+void lookup_by_name(VmStack* stack, const VmOp* op, uint32_t symbol) {
+    name_cache_entry_st& entry = stack->name_cache.at(op);
+    DataSessions* sessions = stack->sessions.get();
+    uint64_t fields_version = sessions->fields_version();
+    uint64_t key = name_key(symbol, NAME_FIELD_OR_VARIABLE);
+    field_ref_st field;
+    if (sessions->find_field(stack, symbol, &field)) {
+        entry = {key, stack->frame ? stack->frame->program->id : 0, stack->names_version, fields_version, 0,
+                 nullptr, field};
+        sessions->read_field(stack, field, stack->push());
+        return;
+    }
+    keep_variable(stack, entry, key, fields_version);
+    const Memvar* var = find_memvar(stack, symbol);
+    stack->push()->set_variant(var);
+}
+
+void lookup_file_object_or_memvar(VmStack* stack, const VmOp* op, uint32_t symbol) {
+    name_cache_entry_st& entry = stack->name_cache.at(op);
+    uint64_t fields_version = stack->sessions->fields_version();
+    Memvar* slot = stack->push();
+    if (stack->sessions->find_work_area(stack, symbol, slot)) {
+        entry.key = 0;
+        return;
+    }
+    stack->pop();
+    keep_variable(stack, entry, name_key(symbol, NAME_ALIAS_OR_VARIABLE), fields_version);
+    const Memvar* var = find_memvar(stack, symbol);
+    stack->push()->set_variant(var);
+}
+
+}  // namespace zobase
