@@ -107,6 +107,9 @@ struct index_cursor_st {
     uint32_t record() const noexcept { return entries.records[static_cast<size_t>(index)]; }
 };
 
+// Orders entries by (key, record) for Index::build.
+void sort_entries(node_entries_st* entries);
+
 class Index {
 public:
     IndexFile* file = nullptr;
@@ -191,6 +194,9 @@ public:
     void insert_key(const char* key, uint32_t record);
     // False when there is no such entry.
     bool delete_key(const char* key, uint32_t record);
+    // Fills a new, empty tag with entries sorted by (key, record), building
+    // the tree bottom-up with full nodes (index_build.cpp).
+    void build(const node_entries_st& sorted);
 
     // ---- the whole tree checked: keys ordered in every node, each interior
     // entry equal to its child's last key, sibling chains consistent at

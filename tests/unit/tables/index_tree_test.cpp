@@ -266,3 +266,45 @@ TEST(IndexModel, RandomChangesKeepTheTreeEqualToASortedSet) {
 
 }  // namespace
 }  // namespace zobase
+
+namespace zobase {
+namespace {
+
+// A tag built bottom-up from sorted entries walks exactly as one built by
+// inserts, at one leaf, several leaves and several interior levels (long
+// keys make interior nodes narrow), and keeps taking changes afterwards.
+TEST(IndexBuild, BulkBuiltTagWalksAsAnInsertBuiltOne) {
+    std::mt19937 random(14);
+    for (uint16_t key_length : {12, 100}) {
+        for (uint32_t count : {0u, 1u, 30u, 5000u}) {
+            Tree inserted(key_length, count), built(key_length, count);
+            node_entries_st entries;
+            entries.clear(key_length);
+            for (uint32_t record = 1; record <= count; ++record) {
+                // Shared prefixes, pad-only tails and equal keys of different records.
+                std::string text = "k" + std::to_string(random() % (count / 3 + 1)) + std::string(random() % 4, 'x');
+                inserted.insert(text, record);
+                entries.push(built.key(text).data(), record, NO_NODE);
+            }
+            sort_entries(&entries);
+            built.index->build(entries);
+            std::vector<entry_t> walked = built.index->check_structure();
+            ASSERT_EQ(walked, inserted.index->check_structure()) << key_length << " " << count;
+            EXPECT_EQ(built.forward(), walked);
+            EXPECT_EQ(built.backward(), walked);
+            if (count < 5000) continue;
+            EXPECT_FALSE(built.root().leaf);
+            EXPECT_LT(built.leaf_count(), inserted.leaf_count());  // full leaves
+            for (uint32_t record = count + 1; record <= count + 500; ++record) built.insert("k7", record);
+            for (size_t i = 0; i < walked.size(); i += 3)
+                EXPECT_TRUE(built.index->delete_key(walked[i].first.data(), walked[i].second));
+            EXPECT_EQ(built.index->check_structure().size(), count + 500 - (count + 2) / 3);
+            index_cursor_st cursor;
+            EXPECT_EQ(built.index->seek(built.key("k7").data(), key_length, &cursor, SEEK_FORWARD, SEEK_RANGE_INCLUSIVE),
+                      SEEK_RESULT_FOUND);
+        }
+    }
+}
+
+}  // namespace
+}  // namespace zobase
