@@ -211,10 +211,11 @@ private:
     };
     void read_node(uint32_t position, index_node_st* node);
     // Down to the leaf for (key, record), or by key prefix when record is
-    // null; the interior levels are noted in `path` when given.
-    void descend(const char* key, uint64_t length, const uint32_t* record, index_node_st* leaf,
-                 std::vector<waypoint_st>* path);
-    void load_leaf(const index_node_st& leaf, index_cursor_st* cursor);
+    // null; the interior levels are noted in `path` when given. Returns the
+    // leaf's position.
+    uint32_t descend(const char* key, uint64_t length, const uint32_t* record, std::vector<waypoint_st>* path);
+    // The leaf's entries into the cursor, from the cache's expanded copy.
+    void load_leaf(uint32_t position, index_cursor_st* cursor);
     bool go_edge(index_cursor_st* cursor, bool last);
     // Writes a changed node and carries the change to its parent: the new
     // greatest key, the halves of a split, or the node's removal.

@@ -172,8 +172,10 @@ TEST(IndexNodes, ChangesNeedTheLockAndDuplicatesAreRefused) {
     EXPECT_THROW(tree.insert("y", 2), dbf_error_index_file_not_locked);
 }
 
-TEST(IndexNodes, TheCacheHoldsSixtyFourNodes) {
+TEST(IndexNodes, TheCacheHoldsSixtyFourNodesWhenShared) {
     Tree tree(40);
+    EXPECT_GT(tree.file->cache_capacity, IndexFile::CACHE_CAPACITY);  // this file is not shared
+    tree.file->cache_capacity = IndexFile::CACHE_CAPACITY;
     for (uint32_t i = 1; i <= 5000; ++i) tree.insert(std::to_string(i), i);
     tree.index->check_structure();
     EXPECT_EQ(tree.file->cached_nodes(), IndexFile::CACHE_CAPACITY);
