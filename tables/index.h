@@ -219,8 +219,13 @@ private:
     bool go_edge(index_cursor_st* cursor, bool last);
     // Writes a changed node and carries the change to its parent: the new
     // greatest key, the halves of a split, or the node's removal.
-    void store_node(std::vector<waypoint_st>& path, index_node_st& node, node_entries_st& entries);
-    std::vector<index_node_st> split_entries(index_node_st& node, const node_entries_st& entries,
+    // `appended`: the change added an entry behind the last of the last
+    // node of its level, as records appended in key order do. A split then
+    // leaves the node full and starts the next with the new entry, so that
+    // such a tag gets full nodes rather than half-full ones.
+    void store_node(std::vector<waypoint_st>& path, index_node_st& node, node_entries_st& entries,
+                    bool appended = false);
+    std::vector<index_node_st> split_entries(index_node_st& node, const node_entries_st& entries, bool appended,
                                              std::vector<node_entries_st>* parts);
     void unlink_node(const index_node_st& node);
     // Finds the cursor's entry again after the tree changed; true when it

@@ -205,8 +205,9 @@ void Index::insert_key(const char* key, uint32_t record) {
     size_t i = entries.lower_bound(key, record);
     if (i < entries.size() && compare_entry(entries.key(i), entries.records[i], key, record, key_length()) == 0)
         throw dbf_index_file_corrupted(file->file->name);
+    bool appended = i == entries.size() && leaf.right == NO_NODE;
     entries.insert(i, key, record, NO_NODE);
-    store_node(path, leaf, entries);
+    store_node(path, leaf, entries, appended);
     changed();
 }
 
@@ -227,7 +228,8 @@ bool Index::delete_key(const char* key, uint32_t record) {
     return true;
 }
 
-void Index::store_node(std::vector<waypoint_st>& path, index_node_st& node, node_entries_st& entries) {
+void Index::store_node(std::vector<waypoint_st>& path, index_node_st& node, node_entries_st& entries,
+                       bool appended) {
     node_entries_st up;  // what replaces the node's entry in its parent
     up.clear(key_length());
     if (entries.size() == 0 && node.root) {
@@ -250,7 +252,7 @@ void Index::store_node(std::vector<waypoint_st>& path, index_node_st& node, node
     } else {
         bool was_root = node.root;
         std::vector<node_entries_st> parts;
-        std::vector<index_node_st> nodes = split_entries(node, entries, &parts);
+        std::vector<index_node_st> nodes = split_entries(node, entries, appended, &parts);
         for (size_t i = 0; i < nodes.size(); ++i)
             up.push(parts[i].key(parts[i].size() - 1), parts[i].records.back(), nodes[i].position);
         if (was_root) {
@@ -273,14 +275,15 @@ void Index::store_node(std::vector<waypoint_st>& path, index_node_st& node, node
     if (up.size() == 1 && compare_entry(siblings.key(at.index), siblings.records[at.index], up.key(0), up.records[0],
                                         key_length()) == 0)
         return;
+    appended = appended && up.size() > 1 && at.index + 1 == siblings.size() && parent.right == NO_NODE;
     siblings.erase(at.index);
     for (size_t i = 0; i < up.size(); ++i) siblings.insert(at.index + i, up.key(i), up.records[i], up.children[i]);
-    store_node(path, parent, siblings);
+    store_node(path, parent, siblings, appended);
 }
 
 // The node keeps the first part; each further part gets a new node, linked
 // into the chain behind it. Parts are halved until each fits.
-std::vector<index_node_st> Index::split_entries(index_node_st& node, const node_entries_st& entries,
+std::vector<index_node_st> Index::split_entries(index_node_st& node, const node_entries_st& entries, bool appended,
                                                 std::vector<node_entries_st>* parts) {
     parts->assign(1, entries);
     for (size_t i = 0; i < parts->size();) {
@@ -290,7 +293,8 @@ std::vector<index_node_st> Index::split_entries(index_node_st& node, const node_
             continue;
         }
         node_entries_st& whole = (*parts)[i];
-        size_t cut = split_point(node, pad, whole);
+        // The first cut of an appended entry keeps everything before it.
+        size_t cut = appended && i == 0 && parts->size() == 1 ? whole.size() - 1 : split_point(node, pad, whole);
         node_entries_st right;
         right.clear(key_length());
         for (size_t j = cut; j < whole.size(); ++j) right.push(whole.key(j), whole.records[j], whole.children[j]);

@@ -2,6 +2,7 @@
 // a model-checked run of random changes against a sorted set in memory.
 #include <gtest/gtest.h>
 
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <random>
@@ -306,6 +307,24 @@ TEST(IndexBuild, BulkBuiltTagWalksAsAnInsertBuiltOne) {
                       SEEK_RESULT_FOUND);
         }
     }
+}
+
+// Records appended in key order fill their leaves as a bulk build does,
+// where halving every split would leave them half empty.
+TEST(IndexBuild, KeysAppendedInOrderFillTheirNodes) {
+    Tree appended(40, 20000), built(40, 20000);
+    node_entries_st entries;
+    entries.clear(40);
+    for (uint32_t record = 1; record <= 20000; ++record) {
+        char text[16];
+        std::snprintf(text, sizeof text, "%08u", record * 3);
+        appended.insert(text, record);
+        entries.push(built.key(text).data(), record, NO_NODE);
+    }
+    built.index->build(entries);
+    EXPECT_EQ(appended.index->check_structure(), built.index->check_structure());
+    EXPECT_LE(appended.leaf_count(), built.leaf_count() + 1);
+    EXPECT_LE(appended.file->allocation_position, built.file->allocation_position + 8 * INDEX_NODE_SIZE);
 }
 
 }  // namespace
