@@ -70,20 +70,23 @@ const node_entries_st& IndexFile::entries(uint32_t position, uint32_t key_length
     return entry.entries;
 }
 
-void IndexFile::write_node(const index_node_st& node) {
+void IndexFile::write_node(const index_node_st& node, node_entries_st* entries) {
     auto found = by_position_.find(node.position);
     if (found != by_position_.end()) {
-        found->second->node = node;
-        found->second->changed = true;
-        found->second->expanded = false;
         cache_.splice(cache_.begin(), cache_, found->second);
-        return;
+    } else {
+        make_room();
+        cache_.emplace_front();
+        by_position_[node.position] = cache_.begin();
     }
-    make_room();
-    cache_.emplace_front();
-    cache_.front().node = node;
-    cache_.front().changed = true;
-    by_position_[node.position] = cache_.begin();
+    cache_entry_st& entry = cache_.front();
+    entry.node = node;
+    entry.changed = true;
+    entry.expanded = entries != nullptr;
+    if (entries) {
+        entry.entries.clear(node.key_length);
+        std::swap(entry.entries, *entries);
+    }
 }
 
 void IndexFile::make_room() {

@@ -62,7 +62,9 @@ public:
     // A node's entries expanded, kept in the cache beside its bytes until
     // the node changes or leaves the cache; valid as long as `node` is.
     const node_entries_st& entries(uint32_t position, uint32_t key_length, bool compact_tag, char pad);
-    void write_node(const index_node_st& node);
+    // With `entries`, the node's keys expanded are taken into the cache
+    // (the vector is left empty), sparing the next reader their expansion.
+    void write_node(const index_node_st& node, node_entries_st* entries = nullptr);
     // `size` bytes at the end of the file.
     uint32_t allocate(uint32_t size);
 

@@ -247,8 +247,8 @@ void Index::store_node(std::vector<waypoint_st>& path, index_node_st& node, node
     if (entries.size() == 0) {
         unlink_node(node);
     } else if (encode_entries(&node, pad, entries)) {
-        file->write_node(node);
         up.push(entries.key(entries.size() - 1), entries.records.back(), node.position);
+        file->write_node(node, &entries);
     } else {
         bool was_root = node.root;
         std::vector<node_entries_st> parts;
