@@ -209,18 +209,22 @@ void DbfFile::create_index_tag(VmStack* stack, const createopts_st* options, con
     tags.push_back(std::move(tag));
     try {
         CursorKeeper keep(this);
-        index_cursor_st probe;
+        node_entries_st entries;
+        entries.clear(made->key_length());
         for (uint64_t number = 1; number <= record_count; ++number) {
             if (!go(number, shown_record, READAHEAD_BLOCK)) break;
             recno = number;
             bof = eof = false;
             if (!made->eval_filter(stack)) continue;
             made->eval_key(stack, made->new_key);
-            if (made->unique() &&
-                made->internal_seek(made->new_key, made->key_length(), &probe) == SEEK_RESULT_FOUND)
-                throw dbf_unique_key_violation(made->name);
-            made->insert_key(made->new_key, static_cast<uint32_t>(number));
+            entries.push(made->new_key, static_cast<uint32_t>(number), NO_NODE);
         }
+        sort_entries(&entries);
+        if (made->unique())
+            for (size_t i = 1; i < entries.size(); ++i)
+                if (std::memcmp(entries.key(i - 1), entries.key(i), made->key_length()) == 0)
+                    throw dbf_unique_key_violation(made->name);
+        made->build(entries);
     } catch (...) {
         // The half-built tag leaves the directory again.
         directory->delete_key(entry.data(), made->header_position);

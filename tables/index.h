@@ -107,6 +107,9 @@ struct index_cursor_st {
     uint32_t record() const noexcept { return entries.records[static_cast<size_t>(index)]; }
 };
 
+// Orders entries by (key, record) for Index::build.
+void sort_entries(node_entries_st* entries);
+
 class Index {
 public:
     IndexFile* file = nullptr;
@@ -191,6 +194,9 @@ public:
     void insert_key(const char* key, uint32_t record);
     // False when there is no such entry.
     bool delete_key(const char* key, uint32_t record);
+    // Fills a new, empty tag with entries sorted by (key, record), building
+    // the tree bottom-up with full nodes (index_build.cpp).
+    void build(const node_entries_st& sorted);
 
     // ---- the whole tree checked: keys ordered in every node, each interior
     // entry equal to its child's last key, sibling chains consistent at
@@ -205,15 +211,21 @@ private:
     };
     void read_node(uint32_t position, index_node_st* node);
     // Down to the leaf for (key, record), or by key prefix when record is
-    // null; the interior levels are noted in `path` when given.
-    void descend(const char* key, uint64_t length, const uint32_t* record, index_node_st* leaf,
-                 std::vector<waypoint_st>* path);
-    void load_leaf(const index_node_st& leaf, index_cursor_st* cursor);
+    // null; the interior levels are noted in `path` when given. Returns the
+    // leaf's position.
+    uint32_t descend(const char* key, uint64_t length, const uint32_t* record, std::vector<waypoint_st>* path);
+    // The leaf's entries into the cursor, from the cache's expanded copy.
+    void load_leaf(uint32_t position, index_cursor_st* cursor);
     bool go_edge(index_cursor_st* cursor, bool last);
     // Writes a changed node and carries the change to its parent: the new
     // greatest key, the halves of a split, or the node's removal.
-    void store_node(std::vector<waypoint_st>& path, index_node_st& node, node_entries_st& entries);
-    std::vector<index_node_st> split_entries(index_node_st& node, const node_entries_st& entries,
+    // `appended`: the change added an entry behind the last of the last
+    // node of its level, as records appended in key order do. A split then
+    // leaves the node full and starts the next with the new entry, so that
+    // such a tag gets full nodes rather than half-full ones.
+    void store_node(std::vector<waypoint_st>& path, index_node_st& node, node_entries_st& entries,
+                    bool appended = false);
+    std::vector<index_node_st> split_entries(index_node_st& node, const node_entries_st& entries, bool appended,
                                              std::vector<node_entries_st>* parts);
     void unlink_node(const index_node_st& node);
     // Finds the cursor's entry again after the tree changed; true when it

@@ -10,6 +10,7 @@ namespace zobase {
 IndexFile::IndexFile(File* opened, const Charset* table_charset) : file(opened), charset(table_charset) {
     int64_t size = file->size();
     allocation_position = size > 0 ? static_cast<uint64_t>(size) : 0;
+    cache_capacity = file->is_shared() ? CACHE_CAPACITY : UNSHARED_CACHE_CAPACITY;
 }
 
 IndexFile::~IndexFile() = default;
@@ -32,36 +33,60 @@ void IndexFile::write_header(uint64_t position, const char* bytes, uint64_t size
     std::memcpy(pending.data(), bytes, size);
 }
 
-void IndexFile::read_node(uint32_t position, uint32_t key_length, bool compact_tag, index_node_st* out) {
+IndexFile::cache_entry_st& IndexFile::fetch(uint32_t position, uint32_t key_length, bool compact_tag) {
     auto found = by_position_.find(position);
     if (found != by_position_.end()) {
         cache_.splice(cache_.begin(), cache_, found->second);
-        *out = found->second->node;
-        return;
+        return *found->second;
     }
     if (position < INDEX_HEADER_SIZE || position % INDEX_NODE_SIZE != 0 || key_length == 0 ||
         key_length > MAX_KEY_LENGTH)
         throw dbf_index_file_corrupted(file->name);
-    out->position = position;
-    if (file->readex(static_cast<std::streamoff>(position), out->bytes, INDEX_NODE_SIZE) != INDEX_NODE_SIZE)
+    cache_entry_st read;
+    read.node.position = position;
+    if (file->readex(static_cast<std::streamoff>(position), read.node.bytes, INDEX_NODE_SIZE) != INDEX_NODE_SIZE)
         throw dbf_index_file_corrupted(file->name);
-    out->decode(key_length, compact_tag);
+    read.node.decode(key_length, compact_tag);
     make_room();
-    cache_.push_front(cache_entry_st{*out, false});
+    cache_.push_front(std::move(read));
     by_position_[position] = cache_.begin();
+    return cache_.front();
 }
 
-void IndexFile::write_node(const index_node_st& node) {
+void IndexFile::read_node(uint32_t position, uint32_t key_length, bool compact_tag, index_node_st* out) {
+    *out = fetch(position, key_length, compact_tag).node;
+}
+
+const index_node_st& IndexFile::node(uint32_t position, uint32_t key_length, bool compact_tag) {
+    return fetch(position, key_length, compact_tag).node;
+}
+
+const node_entries_st& IndexFile::entries(uint32_t position, uint32_t key_length, bool compact_tag, char pad) {
+    cache_entry_st& entry = fetch(position, key_length, compact_tag);
+    if (!entry.expanded) {
+        decode_entries(entry.node, pad, &entry.entries);
+        entry.expanded = true;
+    }
+    return entry.entries;
+}
+
+void IndexFile::write_node(const index_node_st& node, node_entries_st* entries) {
     auto found = by_position_.find(node.position);
     if (found != by_position_.end()) {
-        found->second->node = node;
-        found->second->changed = true;
         cache_.splice(cache_.begin(), cache_, found->second);
-        return;
+    } else {
+        make_room();
+        cache_.emplace_front();
+        by_position_[node.position] = cache_.begin();
     }
-    make_room();
-    cache_.push_front(cache_entry_st{node, true});
-    by_position_[node.position] = cache_.begin();
+    cache_entry_st& entry = cache_.front();
+    entry.node = node;
+    entry.changed = true;
+    entry.expanded = entries != nullptr;
+    if (entries) {
+        entry.entries.clear(node.key_length);
+        std::swap(entry.entries, *entries);
+    }
 }
 
 void IndexFile::make_room() {

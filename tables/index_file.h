@@ -4,7 +4,8 @@
 // tag headers and nodes in the order they were allocated. Positions are
 // absolute and 32-bit; 0xFFFFFFFF is none. Space is never reclaimed.
 //
-// Nodes pass through a cache of 64, most recently used first. A node written
+// Nodes pass through a cache of 64 (more in a file not shared), most
+// recently used first. A node written
 // stays in the cache as changed until the file is flushed: at the release of
 // the index lock in a shared file (so that nobody reads a file without what
 // the lock holder wrote), and when the table writes its pending records or
@@ -29,6 +30,10 @@ public:
     // The byte the index lock takes.
     static constexpr uint64_t LOCK_POSITION = 0x7FFFFFFE;
     static constexpr size_t CACHE_CAPACITY = 64;
+    // Nobody else changes a file this process holds alone, so its cache
+    // may hold far more (about 9 MB of nodes): enough for a tree of a few
+    // million keys to stay in memory while records arrive in random key order.
+    static constexpr size_t UNSHARED_CACHE_CAPACITY = 16384;
 
     std::unique_ptr<File> file;
     uint64_t allocation_position = 0;  // the file's end when last locked; where the next node lands
@@ -51,7 +56,15 @@ public:
     void write_header(uint64_t position, const char* bytes, uint64_t size);
     // A node through the cache, decoded for a tag of that key length.
     void read_node(uint32_t position, uint32_t key_length, bool compact_tag, index_node_st* out);
-    void write_node(const index_node_st& node);
+    // The same without a copy: valid until the next call that reads or
+    // writes a node.
+    const index_node_st& node(uint32_t position, uint32_t key_length, bool compact_tag);
+    // A node's entries expanded, kept in the cache beside its bytes until
+    // the node changes or leaves the cache; valid as long as `node` is.
+    const node_entries_st& entries(uint32_t position, uint32_t key_length, bool compact_tag, char pad);
+    // With `entries`, the node's keys expanded are taken into the cache
+    // (the vector is left empty), sparing the next reader their expansion.
+    void write_node(const index_node_st& node, node_entries_st* entries = nullptr);
     // `size` bytes at the end of the file.
     uint32_t allocate(uint32_t size);
 
@@ -71,7 +84,10 @@ private:
     struct cache_entry_st {
         index_node_st node;
         bool changed = false;
+        bool expanded = false;  // `entries` holds the node's keys
+        node_entries_st entries;
     };
+    cache_entry_st& fetch(uint32_t position, uint32_t key_length, bool compact_tag);
     void write_out(const cache_entry_st& entry);
     void make_room();
 

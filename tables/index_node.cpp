@@ -211,6 +211,25 @@ size_t node_entries_st::lower_bound_prefix(const char* wanted, uint64_t length) 
     return low;
 }
 
+size_t basic_lower_bound(const index_node_st& node, const char* wanted, uint64_t length,
+                         const uint32_t* record) noexcept {
+    uint32_t size = node.key_length + 8;
+    const char* area = node.bytes + BASIC_AREA_START;
+    size_t low = 0, high = node.count;
+    while (low < high) {
+        size_t mid = (low + high) / 2;
+        const char* at = area + mid * size;
+        int c = std::memcmp(at, wanted, length);
+        if (c < 0 || (c == 0 && record && read_be32(at + node.key_length) < *record)) low = mid + 1;
+        else high = mid;
+    }
+    return low;
+}
+
+uint32_t basic_child(const index_node_st& node, size_t i) noexcept {
+    return read_be32(node.bytes + BASIC_AREA_START + i * (node.key_length + 8) + node.key_length + 4);
+}
+
 void decode_entries(const index_node_st& node, char pad, node_entries_st* out) {
     out->clear(node.key_length);
     out->keys.reserve(static_cast<size_t>(node.count) * node.key_length);

@@ -124,6 +124,11 @@ bool goto_first_compact_key(const index_node_st& node, char pad, key_iterator_st
 // reach past the node raises dbf_index_file_corrupted.
 bool goto_next_compact_key(const index_node_st& node, char pad, key_iterator_st* it);
 
+// In a basic node, read in place: the first entry not below (key, record),
+// or by the first `length` key bytes when record is null; count when none.
+size_t basic_lower_bound(const index_node_st& node, const char* key, uint64_t length, const uint32_t* record) noexcept;
+uint32_t basic_child(const index_node_st& node, size_t i) noexcept;
+
 // The keys of a node of any kind, in order.
 void decode_entries(const index_node_st& node, char pad, node_entries_st* out);
 // Writes the entries into a node of the node's kind, keeping its siblings

@@ -31,25 +31,26 @@ void Index::read_node(uint32_t position, index_node_st* node) {
     file->read_node(position, key_length(), compact(), node);
 }
 
-void Index::descend(const char* key, uint64_t length, const uint32_t* record, index_node_st* leaf,
-                    std::vector<waypoint_st>* path) {
+uint32_t Index::descend(const char* key, uint64_t length, const uint32_t* record, std::vector<waypoint_st>* path) {
     if (path) path->clear();
-    read_node(header.root, leaf);
-    node_entries_st entries;
-    for (size_t depth = 0; !leaf->leaf; ++depth) {
-        if (depth > MAX_TREE_DEPTH) throw dbf_index_file_corrupted(file->file->name);
-        decode_entries(*leaf, pad, &entries);
-        if (entries.size() == 0) throw dbf_index_file_corrupted(file->file->name);
-        size_t i = record ? entries.lower_bound(key, *record) : entries.lower_bound_prefix(key, length);
-        if (i == entries.size()) --i;
-        if (path) path->push_back({leaf->position, i});
-        read_node(entries.children[i], leaf);
+    uint32_t position = header.root;
+    // Interior nodes are searched in place, never expanded.
+    for (size_t depth = 0;; ++depth) {
+        const index_node_st& node = file->node(position, key_length(), compact());
+        if (node.leaf) return position;
+        if (depth > MAX_TREE_DEPTH || node.count == 0) throw dbf_index_file_corrupted(file->file->name);
+        size_t i = basic_lower_bound(node, key, record ? key_length() : length, record);
+        if (i == node.count) --i;
+        if (path) path->push_back({position, i});
+        position = basic_child(node, i);
     }
 }
 
-void Index::load_leaf(const index_node_st& leaf, index_cursor_st* cursor) {
-    decode_entries(leaf, pad, &cursor->entries);
-    cursor->leaf = leaf.position;
+void Index::load_leaf(uint32_t position, index_cursor_st* cursor) {
+    const node_entries_st& entries = file->entries(position, key_length(), compact(), pad);
+    const index_node_st& leaf = file->node(position, key_length(), compact());
+    cursor->entries = entries;
+    cursor->leaf = position;
     cursor->left = leaf.left;
     cursor->right = leaf.right;
     cursor->version = header.version;
@@ -59,9 +60,7 @@ void Index::load_leaf(const index_node_st& leaf, index_cursor_st* cursor) {
 
 SeekResult Index::internal_seek(const char* key, uint64_t length, index_cursor_st* cursor) {
     check_version();
-    index_node_st leaf;
-    descend(key, length, nullptr, &leaf, nullptr);
-    load_leaf(leaf, cursor);
+    load_leaf(descend(key, length, nullptr, nullptr), cursor);
     size_t i = cursor->entries.lower_bound_prefix(key, length);
     cursor->index = static_cast<int64_t>(i);
     if (i == cursor->entries.size()) return SEEK_RESULT_END;
@@ -101,9 +100,7 @@ SeekResult Index::seek(const char* key, uint64_t length, index_cursor_st* cursor
 
 bool Index::seek_record(const char* key, uint32_t record, index_cursor_st* cursor) {
     check_version();
-    index_node_st leaf;
-    descend(key, key_length(), &record, &leaf, nullptr);
-    load_leaf(leaf, cursor);
+    load_leaf(descend(key, key_length(), &record, nullptr), cursor);
     size_t i = cursor->entries.lower_bound(key, record);
     cursor->index = static_cast<int64_t>(i);
     if (i == cursor->entries.size()) {
@@ -119,15 +116,14 @@ bool Index::seek_record(const char* key, uint32_t record, index_cursor_st* curso
 // Down the first or the last child of every level to a leaf.
 bool Index::go_edge(index_cursor_st* cursor, bool last) {
     check_version();
-    index_node_st node;
-    read_node(header.root, &node);
-    node_entries_st entries;
-    for (size_t depth = 0; !node.leaf; ++depth) {
-        decode_entries(node, pad, &entries);
-        if (entries.size() == 0 || depth > MAX_TREE_DEPTH) throw dbf_index_file_corrupted(file->file->name);
-        read_node(last ? entries.children.back() : entries.children.front(), &node);
+    uint32_t position = header.root;
+    for (size_t depth = 0;; ++depth) {
+        const index_node_st& node = file->node(position, key_length(), compact());
+        if (node.leaf) break;
+        if (node.count == 0 || depth > MAX_TREE_DEPTH) throw dbf_index_file_corrupted(file->file->name);
+        position = basic_child(node, last ? node.count - 1u : 0u);
     }
-    load_leaf(node, cursor);
+    load_leaf(position, cursor);
     cursor->index = last ? static_cast<int64_t>(cursor->entries.size()) - 1 : 0;
     return cursor->on_key();
 }
@@ -158,10 +154,10 @@ bool Index::go_next(index_cursor_st* cursor) {
     uint32_t last_record = cursor->entries.records.back();
     std::memcpy(last, cursor->entries.key(cursor->entries.size() - 1), key_length());
     uint32_t from = cursor->leaf;
-    index_node_st node;
-    read_node(cursor->right, &node);
+    uint32_t next = cursor->right;
+    const index_node_st& node = file->node(next, key_length(), compact());
     if (!node.leaf || node.left != from) throw dbf_index_file_corrupted(file->file->name);
-    load_leaf(node, cursor);
+    load_leaf(next, cursor);
     if (cursor->entries.size() == 0 ||
         compare_entry(cursor->entries.key(0), cursor->entries.records[0], last, last_record, key_length()) <= 0)
         throw dbf_index_file_corrupted(file->file->name);
@@ -184,10 +180,10 @@ bool Index::go_prev(index_cursor_st* cursor) {
     uint32_t first_record = cursor->entries.records.front();
     std::memcpy(first, cursor->entries.key(0), key_length());
     uint32_t from = cursor->leaf;
-    index_node_st node;
-    read_node(cursor->left, &node);
+    uint32_t next = cursor->left;
+    const index_node_st& node = file->node(next, key_length(), compact());
     if (!node.leaf || node.right != from) throw dbf_index_file_corrupted(file->file->name);
-    load_leaf(node, cursor);
+    load_leaf(next, cursor);
     size_t n = cursor->entries.size();
     if (n == 0 || compare_entry(cursor->entries.key(n - 1), cursor->entries.records[n - 1], first, first_record,
                                 key_length()) >= 0)
@@ -202,15 +198,16 @@ void Index::insert_key(const char* key, uint32_t record) {
     if (!file->locked) throw dbf_error_index_file_not_locked();
     check_version();
     std::vector<waypoint_st> path;
+    uint32_t position = descend(key, key_length(), &record, &path);
+    node_entries_st entries = file->entries(position, key_length(), compact(), pad);
     index_node_st leaf;
-    descend(key, key_length(), &record, &leaf, &path);
-    node_entries_st entries;
-    decode_entries(leaf, pad, &entries);
+    read_node(position, &leaf);
     size_t i = entries.lower_bound(key, record);
     if (i < entries.size() && compare_entry(entries.key(i), entries.records[i], key, record, key_length()) == 0)
         throw dbf_index_file_corrupted(file->file->name);
+    bool appended = i == entries.size() && leaf.right == NO_NODE;
     entries.insert(i, key, record, NO_NODE);
-    store_node(path, leaf, entries);
+    store_node(path, leaf, entries, appended);
     changed();
 }
 
@@ -218,10 +215,10 @@ bool Index::delete_key(const char* key, uint32_t record) {
     if (!file->locked) throw dbf_error_index_file_not_locked();
     check_version();
     std::vector<waypoint_st> path;
+    uint32_t position = descend(key, key_length(), &record, &path);
+    node_entries_st entries = file->entries(position, key_length(), compact(), pad);
     index_node_st leaf;
-    descend(key, key_length(), &record, &leaf, &path);
-    node_entries_st entries;
-    decode_entries(leaf, pad, &entries);
+    read_node(position, &leaf);
     size_t i = entries.lower_bound(key, record);
     if (i == entries.size() || compare_entry(entries.key(i), entries.records[i], key, record, key_length()) != 0)
         return false;
@@ -231,7 +228,8 @@ bool Index::delete_key(const char* key, uint32_t record) {
     return true;
 }
 
-void Index::store_node(std::vector<waypoint_st>& path, index_node_st& node, node_entries_st& entries) {
+void Index::store_node(std::vector<waypoint_st>& path, index_node_st& node, node_entries_st& entries,
+                       bool appended) {
     node_entries_st up;  // what replaces the node's entry in its parent
     up.clear(key_length());
     if (entries.size() == 0 && node.root) {
@@ -249,12 +247,12 @@ void Index::store_node(std::vector<waypoint_st>& path, index_node_st& node, node
     if (entries.size() == 0) {
         unlink_node(node);
     } else if (encode_entries(&node, pad, entries)) {
-        file->write_node(node);
         up.push(entries.key(entries.size() - 1), entries.records.back(), node.position);
+        file->write_node(node, &entries);
     } else {
         bool was_root = node.root;
         std::vector<node_entries_st> parts;
-        std::vector<index_node_st> nodes = split_entries(node, entries, &parts);
+        std::vector<index_node_st> nodes = split_entries(node, entries, appended, &parts);
         for (size_t i = 0; i < nodes.size(); ++i)
             up.push(parts[i].key(parts[i].size() - 1), parts[i].records.back(), nodes[i].position);
         if (was_root) {
@@ -269,23 +267,23 @@ void Index::store_node(std::vector<waypoint_st>& path, index_node_st& node, node
     if (path.empty()) return;
     waypoint_st at = path.back();
     path.pop_back();
+    node_entries_st siblings = file->entries(at.position, key_length(), compact(), pad);
     index_node_st parent;
     read_node(at.position, &parent);
-    node_entries_st siblings;
-    decode_entries(parent, pad, &siblings);
     if (at.index >= siblings.size() || siblings.children[at.index] != node.position)
         throw dbf_index_file_corrupted(file->file->name);
     if (up.size() == 1 && compare_entry(siblings.key(at.index), siblings.records[at.index], up.key(0), up.records[0],
                                         key_length()) == 0)
         return;
+    appended = appended && up.size() > 1 && at.index + 1 == siblings.size() && parent.right == NO_NODE;
     siblings.erase(at.index);
     for (size_t i = 0; i < up.size(); ++i) siblings.insert(at.index + i, up.key(i), up.records[i], up.children[i]);
-    store_node(path, parent, siblings);
+    store_node(path, parent, siblings, appended);
 }
 
 // The node keeps the first part; each further part gets a new node, linked
 // into the chain behind it. Parts are halved until each fits.
-std::vector<index_node_st> Index::split_entries(index_node_st& node, const node_entries_st& entries,
+std::vector<index_node_st> Index::split_entries(index_node_st& node, const node_entries_st& entries, bool appended,
                                                 std::vector<node_entries_st>* parts) {
     parts->assign(1, entries);
     for (size_t i = 0; i < parts->size();) {
@@ -295,7 +293,8 @@ std::vector<index_node_st> Index::split_entries(index_node_st& node, const node_
             continue;
         }
         node_entries_st& whole = (*parts)[i];
-        size_t cut = split_point(node, pad, whole);
+        // The first cut of an appended entry keeps everything before it.
+        size_t cut = appended && i == 0 && parts->size() == 1 ? whole.size() - 1 : split_point(node, pad, whole);
         node_entries_st right;
         right.clear(key_length());
         for (size_t j = cut; j < whole.size(); ++j) right.push(whole.key(j), whole.records[j], whole.children[j]);

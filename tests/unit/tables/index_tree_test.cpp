@@ -2,6 +2,7 @@
 // a model-checked run of random changes against a sorted set in memory.
 #include <gtest/gtest.h>
 
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <random>
@@ -172,8 +173,10 @@ TEST(IndexNodes, ChangesNeedTheLockAndDuplicatesAreRefused) {
     EXPECT_THROW(tree.insert("y", 2), dbf_error_index_file_not_locked);
 }
 
-TEST(IndexNodes, TheCacheHoldsSixtyFourNodes) {
+TEST(IndexNodes, TheCacheHoldsSixtyFourNodesWhenShared) {
     Tree tree(40);
+    EXPECT_GT(tree.file->cache_capacity, IndexFile::CACHE_CAPACITY);  // this file is not shared
+    tree.file->cache_capacity = IndexFile::CACHE_CAPACITY;
     for (uint32_t i = 1; i <= 5000; ++i) tree.insert(std::to_string(i), i);
     tree.index->check_structure();
     EXPECT_EQ(tree.file->cached_nodes(), IndexFile::CACHE_CAPACITY);
@@ -262,6 +265,66 @@ TEST(IndexModel, RandomChangesKeepTheTreeEqualToASortedSet) {
             }
         }
     }
+}
+
+}  // namespace
+}  // namespace zobase
+
+namespace zobase {
+namespace {
+
+// A tag built bottom-up from sorted entries walks exactly as one built by
+// inserts, at one leaf, several leaves and several interior levels (long
+// keys make interior nodes narrow), and keeps taking changes afterwards.
+TEST(IndexBuild, BulkBuiltTagWalksAsAnInsertBuiltOne) {
+    std::mt19937 random(14);
+    for (uint16_t key_length : {12, 100}) {
+        for (uint32_t count : {0u, 1u, 30u, 5000u}) {
+            Tree inserted(key_length, count), built(key_length, count);
+            node_entries_st entries;
+            entries.clear(key_length);
+            for (uint32_t record = 1; record <= count; ++record) {
+                // Shared prefixes, pad-only tails and equal keys of different records.
+                std::string text = "k" + std::to_string(random() % (count / 3 + 1)) + std::string(random() % 4, 'x');
+                inserted.insert(text, record);
+                entries.push(built.key(text).data(), record, NO_NODE);
+            }
+            sort_entries(&entries);
+            built.index->build(entries);
+            std::vector<entry_t> walked = built.index->check_structure();
+            ASSERT_EQ(walked, inserted.index->check_structure()) << key_length << " " << count;
+            EXPECT_EQ(built.forward(), walked);
+            EXPECT_EQ(built.backward(), walked);
+            if (count < 5000) continue;
+            EXPECT_FALSE(built.root().leaf);
+            EXPECT_LT(built.leaf_count(), inserted.leaf_count());  // full leaves
+            for (uint32_t record = count + 1; record <= count + 500; ++record) built.insert("k7", record);
+            for (size_t i = 0; i < walked.size(); i += 3)
+                EXPECT_TRUE(built.index->delete_key(walked[i].first.data(), walked[i].second));
+            EXPECT_EQ(built.index->check_structure().size(), count + 500 - (count + 2) / 3);
+            index_cursor_st cursor;
+            EXPECT_EQ(built.index->seek(built.key("k7").data(), key_length, &cursor, SEEK_FORWARD, SEEK_RANGE_INCLUSIVE),
+                      SEEK_RESULT_FOUND);
+        }
+    }
+}
+
+// Records appended in key order fill their leaves as a bulk build does,
+// where halving every split would leave them half empty.
+TEST(IndexBuild, KeysAppendedInOrderFillTheirNodes) {
+    Tree appended(40, 20000), built(40, 20000);
+    node_entries_st entries;
+    entries.clear(40);
+    for (uint32_t record = 1; record <= 20000; ++record) {
+        char text[16];
+        std::snprintf(text, sizeof text, "%08u", record * 3);
+        appended.insert(text, record);
+        entries.push(built.key(text).data(), record, NO_NODE);
+    }
+    built.index->build(entries);
+    EXPECT_EQ(appended.index->check_structure(), built.index->check_structure());
+    EXPECT_LE(appended.leaf_count(), built.leaf_count() + 1);
+    EXPECT_LE(appended.file->allocation_position, built.file->allocation_position + 8 * INDEX_NODE_SIZE);
 }
 
 }  // namespace

@@ -1,0 +1,115 @@
+// Building a tag bottom-up from all its entries: the entries are sorted,
+// compact leaves are filled left to right, and each interior level is made
+// of basic nodes over the level below, until one node is left as the root.
+// Far cheaper than inserting the entries one by one, which touches a leaf
+// per entry and splits every leaf on the way.
+#include <algorithm>
+#include <cstring>
+#include <numeric>
+
+#include "tables/index.h"
+#include "tables/index_file.h"
+#include "values/error.h"
+
+namespace zobase {
+
+namespace {
+
+// One node of a level: its entries and where it goes.
+struct level_node_st {
+    node_entries_st entries;
+    uint32_t position = NO_NODE;
+};
+
+// Cuts `all` into runs, each as long as `fits` allows one more entry.
+template <typename Fits>
+std::vector<level_node_st> cut_level(const node_entries_st& all, Fits fits) {
+    std::vector<level_node_st> nodes;
+    size_t i = 0;
+    while (i < all.size()) {
+        level_node_st& node = nodes.emplace_back();
+        node.entries.clear(all.key_length);
+        size_t begin = i;
+        while (i < all.size() && (i == begin || fits(begin, i))) {
+            node.entries.push(all.key(i), all.records[i], all.children[i]);
+            ++i;
+        }
+    }
+    return nodes;
+}
+
+}  // namespace
+
+void sort_entries(node_entries_st* entries) {
+    uint32_t k = entries->key_length;
+    std::vector<uint32_t> order(entries->size());
+    std::iota(order.begin(), order.end(), 0u);
+    const char* keys = entries->keys.data();
+    const uint32_t* records = entries->records.data();
+    std::sort(order.begin(), order.end(), [&](uint32_t a, uint32_t b) {
+        int c = std::memcmp(keys + size_t(a) * k, keys + size_t(b) * k, k);
+        return c ? c < 0 : records[a] < records[b];
+    });
+    node_entries_st sorted;
+    sorted.clear(k);
+    sorted.keys.reserve(entries->keys.size());
+    sorted.records.reserve(order.size());
+    sorted.children.reserve(order.size());
+    for (uint32_t i : order) sorted.push(keys + size_t(i) * k, records[i], entries->children[i]);
+    *entries = std::move(sorted);
+}
+
+void Index::build(const node_entries_st& sorted) {
+    if (!file->locked) throw dbf_error_index_file_not_locked();
+    check_version();
+    if (sorted.size() == 0) return;
+    index_node_st node;
+    read_node(header.root, &node);
+    if (!node.compact || node.count) throw dbf_index_file_corrupted(file->file->name);
+    const compact_geometry_st geometry = node.geometry;
+    uint32_t k = key_length();
+    // A leaf takes entries while their numbers and stored bytes fit its area.
+    uint32_t used = 0;
+    auto leaf_fits = [&](size_t begin, size_t i) {
+        auto size = [&](size_t j) {
+            uint32_t t = trailing_pad_count(sorted.key(j), k, pad);
+            uint32_t d = j == begin ? 0 : analyzePrefix(sorted.key(j - 1), sorted.key(j), k, pad);
+            return geometry.entry_size + k - d - t;
+        };
+        if (i == begin + 1) used = size(begin);
+        uint32_t more = size(i);
+        if (used + more > COMPACT_AREA_SIZE) return false;
+        used += more;
+        return true;
+    };
+    std::vector<level_node_st> level = cut_level(sorted, leaf_fits);
+    // The empty root leaf becomes the first leaf.
+    level.front().position = header.root;
+    bool leaves = true;
+    for (;;) {
+        for (level_node_st& n : level)
+            if (n.position == NO_NODE) n.position = file->allocate(INDEX_NODE_SIZE);
+        bool top = level.size() == 1;
+        node_entries_st up;
+        up.clear(k);
+        for (size_t i = 0; i < level.size(); ++i) {
+            uint16_t attributes = top ? NODE_ROOT : 0;
+            if (leaves) init_compact_node(&node, k, geometry, attributes);
+            else init_basic_node(&node, k, attributes);
+            node.position = level[i].position;
+            node.left = i ? level[i - 1].position : NO_NODE;
+            node.right = i + 1 < level.size() ? level[i + 1].position : NO_NODE;
+            const node_entries_st& entries = level[i].entries;
+            if (!encode_entries(&node, pad, entries)) throw dbf_index_file_corrupted(file->file->name);
+            file->write_node(node);
+            up.push(entries.key(entries.size() - 1), entries.records.back(), node.position);
+        }
+        if (top) break;
+        level = cut_level(up, [&](size_t begin, size_t i) { return i - begin < node.basic_capacity(); });
+        leaves = false;
+    }
+    header.root = level.front().position;
+    changed();
+}
+
+}  // namespace zobase
