@@ -221,6 +221,13 @@ public:
     bool seek(VmStack* stack, const Variant* value, int key_option, unsigned range, int direction, bool near);
     bool seek(VmStack* stack, const char* key, uint64_t length, unsigned range, int direction, bool near);
 
+    // ---- structure changes; PACK and ZAP need the table open exclusively
+    // (error 110). COPY TO writes the records in range, in the order of the
+    // work area, to a table that must not exist yet (error 7).
+    virtual void pack(VmStack* stack) = 0;
+    virtual void zap(VmStack* stack) = 0;
+    virtual void copyto(VmStack* stack, const String& name, bool with_tags) = 0;
+
     // ---- transactions of the data session (BEGIN TRANSACTION). Records are
     // written as ever, but each first keeps the record as it stood and stays
     // locked, and the first append holds the append lock, until the end.
