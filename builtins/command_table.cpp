@@ -4,7 +4,7 @@
 namespace zobase {
 
 const library_command_row_st core_command_rows[] = {
-    {"add_columns", "CI|.?+", command_not_available<"add_columns">},
+    {"add_columns", "CI|.?+", void_stackcall_add_columns},  // structure changes,
     {"append", "IC?", void_stackcall_append},
     {"assert", "LC", void_stackcall_assert},
     {"browse", "", command_not_available<"browse">},
@@ -21,7 +21,7 @@ const library_command_row_st core_command_rows[] = {
     {"delete_record", "", void_stackcall_delete_record},
     {"delete_tag", "C", void_stackcall_delete_tag},  // indexes
     {"display_structure", "", void_stackcall_display_structure},
-    {"drop_columns", "CC+", command_not_available<"drop_columns">},
+    {"drop_columns", "CC+", void_stackcall_drop_columns},  // structure changes,
     {"do", "CC?.?|.?$+", void_stackcall_do},
     {"drop_table", "C", void_stackcall_drop_table},
     {"echo", "|.?+", void_stackcall_echo},

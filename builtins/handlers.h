@@ -326,6 +326,8 @@ void void_stackcall_pack(VmStack* stack, unsigned long long argc);
 void void_stackcall_zap(VmStack* stack, unsigned long long argc);
 void void_stackcall_copy_to(VmStack* stack, unsigned long long argc);
 void void_stackcall_rename_table(VmStack* stack, unsigned long long argc);
+void void_stackcall_add_columns(VmStack* stack, unsigned long long argc);
+void void_stackcall_drop_columns(VmStack* stack, unsigned long long argc);
 // ---- indexes (builtins/index_commands.cpp)
 void void_stackcall_index(VmStack* stack, unsigned long long argc);
 void void_stackcall_set_order_to(VmStack* stack, unsigned long long argc);

@@ -15,6 +15,7 @@
 #include <vector>
 
 #include "objects/class.h"
+#include "tables/table_definition.h"
 #include "values/string.h"
 #include "values/variant.h"
 #include "vm/object.h"
@@ -227,6 +228,12 @@ public:
     virtual void pack(VmStack* stack) = 0;
     virtual void zap(VmStack* stack) = 0;
     virtual void copyto(VmStack* stack, const String& name, bool with_tags) = 0;
+    // ALTER TABLE: the table rewritten with `fields`, each filled from the
+    // old field whose position `sources` gives (-1: blank), and its tags
+    // built anew (error 1531 naming a tag whose expression no longer
+    // compiles). The object is closed afterwards; the caller opens the
+    // table again.
+    virtual void alter(VmStack* stack, std::vector<fielddef_st> fields, const std::vector<int64_t>& sources) = 0;
 
     // ---- transactions of the data session (BEGIN TRANSACTION). Records are
     // written as ever, but each first keeps the record as it stood and stays

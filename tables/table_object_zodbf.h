@@ -8,6 +8,7 @@
 #include <memory>
 #include <set>
 #include <string>
+#include <vector>
 
 #include "tables/dbf_file.h"
 #include "tables/object_holder.h"
@@ -94,6 +95,7 @@ public:
     void pack(VmStack* stack) override;
     void zap(VmStack* stack) override;
     void copyto(VmStack* stack, const String& name, bool with_tags) override;
+    void alter(VmStack* stack, std::vector<fielddef_st> fields, const std::vector<int64_t>& sources) override;
 
     void begin_transaction() override;
     void end_transaction() override;

@@ -2,6 +2,7 @@
 // files beside the target under a temporary name, memo and index files
 // included, and replaces the target by renaming only once it is complete:
 // a process killed at any moment leaves the old table or the new one, whole.
+#include <algorithm>
 #include <cstring>
 #include <filesystem>
 #include <functional>
@@ -10,6 +11,7 @@
 #include <unistd.h>
 
 #include "base/call_trace.h"
+#include "tables/index.h"
 #include "tables/table_errors.h"
 #include "tables/table_object_zodbf.h"
 
@@ -125,6 +127,23 @@ private:
     uint64_t count_ = 0;
 };
 
+// What REINDEX would build again of each tag.
+std::vector<internal_indexdef_st> tag_definitions(const DbfFile& table) {
+    std::vector<internal_indexdef_st> definitions;
+    for (const auto& tag : table.tags) {
+        internal_indexdef_st definition;
+        definition.tag = tag->name;
+        definition.key_expression = tag->key_text(table.charset);
+        definition.filter_expression = tag->filter_text(table.charset);
+        definition.collation = String(tag->header.collation.c_str());
+        definition.defined = tag->header.has(INDEX_OPTION_DEFINED);
+        definition.unique = tag->unique();
+        definition.descending = tag->header.descending;
+        definitions.push_back(definition);
+    }
+    return definitions;
+}
+
 }  // namespace
 
 void Table_Object_ZoDbf::require_exclusive() const {
@@ -229,6 +248,68 @@ void Table_Object_ZoDbf::copyto(VmStack* stack, const String& name, bool with_ta
         throw RuntimeError(ERR_FILESYSTEM_GENERIC, String("rename"));
     }
     go_record(stack, position);
+}
+
+void Table_Object_ZoDbf::alter(VmStack* stack, std::vector<fielddef_st> fields, const std::vector<int64_t>& sources) {
+    ZO_TRACE();
+    require_exclusive();
+    leave_record(stack);
+    fs::path path(filename().u8str());
+    fs::path copy = temporary_beside(path, "alter");
+    std::vector<internal_indexdef_st> definitions = tag_definitions(*table_);
+    try {
+        table_operation(TABLE_CREATE, [&] { return String(copy); }, [&] {
+            table_->flush();
+            createopts_st options;
+            options.codepage = codepage();
+            if (table_->fpt) options.memo_block_size = static_cast<uint32_t>(table_->fpt->block_size);
+            std::unique_ptr<File> file(create_file(String(copy), 0));
+            std::unique_ptr<DbfFile> target(DbfFile::create(file.get(), &options, fields.data(), fields.size()));
+            file.release();
+            for (uint64_t number = 1; number <= table_->record_count; ++number) {
+                table_->go_to_in_file(number);
+                target->begin_append();
+                for (size_t i = 0; i < sources.size(); ++i) {
+                    if (sources[i] < 0) continue;
+                    const DbfField* from = table_->visible_fields[static_cast<size_t>(sources[i])];
+                    const DbfField* to = target->visible_fields[i];
+                    // An autoincrement value is read-only to writes: its bytes move as they are.
+                    if (to->autoincrement) {
+                        std::memcpy(target->shown_record + to->offset, table_->shown_record + from->offset,
+                                    std::min(from->length, to->length));
+                        continue;
+                    }
+                    Variant value;
+                    table_->get_variant(static_cast<uint64_t>(sources[i]), &value);
+                    target->write_field(to, &value, target->shown_record);
+                }
+                if (table_->deleted()) target->shown_record[0] = '*';
+                target->update(stack);
+            }
+            target->close();
+        });
+        if (!definitions.empty()) {
+            ObjectHolder<Table_Object> opened = use(stack, String(copy), false, false);
+            for (const internal_indexdef_st& definition : definitions) {
+                try {
+                    opened->create_index(stack, definition);
+                } catch (const RuntimeError&) {
+                    throw RuntimeError(ERR_TABLE_CHANGE_INVALID, definition.tag);
+                }
+            }
+            opened->close();
+        }
+    } catch (...) {
+        remove_with_companions(copy);
+        throw;
+    }
+    close();
+    try {
+        move_into_place(copy, path);
+    } catch (const fs::filesystem_error&) {
+        remove_with_companions(copy);
+        throw RuntimeError(ERR_FILESYSTEM_GENERIC, String("rename"));
+    }
 }
 
 }  // namespace zobase
