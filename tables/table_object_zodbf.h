@@ -111,7 +111,8 @@ private:
     };
     // Notes what the coming update changes.
     void journal_update();
-    // Error 110 unless the table is open exclusively.
+    // Error 110 unless the table is open exclusively, 111 when it is open
+    // read-only; a cursor in memory is not rewritten (1001).
     void require_exclusive() const;
     // Writes the records `next_record` gives into a new table at `target`,
     // with its memo file and, when asked, its tags built anew; on failure

@@ -147,7 +147,9 @@ std::vector<internal_indexdef_st> tag_definitions(const DbfFile& table) {
 }  // namespace
 
 void Table_Object_ZoDbf::require_exclusive() const {
+    if (is_temporary()) raise_not_available("structure changes of a cursor");
     if (is_shared()) throw RuntimeError(ERR_EXCLUSIVE_REQUIRED);
+    if (!table_->file->is_writable()) throw RuntimeError(ERR_CURSOR_READ_ONLY, alias);
 }
 
 // The new table's index file starts as a copy of the old one, whose tags

@@ -81,3 +81,17 @@ ENDTRY
 ? reccount()
 USE
 ? ADIR(a, "notes~*")
+* A read-only table is not rewritten; a cursor in memory is not either.
+USE notes EXCLUSIVE NOUPDATE
+TRY
+  ZAP
+CATCH TO e
+  ? e.errorno
+ENDTRY
+? reccount()
+CREATE CURSOR cc (a I)
+TRY
+  PACK
+CATCH TO e
+  ? e.errorno, e.message
+ENDTRY
