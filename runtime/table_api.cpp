@@ -117,6 +117,10 @@ void SetFieldDateYMD(void* table, uint64_t field, int64_t year, uint64_t month, 
 
 void SetFieldNull(void* table, uint64_t field) { object_of(table)->set_field_null(field); }
 
+uint64_t GetAutoIncStep(void* table, uint64_t field) { return object_of(table)->get_field_info(field).step; }
+
+uint64_t GetNextAutoInc(void* table, uint64_t field) { return object_of(table)->get_field_info(field).next_value; }
+
 void GotoTop(VmStack* stack, void* table) { object_of(table)->movefirst(stack); }
 void GotoBottom(VmStack* stack, void* table) { object_of(table)->movelast(stack); }
 void GotoRecord(VmStack* stack, void* table, uint64_t number) { object_of(table)->go_record(stack, number); }

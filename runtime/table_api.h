@@ -36,6 +36,10 @@ ZO_API void SetFieldLogical(void* table, uint64_t field, bool value);
 // `empty` writes the empty date whatever the numbers say.
 ZO_API void SetFieldDateYMD(void* table, uint64_t field, int64_t year, uint64_t month, uint64_t day, bool empty);
 ZO_API void SetFieldNull(void* table, uint64_t field);
+// A field's descriptor values: the step and the next value of an
+// autoincrement field, 0 for any other.
+ZO_API uint64_t GetAutoIncStep(void* table, uint64_t field);
+ZO_API uint64_t GetNextAutoInc(void* table, uint64_t field);
 
 // ---- the cursor
 ZO_API void GotoTop(VmStack* stack, void* table);

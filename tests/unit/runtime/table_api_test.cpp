@@ -29,7 +29,7 @@ protected:
         GetMainStack(runtime, &stack);
         std::string name = (folder.path / "api").string();
         ASSERT_EQ(runtime->run_command(String(("CREATE TABLE \"" + name + "\" (i I, n N(8,2), b B, l L, d D, "
-                                                "c C(5), m M, z I NULL)\nUSE")
+                                                "c C(5), m M, z I NULL, a I AUTOINC NEXTVALUE 5 STEP 2)\nUSE")
                                                    .c_str())),
                   0);
     }
@@ -41,7 +41,10 @@ protected:
 
 TEST_F(TableApi, FillsReadsAndMovesWithoutTheLanguage) {
     void* table = OpenTable(stack, table_name());
-    ASSERT_EQ(GetFieldCount(table), 8u);
+    ASSERT_EQ(GetFieldCount(table), 9u);
+    EXPECT_EQ(GetNextAutoInc(table, 8), 5u);
+    EXPECT_EQ(GetAutoIncStep(table, 8), 2u);
+    EXPECT_EQ(GetAutoIncStep(table, 0), 0u);
     EXPECT_EQ(GetFieldNum(table, String("D")), 4u);
     EXPECT_THROW(GetFieldNum(table, String("nothing")), RuntimeError);
     for (int k = 1; k <= 3; ++k) {
@@ -56,6 +59,7 @@ TEST_F(TableApi, FillsReadsAndMovesWithoutTheLanguage) {
         TableUpdate(stack, table, 0);
     }
     EXPECT_EQ(RecordCount(table), 3u);
+    EXPECT_EQ(GetNextAutoInc(table, 8), 11u);
     GotoTop(stack, table);
     EXPECT_EQ(RecordNumber(table), 1u);
     EXPECT_EQ(GetFieldInt32(table, 0), 10);
