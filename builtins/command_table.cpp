@@ -4,7 +4,7 @@
 namespace zobase {
 
 const library_command_row_st core_command_rows[] = {
-    {"add_columns", "CI|.?+", command_not_available<"add_columns">},
+    {"add_columns", "CI|.?+", void_stackcall_add_columns},  // structure changes,
     {"append", "IC?", void_stackcall_append},
     {"assert", "LC", void_stackcall_assert},
     {"browse", "", command_not_available<"browse">},
@@ -13,7 +13,7 @@ const library_command_row_st core_command_rows[] = {
     {"cd", "C", void_stackcall_cd},
     {"clear", "", command_not_available<"clear">},
     {"continue", "", void_stackcall_continue},
-    {"copy_to", "CI", command_not_available<"copy_to">},
+    {"copy_to", "CI", void_stackcall_copy_to},  // structure changes,
     {"create_table", "ICI?C?I|.?+", void_stackcall_create_table},
     {"declare", "CCIC|C?C+", void_stackcall_declare},
     {"delete_all_tags", "", void_stackcall_delete_all_tags},  // indexes
@@ -21,7 +21,7 @@ const library_command_row_st core_command_rows[] = {
     {"delete_record", "", void_stackcall_delete_record},
     {"delete_tag", "C", void_stackcall_delete_tag},  // indexes
     {"display_structure", "", void_stackcall_display_structure},
-    {"drop_columns", "CC+", command_not_available<"drop_columns">},
+    {"drop_columns", "CC+", void_stackcall_drop_columns},  // structure changes,
     {"do", "CC?.?|.?$+", void_stackcall_do},
     {"drop_table", "C", void_stackcall_drop_table},
     {"echo", "|.?+", void_stackcall_echo},
@@ -38,12 +38,12 @@ const library_command_row_st core_command_rows[] = {
     {"locate", "CC?I", void_stackcall_locate},
     {"mkdir", "C", void_stackcall_mkdir},
     {"modify_command", "C", command_not_available<"modify_command">},
-    {"pack", "", command_not_available<"pack">},
+    {"pack", "", void_stackcall_pack},  // structure changes,
     {"private", "CC", void_stackcall_private},
     {"quit", "", void_stackcall_quit},
     {"recall_record", "", void_stackcall_recall_record},
     {"reindex", "", void_stackcall_reindex},  // indexes
-    {"rename_table", "CC", command_not_available<"rename_table">},
+    {"rename_table", "CC", void_stackcall_rename_table},  // structure changes,
     {"replace", "C.?.?", void_stackcall_replace},
     {"rollback", "", void_stackcall_rollback},
     {"run", "C", void_stackcall_run},
@@ -74,7 +74,7 @@ const library_command_row_st core_command_rows[] = {
     {"unlock", "II?.?", void_stackcall_unlock},
     {"use", "IC?.?C?C?", void_stackcall_use},
     {"wait", "IC?I?", void_stackcall_wait},
-    {"zap", "", command_not_available<"zap">},
+    {"zap", "", void_stackcall_zap},  // structure changes,
     {nullptr, nullptr, nullptr},
 };
 

@@ -321,6 +321,13 @@ void stackcall_sqlmoreresults(VmStack* stack, unsigned long long argc, Variant* 
 void stackcall_sqlprepare(VmStack* stack, unsigned long long argc, Variant* result);
 void stackcall_sqlsetprop(VmStack* stack, unsigned long long argc, Variant* result);
 void stackcall_sqlstringconnect(VmStack* stack, unsigned long long argc, Variant* result);
+// ---- structure changes (builtins/structure_commands.cpp)
+void void_stackcall_pack(VmStack* stack, unsigned long long argc);
+void void_stackcall_zap(VmStack* stack, unsigned long long argc);
+void void_stackcall_copy_to(VmStack* stack, unsigned long long argc);
+void void_stackcall_rename_table(VmStack* stack, unsigned long long argc);
+void void_stackcall_add_columns(VmStack* stack, unsigned long long argc);
+void void_stackcall_drop_columns(VmStack* stack, unsigned long long argc);
 // ---- indexes (builtins/index_commands.cpp)
 void void_stackcall_index(VmStack* stack, unsigned long long argc);
 void void_stackcall_set_order_to(VmStack* stack, unsigned long long argc);

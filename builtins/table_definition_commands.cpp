@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "base/call_trace.h"
+#include "builtins/column_arguments.h"
 #include "builtins/handlers.h"
 #include "builtins/work_area.h"
 #include "tables/file.h"
@@ -28,10 +29,9 @@ enum ColumnFlag : long long {
     COLUMN_FLAG_AUTOINC = 8,
 };
 
-// Arguments: cursor flag, name, codepage, engine, column count, then seven
-// per column: name, type letter, width, decimals, NEXTVALUE, STEP, flags.
+// Arguments: cursor flag, name, codepage, engine, column count, then the
+// columns (column_arguments.h).
 constexpr unsigned long long FIRST_COLUMN_ARGUMENT = 6;
-constexpr unsigned long long COLUMN_ARGUMENTS = 7;
 
 // A size of the definition: null leaves the default.
 bool size_argument(VmStack* stack, unsigned long long i, uint64_t* out) {
@@ -43,6 +43,8 @@ bool size_argument(VmStack* stack, unsigned long long i, uint64_t* out) {
     *out = static_cast<uint64_t>(number);
     return true;
 }
+
+}  // namespace
 
 fielddef_st column_definition(VmStack* stack, unsigned long long first) {
     fielddef_st def = {};
@@ -65,6 +67,8 @@ fielddef_st column_definition(VmStack* stack, unsigned long long first) {
     }
     return def;
 }
+
+namespace {
 
 const char* type_name_of(char letter) {
     switch (letter) {

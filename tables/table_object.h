@@ -15,6 +15,7 @@
 #include <vector>
 
 #include "objects/class.h"
+#include "tables/table_definition.h"
 #include "values/string.h"
 #include "values/variant.h"
 #include "vm/object.h"
@@ -220,6 +221,19 @@ public:
     // goes to the end, unless `near` leaves it on the next greater key.
     bool seek(VmStack* stack, const Variant* value, int key_option, unsigned range, int direction, bool near);
     bool seek(VmStack* stack, const char* key, uint64_t length, unsigned range, int direction, bool near);
+
+    // ---- structure changes; PACK and ZAP need the table open exclusively
+    // (error 110). COPY TO writes the records in range, in the order of the
+    // work area, to a table that must not exist yet (error 7).
+    virtual void pack(VmStack* stack) = 0;
+    virtual void zap(VmStack* stack) = 0;
+    virtual void copyto(VmStack* stack, const String& name, bool with_tags) = 0;
+    // ALTER TABLE: the table rewritten with `fields`, each filled from the
+    // old field whose position `sources` gives (-1: blank), and its tags
+    // built anew (error 1531 naming a tag whose expression no longer
+    // compiles). The object is closed afterwards; the caller opens the
+    // table again.
+    virtual void alter(VmStack* stack, std::vector<fielddef_st> fields, const std::vector<int64_t>& sources) = 0;
 
     // ---- transactions of the data session (BEGIN TRANSACTION). Records are
     // written as ever, but each first keeps the record as it stood and stays

@@ -2,10 +2,13 @@
 // A work area over a DBF table. Every operation translates the engine's
 // dbf_ and file_ exceptions into numbered errors by its own list (see
 // table_errors.h); nothing else in the system does.
+#include <filesystem>
+#include <functional>
 #include <map>
 #include <memory>
 #include <set>
 #include <string>
+#include <vector>
 
 #include "tables/dbf_file.h"
 #include "tables/object_holder.h"
@@ -88,6 +91,11 @@ public:
     bool seek_lowlevel(VmStack* stack, const char* key, uint64_t length, unsigned range, int direction) override;
     // Opens the structural index file with the table.
     void open_indexes(VmStack* stack);
+    // ---- structure changes (table_rewrite.cpp)
+    void pack(VmStack* stack) override;
+    void zap(VmStack* stack) override;
+    void copyto(VmStack* stack, const String& name, bool with_tags) override;
+    void alter(VmStack* stack, std::vector<fielddef_st> fields, const std::vector<int64_t>& sources) override;
 
     void begin_transaction() override;
     void end_transaction() override;
@@ -103,6 +111,17 @@ private:
     };
     // Notes what the coming update changes.
     void journal_update();
+    // Error 110 unless the table is open exclusively, 111 when it is open
+    // read-only; a cursor in memory is not rewritten (1001).
+    void require_exclusive() const;
+    // Writes the records `next_record` gives into a new table at `target`,
+    // with its memo file and, when asked, its tags built anew; on failure
+    // nothing of it stays.
+    void write_copy(VmStack* stack, const std::filesystem::path& target, bool with_tags,
+                    const std::function<bool(char*)>& next_record);
+    void rebuild_copied_tags(VmStack* stack, const std::filesystem::path& copy);
+    // The table replaced by a copy of the records `next_record` gives.
+    void rewrite(VmStack* stack, const std::function<bool(char*)>& next_record);
     void release_journal_locks();
 
     std::unique_ptr<DbfFile> table_;

@@ -131,14 +131,14 @@ TEST(LibraryTables, PendingHandlersNameTheirFunction) {
               "1001 Feature 'syntaxinfo' is not available.");
     EXPECT_EQ(error_text_of_call(find("__debugbreak")->handler),
               "1001 Feature '__debugbreak' is not available.");
-    const library_command_def_st* pack = core_library().find_command(String("PACK"));
-    ASSERT_NE(pack, nullptr);
+    const library_command_def_st* browse = core_library().find_command(String("BROWSE"));
+    ASSERT_NE(browse, nullptr);
     VmStack stack(nullptr, 16, 4);
     try {
-        pack->handler(&stack, 0);
-        FAIL() << "pack is not built yet";
+        browse->handler(&stack, 0);
+        FAIL() << "browse is not built yet";
     } catch (const RuntimeError& e) {
-        EXPECT_EQ(e.message.u8str(), "Feature 'pack' is not available.");
+        EXPECT_EQ(e.message.u8str(), "Feature 'browse' is not available.");
     }
 }
 

@@ -1,0 +1,177 @@
+// PACK, ZAP, COPY TO, RENAME TABLE and ALTER TABLE.
+#include <cstdio>
+#include <cstring>
+#include <filesystem>
+#include <memory>
+#include <system_error>
+#include <vector>
+
+#include "base/call_trace.h"
+#include "builtins/column_arguments.h"
+#include "builtins/handlers.h"
+#include "builtins/work_area.h"
+#include "tables/file.h"
+#include "tables/table_errors.h"
+#include "tables/table_object_zodbf.h"
+#include "text/charset.h"
+#include "vm/runtime_services.h"
+#include "vm/vm_stack.h"
+
+namespace zobase {
+
+namespace fs = std::filesystem;
+
+void void_stackcall_pack(VmStack* stack, unsigned long long) {
+    ZO_TRACE();
+    current_table(stack)->pack(stack);
+}
+
+void void_stackcall_zap(VmStack* stack, unsigned long long) {
+    ZO_TRACE();
+    current_table(stack)->zap(stack);
+}
+
+// Arguments: the file name, the WITH CDX flag.
+void void_stackcall_copy_to(VmStack* stack, unsigned long long) {
+    ZO_TRACE();
+    const Variant& tags = argument(stack, 2);
+    current_table(stack)->copyto(stack, string_argument(stack, 1), !is_null_argument(tags) && tags.integer != 0);
+}
+
+// The table may not be open anywhere (an exclusive open proves it); its memo
+// and index files follow it under the new name. Memo and index files go
+// first, so a failure half way leaves the table under its old name with
+// what USE needs of it, or under the new one with all of it.
+void void_stackcall_rename_table(VmStack* stack, unsigned long long) {
+    ZO_TRACE();
+    fs::path from(string_argument(stack, 1).u8str());
+    fs::path to(string_argument(stack, 2).u8str());
+    if (!from.has_extension()) from += ".dbf";
+    if (!to.has_extension()) to += ".dbf";
+    fs::path found;
+    if (!exists_ci(from, &found)) throw RuntimeError(ERR_FILE_NOT_FOUND, String(from));
+    if (fs::exists(to)) throw RuntimeError(ERR_FILE_EXISTS, String(to));
+    String name(found);
+    table_operation(TABLE_REMOVE, [&] { return name; }, [&] {
+        std::unique_ptr<File> file(open_file(name, FILE_OPEN_READ | FILE_OPEN_WRITE));
+        file->close();
+    });
+    std::error_code failure;
+    for (const char* extension : {"fpt", "cdx"}) {
+        fs::path companion;
+        if (!exists_ci(fs::path(found).replace_extension(extension), &companion)) continue;
+        fs::rename(companion, fs::path(to).replace_extension(extension), failure);
+        if (failure) throw RuntimeError(ERR_FILESYSTEM_GENERIC, String("rename"));
+    }
+    fs::rename(found, to, failure);
+    if (failure) throw RuntimeError(ERR_FILESYSTEM_GENERIC, String("rename"));
+}
+
+namespace {
+
+// A field of the table as a column of a new definition.
+fielddef_st definition_of(const Table_Object* table, const table_field_info_st& info) {
+    fielddef_st definition = {};
+    definition.type = info.type;
+    std::snprintf(definition.name, sizeof definition.name, "%s", info.name.u8str().c_str());
+    // Fixed widths are the type's own; only these types take sizes.
+    definition.default_length = !std::strchr("CVQNF", info.letter);
+    definition.default_decimals = !std::strchr("NFB", info.letter);
+    // Character widths are counted in characters, stored in bytes.
+    bool characters = info.letter == 'C' || info.letter == 'V';
+    definition.length = characters ? info.width / table->charset->max_char() : info.width;
+    definition.decimals = info.decimals;
+    definition.nullable = info.nullable ? FIELD_NULLABLE : FIELD_NOT_NULLABLE;
+    definition.binary = info.binary;
+    definition.autoincrement = info.autoincrement;
+    definition.next_value = info.next_value;
+    definition.step = info.step;
+    definition.has_next_value = definition.has_step = info.autoincrement;
+    return definition;
+}
+
+// The table ALTER TABLE names: a work area of this session that holds it
+// must hold it exclusively (error 110) and is closed for the change and
+// opened again afterwards, whether the change succeeded or not; a table
+// open anywhere else refuses the exclusive open.
+template <typename Change>
+void alter_table(VmStack* stack, const String& name, Change&& change) {
+    fs::path path(name.u8str());
+    if (!path.has_extension()) path += ".dbf";
+    fs::path found;
+    if (!exists_ci(path, &found)) throw RuntimeError(ERR_FILE_NOT_FOUND, String(path));
+    std::error_code ignored;
+    fs::path canonical = fs::canonical(found, ignored);
+    DataSession_Object& session = current_session(stack);
+    int32_t area = 0;
+    String alias;
+    uint64_t order = 0;
+    for (const auto& [number, table] : session.work_areas()) {
+        if (fs::path(table->filename().u8str()) != canonical) continue;
+        if (table->is_shared()) throw RuntimeError(ERR_EXCLUSIVE_REQUIRED);
+        area = number;
+        alias = table->alias;
+        order = table->current_index();
+        break;
+    }
+    if (area) session.close(stack, area);
+    auto reopen = [&] {
+        if (!area) return;
+        ObjectHolder<Table_Object> table = Table_Object_ZoDbf::use(stack, String(canonical), false, false);
+        if (order && order <= table->cnt_indizes()) table->select_index(stack, order, 0);
+        session.assign(table, &stack->services->symbols(), alias, area, false);
+    };
+    try {
+        ObjectHolder<Table_Object> table = Table_Object_ZoDbf::use(stack, String(canonical), false, false);
+        change(table.get());
+    } catch (...) {
+        reopen();
+        throw;
+    }
+    reopen();
+}
+
+}  // namespace
+
+// Arguments: the table, the column count, then the columns.
+void void_stackcall_add_columns(VmStack* stack, unsigned long long argc) {
+    ZO_TRACE();
+    uint64_t count = static_cast<uint64_t>(argument(stack, 2).integer);
+    if (argc < 2 + count * COLUMN_ARGUMENTS) throw RuntimeError(ERR_ARGUMENT_INVALID);
+    std::vector<fielddef_st> added;
+    for (uint64_t i = 0; i < count; ++i) added.push_back(column_definition(stack, 3 + i * COLUMN_ARGUMENTS));
+    alter_table(stack, string_argument(stack, 1), [&](Table_Object* table) {
+        std::vector<fielddef_st> fields;
+        std::vector<int64_t> sources;
+        for (uint64_t i = 0; i < table->cnt_fields(); ++i) {
+            fields.push_back(definition_of(table, table->get_field_info(i)));
+            sources.push_back(static_cast<int64_t>(i));
+        }
+        for (const fielddef_st& column : added) {
+            fields.push_back(column);
+            sources.push_back(-1);
+        }
+        table->alter(stack, std::move(fields), sources);
+    });
+}
+
+// Arguments: the table, the column's name. Error 12 for a name the table
+// lacks, 1871 for its last column.
+void void_stackcall_drop_columns(VmStack* stack, unsigned long long) {
+    ZO_TRACE();
+    String column = argument(stack, 2).to_string();
+    alter_table(stack, string_argument(stack, 1), [&](Table_Object* table) {
+        uint64_t dropped = table->field_by_name(stack, column);
+        if (table->cnt_fields() == 1) throw RuntimeError(ERR_DROP_ALL_COLUMNS);
+        std::vector<fielddef_st> fields;
+        std::vector<int64_t> sources;
+        for (uint64_t i = 0; i < table->cnt_fields(); ++i) {
+            if (i == dropped) continue;
+            fields.push_back(definition_of(table, table->get_field_info(i)));
+            sources.push_back(static_cast<int64_t>(i));
+        }
+        table->alter(stack, std::move(fields), sources);
+    });
+}
+
+}  // namespace zobase
