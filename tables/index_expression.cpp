@@ -18,19 +18,6 @@ namespace zobase {
 
 namespace {
 
-// The value of a compiled expression on the current record.
-void run_expression(VmStack* stack, const Program* program, Variant* result) {
-    Memvar* mark = stack->esp;
-    VmOp** ip = const_cast<VmOp**>(program->code());
-    try {
-        vm_run(stack, &ip, result);
-    } catch (...) {
-        result->release(stack);
-        stack->pop_to(mark);
-        throw;
-    }
-}
-
 // Releases a result on every way out.
 struct ExpressionResult {
     VmStack* stack;
@@ -79,7 +66,7 @@ std::unique_ptr<Program> Index::analze_expression(VmStack* stack, DbfFile* table
     uint64_t width = known && (static_kind == KEY_CHARACTER || static_kind == KEY_BINARY) ? field->length : 0;
     info->nullable = known && field->nullable;
     ExpressionResult result(stack);
-    run_expression(stack, program.get(), &result.value);
+    vm_run_expression(stack, program.get(), &result.value);
     const Variant* value = result.value.follow();
     switch (value->tag) {
     case TAG_FALSE:
@@ -126,7 +113,7 @@ void Index::open(VmStack* stack, DbfFile* table) {
     if (header.has(INDEX_OPTION_FILTER)) {
         filter_program = compile(stack, table, filter_text(table->charset));
         ExpressionResult result(stack);
-        run_expression(stack, filter_program.get(), &result.value);
+        vm_run_expression(stack, filter_program.get(), &result.value);
         const Variant* value = result.value.follow();
         if (!value->is_logical() && !value->is_null()) throw dbf_index_filter_must_be_logical();
     }
@@ -139,7 +126,7 @@ uint64_t Index::create_key(const Variant* value, char* out, uint64_t length, boo
 
 uint64_t Index::eval_key(VmStack* stack, char* out) const {
     ExpressionResult result(stack);
-    run_expression(stack, key_program.get(), &result.value);
+    vm_run_expression(stack, key_program.get(), &result.value);
     if (result.value.follow()->is_null() && !header.has(INDEX_OPTION_NULLABLE))
         throw dbf_error_index_cannot_store_null();
     return create_key(&result.value, out, key_length(), true);
@@ -148,7 +135,7 @@ uint64_t Index::eval_key(VmStack* stack, char* out) const {
 bool Index::eval_filter(VmStack* stack) const {
     if (!filter_program) return true;
     ExpressionResult result(stack);
-    run_expression(stack, filter_program.get(), &result.value);
+    vm_run_expression(stack, filter_program.get(), &result.value);
     const Variant* value = result.value.follow();
     if (value->tag == TAG_TRUE) return true;
     if (value->tag == TAG_FALSE || value->tag == TAG_NULL) return false;
