@@ -209,6 +209,16 @@ private:
         uint32_t position;
         size_t index;
     };
+    // The leaf where (key, record) is or would go, with the way down to it
+    // and the position of the first entry not less than it.
+    struct leaf_place_st {
+        std::vector<waypoint_st> path;
+        node_entries_st entries;
+        index_node_st leaf;
+        size_t index = 0;
+        bool found = false;  // the entry is there
+    };
+    leaf_place_st find_leaf_place(const char* key, uint32_t record);
     void read_node(uint32_t position, index_node_st* node);
     // Down to the leaf for (key, record), or by key prefix when record is
     // null; the interior levels are noted in `path` when given. Returns the

@@ -194,36 +194,34 @@ bool Index::go_prev(index_cursor_st* cursor) {
 
 // ---- changing
 
-void Index::insert_key(const char* key, uint32_t record) {
+Index::leaf_place_st Index::find_leaf_place(const char* key, uint32_t record) {
     if (!file->locked) throw dbf_error_index_file_not_locked();
     check_version();
-    std::vector<waypoint_st> path;
-    uint32_t position = descend(key, key_length(), &record, &path);
-    node_entries_st entries = file->entries(position, key_length(), compact(), pad);
-    index_node_st leaf;
-    read_node(position, &leaf);
-    size_t i = entries.lower_bound(key, record);
-    if (i < entries.size() && compare_entry(entries.key(i), entries.records[i], key, record, key_length()) == 0)
-        throw dbf_index_file_corrupted(file->file->name);
-    bool appended = i == entries.size() && leaf.right == NO_NODE;
-    entries.insert(i, key, record, NO_NODE);
-    store_node(path, leaf, entries, appended);
+    leaf_place_st place;
+    uint32_t position = descend(key, key_length(), &record, &place.path);
+    place.entries = file->entries(position, key_length(), compact(), pad);
+    read_node(position, &place.leaf);
+    place.index = place.entries.lower_bound(key, record);
+    place.found = place.index < place.entries.size() &&
+                  compare_entry(place.entries.key(place.index), place.entries.records[place.index], key, record,
+                                key_length()) == 0;
+    return place;
+}
+
+void Index::insert_key(const char* key, uint32_t record) {
+    leaf_place_st place = find_leaf_place(key, record);
+    if (place.found) throw dbf_index_file_corrupted(file->file->name);
+    bool appended = place.index == place.entries.size() && place.leaf.right == NO_NODE;
+    place.entries.insert(place.index, key, record, NO_NODE);
+    store_node(place.path, place.leaf, place.entries, appended);
     changed();
 }
 
 bool Index::delete_key(const char* key, uint32_t record) {
-    if (!file->locked) throw dbf_error_index_file_not_locked();
-    check_version();
-    std::vector<waypoint_st> path;
-    uint32_t position = descend(key, key_length(), &record, &path);
-    node_entries_st entries = file->entries(position, key_length(), compact(), pad);
-    index_node_st leaf;
-    read_node(position, &leaf);
-    size_t i = entries.lower_bound(key, record);
-    if (i == entries.size() || compare_entry(entries.key(i), entries.records[i], key, record, key_length()) != 0)
-        return false;
-    entries.erase(i);
-    store_node(path, leaf, entries);
+    leaf_place_st place = find_leaf_place(key, record);
+    if (!place.found) return false;
+    place.entries.erase(place.index);
+    store_node(place.path, place.leaf, place.entries);
     changed();
     return true;
 }
