@@ -77,6 +77,19 @@ public:
         set_variant(&other);
         return *this;
     }
+    // A move hands the reference over and leaves the source .F., so that
+    // containers relocating their elements take no extra references.
+    Variant(Variant&& other) noexcept {
+        std::memcpy(static_cast<void*>(this), &other, sizeof(Variant));
+        other.tag = TAG_FALSE;
+    }
+    Variant& operator=(Variant&& other) noexcept {
+        if (this != &other) {
+            std::memcpy(static_cast<void*>(this), &other, sizeof(Variant));
+            other.tag = TAG_FALSE;
+        }
+        return *this;
+    }
 
     bool owns() const noexcept { return tag >= TAG_FIRST_OWNING; }
     bool is_logical() const noexcept { return tag == TAG_FALSE || tag == TAG_TRUE; }

@@ -101,6 +101,7 @@ TEST(IndexKeys, BinaryKeysPadOnlyAtFullLength) {
     EXPECT_EQ(key_of(text, KEY_BINARY, false, 4, false), "ab");
     EXPECT_EQ(key_of(text, KEY_CHARACTER, true, 5), std::string("\x80" "ab  ", 5));
     EXPECT_THROW(key_of(integer(1), KEY_CHARACTER, false, 4), RuntimeError);
+    text.release(nullptr);
 }
 
 TEST(IndexKeys, RawKeysStepWithCarry) {
