@@ -16,6 +16,7 @@
 
 #include "tables/index_key.h"
 #include "tables/index_node.h"
+#include "tables/seek_options.h"
 #include "values/string.h"
 
 namespace zobase {
@@ -48,14 +49,6 @@ enum SeekResult : int {
     SEEK_RESULT_FOUND = 0,
     SEEK_RESULT_GREATER = 1,  // on the next greater key
     SEEK_RESULT_END = 2,      // beyond the end
-};
-enum SeekRng : unsigned {
-    SEEK_RANGE_INCLUSIVE = 1,  // the bound belongs to the range
-    SEEK_RANGE_STRICT = 2,     // look behind the bound
-};
-enum SeekDir : int {
-    SEEK_FORWARD = 1,
-    SEEK_BACKWARD = 2,
 };
 
 // What INDEX ON asks for.
