@@ -31,11 +31,16 @@ Table_Object* object_of(void* table) {
     return handle->get();
 }
 
-Variant field_value(void* table, uint64_t field) {
+// A field's value, released when it goes.
+class FieldValue {
+public:
+    FieldValue(void* table, uint64_t field) { object_of(table)->get_field(nullptr, field, &value); }
+    ~FieldValue() { value.release(nullptr); }
+    FieldValue(const FieldValue&) = delete;
+    FieldValue& operator=(const FieldValue&) = delete;
+
     Variant value;
-    object_of(table)->get_field(nullptr, field, &value);
-    return value;
-}
+};
 
 // Bytes into a caller's buffer of *length bytes; too many fail as a
 // field's text that does not fit.
@@ -156,25 +161,26 @@ void GetFieldVariant(void* table, uint64_t field, Variant* out) { object_of(tabl
 
 int GetFieldInt32(void* table, uint64_t field) {
     integer_type_st number = 0;
-    field_value(table, field).cast(&number);
+    FieldValue(table, field).value.cast(&number);
     return static_cast<int>(number);
 }
 
 double GetFieldDouble(void* table, uint64_t field) {
     numeric_type_st number = {};
-    field_value(table, field).cast(&number);
+    FieldValue(table, field).value.cast(&number);
     return number.value;
 }
 
 bool GetFieldLogical(void* table, uint64_t field) {
-    Variant value = field_value(table, field);
+    FieldValue field_read(table, field);
+    const Variant& value = field_read.value;
     if (!value.is_logical()) throw RuntimeError(ERR_ARGUMENT_INVALID);
     return value.tag == TAG_TRUE;
 }
 
 void GetFieldDateYMD(void* table, uint64_t field, uint64_t* year, uint64_t* month, uint64_t* day, bool* empty) {
     date_st date = {};
-    field_value(table, field).cast(&date);
+    FieldValue(table, field).value.cast(&date);
     *empty = date.julian == 0;
     int y = 0, m = 0, d = 0;
     if (!*empty) unserial_julian_date(date, &y, &m, &d);
@@ -186,7 +192,7 @@ void GetFieldDateYMD(void* table, uint64_t field, uint64_t* year, uint64_t* mont
 void GetFieldDateTimeYMDHIS(void* table, uint64_t field, uint64_t* year, uint64_t* month, uint64_t* day,
                             uint64_t* hour, uint64_t* minute, uint64_t* second, bool* empty) {
     datetime_st datetime = {};
-    field_value(table, field).cast(&datetime);
+    FieldValue(table, field).value.cast(&datetime);
     *empty = datetime.julian == 0;
     int parts[7] = {};
     if (!*empty) unserial_julian_date(datetime, &parts[0], &parts[1], &parts[2], &parts[3], &parts[4], &parts[5],
@@ -202,8 +208,14 @@ void GetFieldText(void* table, uint64_t field, char* out, uint64_t* length, cons
 }
 
 void GetFieldBinary(void* table, uint64_t field, char* out, uint64_t* length) {
-    const Charset* raw = Charset::binary;
-    object_of(table)->get_chars(field, out, length, &raw);
+    FieldValue field_read(table, field);
+    const Variant& value = field_read.value;
+    if (value.is_null()) {
+        *length = 0;
+        return;
+    }
+    if (value.tag != TAG_STRING) throw RuntimeError(ERR_OPERAND_TYPE_MISMATCH);
+    copy_out(value.str().read(), value.str().size(), out, length);
 }
 
 void GetFieldMoneyString(void* table, uint64_t field, char* out, uint64_t* length) {
@@ -213,7 +225,7 @@ void GetFieldMoneyString(void* table, uint64_t field, char* out, uint64_t* lengt
 
 uint64_t GetMemoSize(void* table, uint64_t field) { return object_of(table)->get_memo_size(field); }
 
-bool IsFieldNull(void* table, uint64_t field) { return field_value(table, field).is_null(); }
+bool IsFieldNull(void* table, uint64_t field) { return FieldValue(table, field).value.is_null(); }
 
 void SetFieldInt32(void* table, uint64_t field, int value) { object_of(table)->set_field_integer(field, value); }
 
@@ -341,7 +353,7 @@ void SelectIndex(VmStack* stack, void* table, uint64_t index) { object_of(table)
 void GetIndexKey(void* table, char* out, uint64_t* length) {
     Table_Object* object = object_of(table);
     uint64_t key_length = object->get_index_key_length();
-    const char* key = object->get_index_key();
+    const char* key = object->eof() ? nullptr : object->get_index_key();
     copy_out(key, key ? key_length : 0, out, length);
 }
 
