@@ -52,9 +52,9 @@ struct indexdef_st {
 ZO_API void* OpenTable(VmStack* stack, const String& name);
 // A new table opened exclusively, with its tags built behind it; in file
 // order on its first record. A name without extension gets ".dbf"; a table
-// of that name that is open nowhere is replaced (error 3 while it is open). Null
-// options are the defaults. Names the table had to change are written back
-// into `fields`. When a tag cannot be made, the table is removed again.
+// of that name that is open nowhere is replaced (error 3 while it is open).
+// Null options are the defaults. Names the table had to change are written
+// back into `fields`. When a tag cannot be made, the table is removed again.
 ZO_API void* CreateTable(VmStack* stack, const String& name, const createopts_st* options, fielddef_st* fields,
                          uint64_t field_count, const indexdef_st* indexes, uint64_t index_count);
 ZO_API void CloseTable(VmStack* stack, void* table);
