@@ -370,10 +370,7 @@ bool SeekRawKey(VmStack* stack, void* table, const char* key, uint64_t length, S
     return object->seek(stack, key, length, range, direction, near);
 }
 
-double GetIndexPos(void* table) {
-    object_of(table);
-    raise_not_available("GetIndexPos");
-}
+double GetIndexPos(void* table) { return object_of(table)->get_index_pos(); }
 
 void SetScope(VmStack*, void* table, const char*, uint64_t, SeekDir, SeekRng) {
     object_of(table);

@@ -168,9 +168,12 @@ ZO_API void EvalIndexKey(VmStack* stack, void* table, char* out, uint64_t* lengt
 // the cursor on the next greater key. Error 26 without an order.
 ZO_API bool SeekRawKey(VmStack* stack, void* table, const char* key, uint64_t length, SeekRng range,
                        SeekDir direction, bool near);
-// Not available yet (error 1001): the position in the order as a fraction,
-// and scopes on the order.
+// Where the cursor stands in the order: 0 on its first record, 1 at its
+// end, and between them the share of keys before the record, estimated
+// through the tree as if its nodes were evenly filled. Error 26 without an
+// order.
 ZO_API double GetIndexPos(void* table);
+// Not available yet (error 1001): scopes on the order.
 ZO_API void SetScope(VmStack* stack, void* table, const char* key, uint64_t length, SeekDir direction,
                      SeekRng range);
 ZO_API void ClearScope(VmStack* stack, void* table);

@@ -180,6 +180,9 @@ public:
     // by the cursor's entry.
     bool go_next(index_cursor_st* cursor);
     bool go_prev(index_cursor_st* cursor);
+    // The share of the tag's entries before the cursor's entry, or with
+    // `from_end` behind it (index_position.cpp).
+    double position(const index_cursor_st& cursor, bool from_end);
 
     // ---- changing the tree; the file's lock must be held
     // (dbf_error_index_file_not_locked). An entry that exists already

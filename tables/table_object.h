@@ -237,6 +237,9 @@ public:
     // The order's key of the current record, into MAX_KEY_LENGTH bytes;
     // error 26 without an order.
     virtual uint64_t eval_index_key(VmStack* stack, char* out) = 0;
+    // Where the cursor stands in the order: 0 at its first record, 1 at its
+    // end. Error 26 without an order.
+    virtual double get_index_pos() = 0;
     // Positions on the key as the range and direction say (see Index::seek).
     virtual bool seek_lowlevel(VmStack* stack, const char* key, uint64_t length, unsigned range, int direction) = 0;
     // SEEK: the first record in range whose key begins with (or, for an

@@ -142,6 +142,11 @@ uint64_t Table_Object_ZoDbf::eval_index_key(VmStack* stack, char* out) {
                            [&] { return table_->eval_key(stack, out, MAX_KEY_LENGTH); });
 }
 
+double Table_Object_ZoDbf::get_index_pos() {
+    if (!table_->order.index) throw RuntimeError(ERR_NO_INDEX_ORDER);
+    return table_operation(TABLE_SEEK, no_detail, [&] { return table_->index_position(); });
+}
+
 bool Table_Object_ZoDbf::seek_lowlevel(VmStack*, const char* key, uint64_t length, unsigned range, int direction) {
     return table_operation(TABLE_SEEK, no_detail, [&] { return table_->seek(key, length, range, direction); });
 }

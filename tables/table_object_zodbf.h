@@ -96,6 +96,7 @@ public:
     const char* get_index_key() override { return table_->current_key(); }
     uint64_t get_index_key_length() override;
     uint64_t eval_index_key(VmStack* stack, char* out) override;
+    double get_index_pos() override;
     bool seek_lowlevel(VmStack* stack, const char* key, uint64_t length, unsigned range, int direction) override;
     // Opens the structural index file with the table.
     void open_indexes(VmStack* stack);
