@@ -12,13 +12,13 @@ namespace zobase {
 
 namespace fs = std::filesystem;
 
-namespace {
-
 fs::path with_table_extension(const String& name) {
     fs::path path(name.u8str());
     if (!path.has_extension()) path += ".dbf";
     return path;
 }
+
+namespace {
 
 // The table file as found without regard to case; error 1 when there is none.
 fs::path existing_table_file(const String& name) {

@@ -11,6 +11,7 @@
 #include "tables/dbf_codepages.h"
 #include "tables/field_codecs.h"
 #include "tables/table_errors.h"
+#include "tables/table_files.h"
 #include "tables/table_sessions.h"
 #include "text/charset.h"
 #include "vm/runtime_services.h"
@@ -21,12 +22,6 @@ namespace zobase {
 namespace fs = std::filesystem;
 
 namespace {
-
-fs::path with_table_extension(const String& name) {
-    fs::path path(name.u8str());
-    if (!path.has_extension()) path += ".dbf";
-    return path;
-}
 
 // The table file and the memo and index files beside it.
 void remove_table_files(const fs::path& table) {

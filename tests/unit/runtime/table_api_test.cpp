@@ -35,7 +35,8 @@ int error_of(const std::function<void()>& call) {
     return 0;
 }
 
-class TableApi : public ::testing::Test {
+// A host with a runtime and a folder for its tables.
+class TableHost : public ::testing::Test {
 protected:
     TableFolder folder;
     CaptureScreen screen;
@@ -45,14 +46,21 @@ protected:
     void SetUp() override {
         runtime = CreateRuntime(&screen);
         GetMainStack(runtime, &stack);
+    }
+    void TearDown() override {
+        if (runtime) ReleaseRuntime(runtime);
+    }
+};
+
+class TableApi : public TableHost {
+protected:
+    void SetUp() override {
+        TableHost::SetUp();
         std::string name = (folder.path / "api").string();
         ASSERT_EQ(runtime->run_command(String(("CREATE TABLE \"" + name + "\" (i I, n N(8,2), b B, l L, d D, "
                                                 "c C(5), m M, z I NULL, a I AUTOINC NEXTVALUE 5 STEP 2)\nUSE")
                                                    .c_str())),
                   0);
-    }
-    void TearDown() override {
-        if (runtime) ReleaseRuntime(runtime);
     }
     String table_name() const { return String((folder.path / "api").string().c_str()); }
 };
@@ -131,22 +139,9 @@ TEST_F(TableApi, FillsReadsAndMovesWithoutTheLanguage) {
 
 // A table of every field type the engine creates, made through the
 // interface alone.
-class TableApiHost : public ::testing::Test {
+class TableApiHost : public TableHost {
 protected:
-    TableFolder folder;
-    CaptureScreen screen;
-    Runtime* runtime = nullptr;
-    VmStack* stack = nullptr;
-
     enum Field : uint64_t { ID, NAME, NOTE, MEMO, PRICE, QTY, RATIO, WEIGHT, BORN, STAMP, OK, RAW, BLOB, CODE, MAYBE };
-
-    void SetUp() override {
-        runtime = CreateRuntime(&screen);
-        GetMainStack(runtime, &stack);
-    }
-    void TearDown() override {
-        if (runtime) ReleaseRuntime(runtime);
-    }
 
     static std::vector<fielddef_st> every_type() {
         fielddef_st id = field_def("id", FIELD_TYPE_INTEGER);
