@@ -134,6 +134,7 @@ TEST_F(TableApi, FillsReadsAndMovesWithoutTheLanguage) {
     Variant value;
     GetFieldVariant(table, 5, &value);
     EXPECT_EQ(value.to_string().u8str(), "     ");
+    value.release(stack);
     CloseTable(stack, table);
 }
 
@@ -575,7 +576,7 @@ TEST_F(TableApiHost, CreateRenameAndDropTheFiles) {
     SelectIndex(stack, table, 0);
     EXPECT_TRUE(SeekRawKey(stack, table, "name", 4, SEEK_RANGE_INCLUSIVE, SEEK_FORWARD, false));
     CloseTable(stack, table);
-    create("third");
+    CloseTable(stack, create("third"));
     EXPECT_EQ(error_of([&] { RenameTable(stack, folder.name("second"), folder.name("third")); }), ERR_FILE_EXISTS);
 
     DropTable(stack, folder.name("SECOND"));
