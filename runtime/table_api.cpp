@@ -90,6 +90,22 @@ indexdef_st* allocated_definition_of(const table_index_info_st& info) {
     return definition;
 }
 
+// A table whose making failed half way goes with its files; what fails in
+// taking it away is dropped, so that the host learns the first failure.
+void discard(VmStack* stack, TableHandle& created) {
+    String file = created->filename();
+    bool temporary = created->is_temporary();
+    try {
+        created->close();
+    } catch (const Exception&) {
+    }
+    created.reset(stack);
+    try {
+        if (!temporary) drop_table_files(file);
+    } catch (const Exception&) {
+    }
+}
+
 }  // namespace
 
 // ---- tables as files
@@ -103,11 +119,7 @@ void* CreateTable(VmStack* stack, const String& name, const createopts_st* optio
         created->select_index(stack, 0, 0);
         created->movefirst(stack);
     } catch (...) {
-        String file = created->filename();
-        bool temporary = created->is_temporary();
-        created->close();
-        created.reset(stack);
-        if (!temporary) drop_table_files(file);
+        discard(stack, created);
         throw;
     }
     return new TableHandle(created);
