@@ -1,8 +1,5 @@
 // PACK, ZAP, COPY TO, RENAME TABLE and ALTER TABLE.
-#include <cstdio>
-#include <cstring>
 #include <filesystem>
-#include <memory>
 #include <system_error>
 #include <vector>
 
@@ -11,9 +8,8 @@
 #include "builtins/handlers.h"
 #include "builtins/work_area.h"
 #include "tables/file.h"
-#include "tables/table_errors.h"
+#include "tables/table_files.h"
 #include "tables/table_object_zodbf.h"
-#include "text/charset.h"
 #include "vm/runtime_services.h"
 #include "vm/vm_stack.h"
 
@@ -38,57 +34,12 @@ void void_stackcall_copy_to(VmStack* stack, unsigned long long) {
     current_table(stack)->copyto(stack, string_argument(stack, 1), !is_null_argument(tags) && tags.integer != 0);
 }
 
-// The table may not be open anywhere (an exclusive open proves it); its memo
-// and index files follow it under the new name. Memo and index files go
-// first, so a failure half way leaves the table under its old name with
-// what USE needs of it, or under the new one with all of it.
 void void_stackcall_rename_table(VmStack* stack, unsigned long long) {
     ZO_TRACE();
-    fs::path from(string_argument(stack, 1).u8str());
-    fs::path to(string_argument(stack, 2).u8str());
-    if (!from.has_extension()) from += ".dbf";
-    if (!to.has_extension()) to += ".dbf";
-    fs::path found;
-    if (!exists_ci(from, &found)) throw RuntimeError(ERR_FILE_NOT_FOUND, String(from));
-    if (fs::exists(to)) throw RuntimeError(ERR_FILE_EXISTS, String(to));
-    String name(found);
-    table_operation(TABLE_REMOVE, [&] { return name; }, [&] {
-        std::unique_ptr<File> file(open_file(name, FILE_OPEN_READ | FILE_OPEN_WRITE));
-        file->close();
-    });
-    std::error_code failure;
-    for (const char* extension : {"fpt", "cdx"}) {
-        fs::path companion;
-        if (!exists_ci(fs::path(found).replace_extension(extension), &companion)) continue;
-        fs::rename(companion, fs::path(to).replace_extension(extension), failure);
-        if (failure) throw RuntimeError(ERR_FILESYSTEM_GENERIC, String("rename"));
-    }
-    fs::rename(found, to, failure);
-    if (failure) throw RuntimeError(ERR_FILESYSTEM_GENERIC, String("rename"));
+    rename_table_files(string_argument(stack, 1), string_argument(stack, 2));
 }
 
 namespace {
-
-// A field of the table as a column of a new definition.
-fielddef_st definition_of(const Table_Object* table, const table_field_info_st& info) {
-    fielddef_st definition = {};
-    definition.type = info.type;
-    std::snprintf(definition.name, sizeof definition.name, "%s", info.name.u8str().c_str());
-    // Fixed widths are the type's own; only these types take sizes.
-    definition.default_length = !std::strchr("CVQNF", info.letter);
-    definition.default_decimals = !std::strchr("NFB", info.letter);
-    // Character widths are counted in characters, stored in bytes.
-    bool characters = info.letter == 'C' || info.letter == 'V';
-    definition.length = characters ? info.width / table->charset->max_char() : info.width;
-    definition.decimals = info.decimals;
-    definition.nullable = info.nullable ? FIELD_NULLABLE : FIELD_NOT_NULLABLE;
-    definition.binary = info.binary;
-    definition.autoincrement = info.autoincrement;
-    definition.next_value = info.next_value;
-    definition.step = info.step;
-    definition.has_next_value = definition.has_step = info.autoincrement;
-    return definition;
-}
 
 // The table ALTER TABLE names: a work area of this session that holds it
 // must hold it exclusively (error 110) and is closed for the change and
@@ -144,7 +95,7 @@ void void_stackcall_add_columns(VmStack* stack, unsigned long long argc) {
         std::vector<fielddef_st> fields;
         std::vector<int64_t> sources;
         for (uint64_t i = 0; i < table->cnt_fields(); ++i) {
-            fields.push_back(definition_of(table, table->get_field_info(i)));
+            fields.push_back(table->get_field_definition(i));
             sources.push_back(static_cast<int64_t>(i));
         }
         for (const fielddef_st& column : added) {
@@ -167,7 +118,7 @@ void void_stackcall_drop_columns(VmStack* stack, unsigned long long) {
         std::vector<int64_t> sources;
         for (uint64_t i = 0; i < table->cnt_fields(); ++i) {
             if (i == dropped) continue;
-            fields.push_back(definition_of(table, table->get_field_info(i)));
+            fields.push_back(table->get_field_definition(i));
             sources.push_back(static_cast<int64_t>(i));
         }
         table->alter(stack, std::move(fields), sources);

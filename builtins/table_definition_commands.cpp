@@ -1,17 +1,13 @@
 // CREATE TABLE and CREATE CURSOR, DROP TABLE, DISPLAY STRUCTURE.
 #include <cstdio>
-#include <filesystem>
-#include <memory>
 #include <string>
-#include <system_error>
 #include <vector>
 
 #include "base/call_trace.h"
 #include "builtins/column_arguments.h"
 #include "builtins/handlers.h"
 #include "builtins/work_area.h"
-#include "tables/file.h"
-#include "tables/table_errors.h"
+#include "tables/table_files.h"
 #include "text/charset.h"
 #include "vm/runtime_services.h"
 #include "vm/screen.h"
@@ -119,23 +115,9 @@ void void_stackcall_create_table(VmStack* stack, unsigned long long argc) {
     session.create(stack, name, &options, fields.data(), fields.size());
 }
 
-// The table may not be open anywhere: an exclusive open proves it.
 void void_stackcall_drop_table(VmStack* stack, unsigned long long) {
     ZO_TRACE();
-    std::filesystem::path path(string_argument(stack, 1).u8str());
-    if (!path.has_extension()) path += ".dbf";
-    std::filesystem::path found;
-    if (!exists_ci(path, &found)) throw RuntimeError(ERR_FILE_NOT_FOUND, String(path));
-    String name(found);
-    table_operation(TABLE_REMOVE, [&] { return name; }, [&] {
-        std::unique_ptr<File> file(open_file(name, FILE_OPEN_READ | FILE_OPEN_WRITE));
-        file->close();
-        file->remove();
-    });
-    std::error_code ignored;
-    std::filesystem::path memo, index;
-    if (exists_ci(std::filesystem::path(found).replace_extension("fpt"), &memo)) std::filesystem::remove(memo, ignored);
-    if (exists_ci(std::filesystem::path(found).replace_extension("cdx"), &index)) std::filesystem::remove(index, ignored);
+    drop_table_files(string_argument(stack, 1));
 }
 
 void void_stackcall_display_structure(VmStack* stack, unsigned long long) {

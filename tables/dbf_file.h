@@ -326,6 +326,9 @@ public:
     bool seek(const char* key, uint64_t length, unsigned range, int direction);
     // The key the order stands on, null when it stands on none.
     const char* current_key() const;
+    // Where the cursor stands in the order, from 0 at its first record to 1
+    // at its end (index_position.cpp).
+    double index_position();
 
 private:
     bool shared_writable() const noexcept { return file->is_shared() && file->is_writable(); }

@@ -16,6 +16,7 @@
 
 #include "tables/index_key.h"
 #include "tables/index_node.h"
+#include "tables/seek_options.h"
 #include "values/string.h"
 
 namespace zobase {
@@ -48,14 +49,6 @@ enum SeekResult : int {
     SEEK_RESULT_FOUND = 0,
     SEEK_RESULT_GREATER = 1,  // on the next greater key
     SEEK_RESULT_END = 2,      // beyond the end
-};
-enum SeekRng : unsigned {
-    SEEK_RANGE_INCLUSIVE = 1,  // the bound belongs to the range
-    SEEK_RANGE_STRICT = 2,     // look behind the bound
-};
-enum SeekDir : int {
-    SEEK_FORWARD = 1,
-    SEEK_BACKWARD = 2,
 };
 
 // What INDEX ON asks for.
@@ -187,6 +180,9 @@ public:
     // by the cursor's entry.
     bool go_next(index_cursor_st* cursor);
     bool go_prev(index_cursor_st* cursor);
+    // The share of the tag's entries before the cursor's entry, or with
+    // `from_end` behind it (index_position.cpp).
+    double position(const index_cursor_st& cursor, bool from_end);
 
     // ---- changing the tree; the file's lock must be held
     // (dbf_error_index_file_not_locked). An entry that exists already

@@ -68,6 +68,19 @@ void translate_field_read(const String&) {
     }
 }
 
+void translate_get_chars(const String&) {
+    try {
+        throw;
+    } catch (const dbf_error_cptrans_char_lost&) {
+        throw RuntimeError(ERR_CHARSET_TRANSLATION);
+    } catch (const dbf_error_buffer_underrun&) {
+        throw RuntimeError(ERR_NOT_AVAILABLE);
+    } catch (const dbf_exception&) {
+        throw RuntimeError(ERR_TABLE_GENERIC);
+    } catch (...) {
+    }
+}
+
 void translate_set_null(const String& field) {
     try {
         throw;
@@ -223,7 +236,7 @@ typedef void (*translation_fn)(const String& detail);
 
 // Keyed by TableOperation.
 const translation_fn translations[] = {
-    translate_use,       translate_create,     translate_field_read, translate_set_null,
+    translate_use,       translate_create,     translate_field_read, translate_get_chars, translate_set_null,
     translate_set_value, translate_set_number, translate_set_string, translate_go,
     translate_update,    translate_remove,     nullptr,
     translate_create_index, translate_select_index, translate_create_key, translate_seek, translate_seek,

@@ -15,6 +15,7 @@ enum TableOperation : int {
     TABLE_USE,
     TABLE_CREATE,
     TABLE_FIELD_READ,
+    TABLE_GET_CHARS,   // a value as text into a caller's buffer
     TABLE_SET_NULL,
     TABLE_SET_VALUE,   // logical, date, datetime
     TABLE_SET_NUMBER,  // integer, numeric, money

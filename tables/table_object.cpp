@@ -3,12 +3,14 @@
 // members of the object.
 #include "tables/table_object.h"
 
+#include <cstdio>
 #include <cstring>
 
 #include "base/call_trace.h"
 #include "objects/object.h"
 #include "tables/table_definition.h"
 #include "tables/table_sessions.h"
+#include "text/charset.h"
 #include "values/error.h"
 #include "vm/call_resolver.h"
 #include "vm/param.h"
@@ -67,6 +69,27 @@ void Table_Object::internal_open(VmStack* stack) {
                                              static_cast<uint32_t>(info.width), static_cast<uint16_t>(index)});
     }
     publish_field_members();
+}
+
+fielddef_st Table_Object::get_field_definition(uint64_t index) const {
+    table_field_info_st info = get_field_info(index);
+    fielddef_st definition = {};
+    definition.type = info.type;
+    std::snprintf(definition.name, sizeof definition.name, "%s", info.name.u8str().c_str());
+    // Fixed widths are the type's own; only these types take sizes.
+    definition.default_length = !std::strchr("CVQNF", info.letter);
+    definition.default_decimals = !std::strchr("NFB", info.letter);
+    // Character widths are counted in characters, stored in bytes.
+    bool characters = info.letter == 'C' || info.letter == 'V';
+    definition.length = characters ? info.width / charset->max_char() : info.width;
+    definition.decimals = info.decimals;
+    definition.nullable = info.nullable ? FIELD_NULLABLE : FIELD_NOT_NULLABLE;
+    definition.binary = info.binary;
+    definition.autoincrement = info.autoincrement;
+    definition.next_value = info.next_value;
+    definition.step = info.step;
+    definition.has_next_value = definition.has_step = info.autoincrement;
+    return definition;
 }
 
 // The fields first, so that a field hides a class member of its name.

@@ -150,8 +150,17 @@ public:
     virtual void get_field(VmStack* stack, uint64_t index, Variant* out) = 0;
     virtual void get_old_value(VmStack* stack, uint64_t index, Variant* out) = 0;
     virtual void get_blank(VmStack* stack, uint64_t index, Variant* out) = 0;
+    // The value as text in *charset (the table's when null), which then
+    // tells the charset written. *length holds the room and becomes the
+    // bytes written; a value that does not fit is error 9902.
+    virtual void get_chars(uint64_t index, char* out, uint64_t* length, const Charset** charset) = 0;
+    // The bytes of a memo body; error 9902 for a field without one.
+    virtual uint64_t get_memo_size(uint64_t index) = 0;
     virtual uint64_t cnt_fields() const = 0;
     virtual table_field_info_st get_field_info(uint64_t index) const = 0;
+    // The field as a definition CREATE TABLE takes: widths of C and V in
+    // characters, the autoincrement values as they stand.
+    fielddef_st get_field_definition(uint64_t index) const;
     virtual bool deleted() = 0;
     virtual void set_field_null(uint64_t index) = 0;
     virtual void set_field_integer(uint64_t index, integer_type_st value) = 0;
@@ -161,6 +170,9 @@ public:
     virtual void set_field_datetime(uint64_t index, datetime_st value) = 0;
     virtual void set_field_date(uint64_t index, date_st value) = 0;
     virtual void set_field_money(uint64_t index, money_type_st value) = 0;
+    // A read-only field refuses every write (2088 for numbers, 107 for the
+    // rest); autoincrement fields start read-only.
+    virtual void set_field_readonly(uint64_t index, bool readonly) = 0;
     virtual void go(VmStack* stack, uint64_t number) = 0;
     virtual void movetoeof() = 0;
     virtual bool bof_lowlevel() = 0;
@@ -185,6 +197,12 @@ public:
     virtual int32_t codepage() const = 0;
     virtual bool is_shared() const = 0;
     virtual bool is_temporary() const = 0;
+    // The table file: its size in bytes with every appended record written,
+    // and its times of creation and last change in seconds since 1970 (0
+    // when the file system does not tell).
+    virtual uint64_t file_size() = 0;
+    virtual int64_t created_time() = 0;
+    virtual int64_t modified_time() = 0;
     virtual void update(VmStack* stack) = 0;
     virtual void revert() = 0;
     // Writes what is pending and closes the files; the object stays, closed.
@@ -214,6 +232,14 @@ public:
     virtual uint64_t create_index_key(VmStack* stack, const Variant* value, bool full_length, char* out) = 0;
     // The key the order stands on; null when it stands on none.
     virtual const char* get_index_key() = 0;
+    // The byte length of the order's keys; error 26 without an order.
+    virtual uint64_t get_index_key_length() = 0;
+    // The order's key of the current record, into MAX_KEY_LENGTH bytes;
+    // error 26 without an order.
+    virtual uint64_t eval_index_key(VmStack* stack, char* out) = 0;
+    // Where the cursor stands in the order: 0 at its first record, 1 at its
+    // end. Error 26 without an order.
+    virtual double get_index_pos() = 0;
     // Positions on the key as the range and direction say (see Index::seek).
     virtual bool seek_lowlevel(VmStack* stack, const char* key, uint64_t length, unsigned range, int direction) = 0;
     // SEEK: the first record in range whose key begins with (or, for an

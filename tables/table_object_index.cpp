@@ -130,6 +130,23 @@ uint64_t Table_Object_ZoDbf::create_index_key(VmStack*, const Variant* value, bo
     });
 }
 
+uint64_t Table_Object_ZoDbf::get_index_key_length() {
+    if (!table_->order.index) throw RuntimeError(ERR_NO_INDEX_ORDER);
+    return table_->order.index->key_length();
+}
+
+uint64_t Table_Object_ZoDbf::eval_index_key(VmStack* stack, char* out) {
+    if (!table_->order.index) throw RuntimeError(ERR_NO_INDEX_ORDER);
+    ExpressionTableScope scope(stack, this);
+    return table_operation(TABLE_UPDATE, [&] { return alias; },
+                           [&] { return table_->eval_key(stack, out, MAX_KEY_LENGTH); });
+}
+
+double Table_Object_ZoDbf::get_index_pos() {
+    if (!table_->order.index) throw RuntimeError(ERR_NO_INDEX_ORDER);
+    return table_operation(TABLE_SEEK, no_detail, [&] { return table_->index_position(); });
+}
+
 bool Table_Object_ZoDbf::seek_lowlevel(VmStack*, const char* key, uint64_t length, unsigned range, int direction) {
     return table_operation(TABLE_SEEK, no_detail, [&] { return table_->seek(key, length, range, direction); });
 }

@@ -11,6 +11,7 @@
 #include "tables/dbf_codepages.h"
 #include "tables/field_codecs.h"
 #include "tables/table_errors.h"
+#include "tables/table_files.h"
 #include "tables/table_sessions.h"
 #include "text/charset.h"
 #include "vm/runtime_services.h"
@@ -21,12 +22,6 @@ namespace zobase {
 namespace fs = std::filesystem;
 
 namespace {
-
-fs::path with_table_extension(const String& name) {
-    fs::path path(name.u8str());
-    if (!path.has_extension()) path += ".dbf";
-    return path;
-}
 
 // The table file and the memo and index files beside it.
 void remove_table_files(const fs::path& table) {
@@ -147,6 +142,14 @@ void Table_Object_ZoDbf::get_blank(VmStack*, uint64_t index, Variant* out) {
     table_operation(TABLE_FIELD_READ, no_detail, [&] { table_->get_blank_value(index, out); });
 }
 
+void Table_Object_ZoDbf::get_chars(uint64_t index, char* out, uint64_t* length, const Charset** charset) {
+    table_operation(TABLE_GET_CHARS, no_detail, [&] { table_->get_char(index, out, length, charset); });
+}
+
+uint64_t Table_Object_ZoDbf::get_memo_size(uint64_t index) {
+    return table_operation(TABLE_GET_CHARS, no_detail, [&] { return table_->get_memo_size(index); });
+}
+
 table_field_info_st Table_Object_ZoDbf::get_field_info(uint64_t index) const {
     const DbfField* field = table_->get_field(index);
     if (!field) throw RuntimeError(ERR_ARGUMENT_INVALID);
@@ -214,6 +217,13 @@ void Table_Object_ZoDbf::set_field_string(uint64_t index, const String& value) {
                     [&] { table_->set_string(index, value); });
 }
 
+void Table_Object_ZoDbf::set_field_readonly(uint64_t index, bool readonly) {
+    if (index >= table_->visible_fields.size()) throw RuntimeError(ERR_ARGUMENT_INVALID);
+    DbfField* field = table_->visible_fields[index];
+    if (readonly) zobase::set_field_readonly(field);
+    else set_field_readwrite(field);
+}
+
 // ---- the cursor
 
 // In index order the key of the record finds its place in the order.
@@ -257,6 +267,18 @@ int32_t Table_Object_ZoDbf::last_modified_yyyymmdd() {
     std::tm broken = {};
     localtime_r(&seconds, &broken);
     return (broken.tm_year + 1900) * 10000 + (broken.tm_mon + 1) * 100 + broken.tm_mday;
+}
+
+// Appended records still held back are written first, so that the file
+// holds the whole table.
+uint64_t Table_Object_ZoDbf::file_size() {
+    table_operation(TABLE_OTHER, no_detail, [&] { table_->flush(); });
+    return static_cast<uint64_t>(table_->file->size());
+}
+
+int64_t Table_Object_ZoDbf::modified_time() {
+    table_operation(TABLE_OTHER, no_detail, [&] { table_->flush(); });
+    return table_->file->modified_time();
 }
 
 int32_t Table_Object_ZoDbf::codepage() const { return codepage_of_dbf_byte(table_->codepage_byte); }

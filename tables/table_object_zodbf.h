@@ -36,6 +36,8 @@ public:
     void get_field(VmStack* stack, uint64_t index, Variant* out) override;
     void get_old_value(VmStack* stack, uint64_t index, Variant* out) override;
     void get_blank(VmStack* stack, uint64_t index, Variant* out) override;
+    void get_chars(uint64_t index, char* out, uint64_t* length, const Charset** charset) override;
+    uint64_t get_memo_size(uint64_t index) override;
     uint64_t cnt_fields() const override { return table_->visible_fields.size(); }
     table_field_info_st get_field_info(uint64_t index) const override;
     bool deleted() override { return table_->deleted(); }
@@ -47,6 +49,7 @@ public:
     void set_field_datetime(uint64_t index, datetime_st value) override;
     void set_field_date(uint64_t index, date_st value) override;
     void set_field_money(uint64_t index, money_type_st value) override;
+    void set_field_readonly(uint64_t index, bool readonly) override;
     void go(VmStack* stack, uint64_t number) override;
     void movetoeof() override;
     bool bof_lowlevel() override { return table_->bof; }
@@ -71,6 +74,9 @@ public:
     int32_t codepage() const override;
     bool is_shared() const override { return table_->file->is_shared(); }
     bool is_temporary() const override { return table_->file->is_temporary(); }
+    uint64_t file_size() override;
+    int64_t created_time() override { return table_->file->created_time(); }
+    int64_t modified_time() override;
     void update(VmStack* stack) override;
     void revert() override { table_->revert(); }
     void close() override;
@@ -88,6 +94,9 @@ public:
     int get_index_dir() override;
     uint64_t create_index_key(VmStack* stack, const Variant* value, bool full_length, char* out) override;
     const char* get_index_key() override { return table_->current_key(); }
+    uint64_t get_index_key_length() override;
+    uint64_t eval_index_key(VmStack* stack, char* out) override;
+    double get_index_pos() override;
     bool seek_lowlevel(VmStack* stack, const char* key, uint64_t length, unsigned range, int direction) override;
     // Opens the structural index file with the table.
     void open_indexes(VmStack* stack);

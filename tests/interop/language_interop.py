@@ -20,7 +20,7 @@ import tempfile
 
 import dbf
 
-from interop_checks import check, finish
+from interop_checks import check, finish, open_created_table
 
 ZOSH = os.path.abspath(sys.argv[1])
 
@@ -87,11 +87,7 @@ def language_writes(folder):
     lines.append('? "records:", reccount()')
     output = run_zosh(folder, "\n".join(lines) + "\n")
     check(output[-1:] == ["records: %d" % len(RECORDS)], "the program wrote %r" % output)
-    path = os.path.join(folder, "written.dbf")
-    with open(path, "r+b") as table:
-        table.write(b"\x30")
-    read = dbf.Table(path)
-    read.open(dbf.READ_ONLY)
+    read = open_created_table(os.path.join(folder, "written.dbf"))
     try:
         check(read.codepage.name == "cp1252", "codepage %s" % read.codepage.name)
         check(len(read) == len(RECORDS), "python3-dbf reads %d records" % len(read))
