@@ -71,6 +71,9 @@ const command_options_row_st core_command_options[] = {
     {113, "use", "(online,admin,again,nodata,exclusive,shared,noupdate),filename,in,alias,engine"},
     {114, "wait", "(window,nowait,clear,noclear),message,timeout"},
     {116, "zap", ""},
+    // Native extensions
+    {118, "release_library", "filename"},
+    {119, "clear_dlls", "path+"},
     {0, nullptr, nullptr},
 };
 

@@ -7,8 +7,8 @@
 %define api.prefix {kestro}
 %locations
 %param {zobase::ParseContext* ctx}
-%expect 2850
-%expect-rr 2317
+%expect 2873
+%expect-rr 2338
 
 %code requires {
 #include "frontend/syntax_tree.h"
@@ -311,8 +311,10 @@ static void kestroerror(KESTROLTYPE* location, ParseContext* ctx, const char* me
 %token <tok> K_WINDOW 492
 %token <tok> K_Y 493
 %token <tok> K_ZAP 494
-%token <tok> K_RESERVED 495
-%token <tok> HEX_BINARY 496 HEX_INTEGER 497 WORD 498 DIGITS 499
+%token <tok> K_DLLS 495
+%token <tok> K_RELEASE 496
+%token <tok> K_RESERVED 497
+%token <tok> HEX_BINARY 498 HEX_INTEGER 499 WORD 500 DIGITS 501
 %token <tok> '\n' ' ' '!' '"' '#' '$' '%' '&' '\'' '(' ')' '*' '+' ',' '-' '.' '/' ':' ';' '<' '=' '>' '?' '@' '[' '\\' ']' '^' '{' '}'
 
 %type <stmt> line statement closing_line
@@ -480,6 +482,9 @@ statement:
   | K_SELECT ws name_expression eol               { $$ = grammar_command_to(ctx, STMT_SELECT, "ALIAS", $3, @3); }
   | K_DECLARE ws opt_declare_type name ws K_IN ' ' file_expression declare_params eol
         { auto* d = $9; d->result_type = String($3); d->name = NAME_STR($4); d->library.reset($8); $$ = d; }
+  | K_DECLARE ws opt_declare_type name ws K_IN ' ' file_expression ws K_AS ws name declare_params eol
+        { auto* d = $13; d->result_type = String($3); d->name = NAME_STR($4); d->library.reset($8);
+          d->alias = NAME_STR($12); $$ = d; }
   | K_SKIP eol                                    { $$ = CMD(STMT_SKIP); }
   | K_SKIP ws skip_arguments eol                  { $$ = $3; $$->type = STMT_SKIP; }
   | go_word ws top_options eol %dprec 2           { $$ = $3; $$->type = STMT_GO_TOP; }
@@ -523,6 +528,9 @@ statement:
   | K_SET ws K_LIBRARY ws K_TO ' ' file_list eol  { $$ = grammar_path_list(ctx, STMT_SET_LIBRARY_TO, $7, false, @7); }
   | K_SET ws K_LIBRARY ws K_TO ' ' file_list ws K_ADDITIVE eol { $$ = grammar_path_list(ctx, STMT_SET_LIBRARY_TO, $7, true, @7); }
   | K_SET ws K_LIBRARY ws K_TO eol                { $$ = CMD(STMT_SET_LIBRARY_TO); }
+  | K_RELEASE ws K_LIBRARY ' ' file_expression eol { $$ = grammar_command_to(ctx, STMT_RELEASE_LIBRARY, "FILENAME", $5, @5); }
+  | clear_word ws K_DLLS eol                      { $$ = CMD(STMT_CLEAR_DLLS); }
+  | clear_word ws K_DLLS ' ' file_list eol        { $$ = grammar_path_list(ctx, STMT_CLEAR_DLLS, $5, false, @5); }
   | K_SET ws K_PATH ws K_TO ' ' file_list eol     { $$ = grammar_path_list(ctx, STMT_SET_PATH_TO, $7, false, @7); }
   | K_SET ws K_PATH ws K_TO ' ' file_list ws K_ADDITIVE eol { $$ = grammar_path_list(ctx, STMT_SET_PATH_TO, $7, true, @7); }
   | K_SET ws K_PATH ws K_TO eol                   { $$ = CMD(STMT_SET_PATH_TO); }
@@ -1279,5 +1287,7 @@ keyword:
   | K_WINDOW
   | K_Y
   | K_ZAP
+  | K_DLLS
+  | K_RELEASE
   | K_RESERVED
   ;

@@ -32,11 +32,11 @@ enum class ParserToken : int {
     // Keyword tokens: keyword_first + the row of the keyword table
     // (keywords.h, same order as listed there), up to keyword_last.
     keyword_first = 264,
-    keyword_last = 495,
-    hex_binary = 496,
-    hex_integer = 497,
-    word = 498,
-    digits = 499,
+    keyword_last = 497,
+    hex_binary = 498,
+    hex_integer = 499,
+    word = 500,
+    digits = 501,
 };
 
 // The lexeme points into the source text, which must outlive the token.
