@@ -13,7 +13,7 @@ const library_command_row_st core_command_rows[] = {
     {"cd", "C", void_stackcall_cd},
     {"clear", "", command_not_available<"clear">},
     {"continue", "", void_stackcall_continue},
-    {"copy_to", "CI", void_stackcall_copy_to},  // structure changes,
+    {"copy_to", "CIC?C?.?.?|C+", void_stackcall_copy_to},  // structure changes,
     {"create_table", "ICI?C?I|.?+", void_stackcall_create_table},
     {"declare", "CCIC|C?C+", void_stackcall_declare},
     {"delete_all_tags", "", void_stackcall_delete_all_tags},  // indexes

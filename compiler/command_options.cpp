@@ -16,7 +16,7 @@ const command_options_row_st core_command_options[] = {
     {11, "cd", "path"},
     {12, "clear", ""},
     {13, "continue", ""},
-    {14, "copy_to", "filename,(cdx)"},
+    {14, "copy_to", "filename,(cdx,all,rest),for,while,next,record,fields+"},
     {18, "delete_all_tags", ""},
     {19, "delete_file", "filename"},
     {21, "delete_record", ""},

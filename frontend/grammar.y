@@ -7,8 +7,8 @@
 %define api.prefix {kestro}
 %locations
 %param {zobase::ParseContext* ctx}
-%expect 2873
-%expect-rr 2338
+%expect 2891
+%expect-rr 2397
 
 %code requires {
 #include "frontend/syntax_tree.h"
@@ -313,8 +313,9 @@ static void kestroerror(KESTROLTYPE* location, ParseContext* ctx, const char* me
 %token <tok> K_ZAP 494
 %token <tok> K_DLLS 495
 %token <tok> K_RELEASE 496
-%token <tok> K_RESERVED 497
-%token <tok> HEX_BINARY 498 HEX_INTEGER 499 WORD 500 DIGITS 501
+%token <tok> K_FIELDS 497
+%token <tok> K_RESERVED 498
+%token <tok> HEX_BINARY 499 HEX_INTEGER 500 WORD 501 DIGITS 502
 %token <tok> '\n' ' ' '!' '"' '#' '$' '%' '&' '\'' '(' ')' '*' '+' ',' '-' '.' '/' ':' ';' '<' '=' '>' '?' '@' '[' '\\' ']' '^' '{' '}'
 
 %type <stmt> line statement closing_line
@@ -326,6 +327,7 @@ static void kestroerror(KESTROLTYPE* location, ParseContext* ctx, const char* me
 %type <opt> in_clause codepage_option engine_option go_record table_option text_option bottom_option top_option
 %type <opt> gather_from_option gather_name_option gather_memvar_option scatter_to_option scatter_name_option
 %type <opt> scatter_memvar_option scan_option seek_option order_option copy_option do_option filter_option
+%type <list> copy_field_list
 %type <opt> index_option locate_option append_option foreach_item use_option unlock_option set_text_option
 %type <opd> expression or_level and_level not_level relation_level additive_level multiplicative_level
 %type <opd> power_level operand call literal integer_literal numeric_literal money_literal logical_literal
@@ -681,7 +683,18 @@ order_option:
   | K_ASCENDING { $$ = FLAG("ASCENDING", @1); } | K_DESCENDING { $$ = FLAG("DESCENDING", @1); }
   ;
 order_options: order_option { $$ = CMD(STMT_INVALID); PUSH($$, $1); } | order_options ws order_option { $$ = $1; PUSH($$, $3); } ;
-copy_option: K_WITH ws K_CDX { $$ = FLAG("CDX", @3); } ;
+copy_option:
+    K_WITH ws K_CDX { $$ = FLAG("CDX", @3); }
+  | K_FIELDS ws copy_field_list { $$ = new Option("FIELDS", $3); $$->location = @3; }
+  | K_FOR ws expression { $$ = grammar_text_option(ctx, "FOR", $3, @3); }
+  | K_WHILE ws expression { $$ = grammar_text_option(ctx, "WHILE", $3, @3); }
+  | K_ALL { $$ = FLAG("ALL", @1); } | K_REST { $$ = FLAG("REST", @1); }
+  | K_NEXT ws expression { $$ = OPT("NEXT", $3, @3); } | K_RECORD ws expression { $$ = OPT("RECORD", $3, @3); }
+  ;
+copy_field_list:
+    name_expression                               { $$ = new OperandList(); $$->add($1); }
+  | copy_field_list ws ',' ws name_expression     { $$ = $1; $$->add($5); }
+  ;
 copy_options: copy_option { $$ = CMD(STMT_INVALID); PUSH($$, $1); } | copy_options ws copy_option { $$ = $1; PUSH($$, $3); } ;
 do_option: K_WITH ws argument_list { $$ = new Option("WITH", $3); $$->location = @3; } | in_clause ;
 do_options: do_option { $$ = CMD(STMT_INVALID); PUSH($$, $1); } | do_options ws do_option { $$ = $1; PUSH($$, $3); } ;
@@ -1289,5 +1302,6 @@ keyword:
   | K_ZAP
   | K_DLLS
   | K_RELEASE
+  | K_FIELDS
   | K_RESERVED
   ;

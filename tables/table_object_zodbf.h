@@ -71,6 +71,7 @@ public:
     int32_t codepage() const override;
     bool is_shared() const override { return table_->file->is_shared(); }
     bool is_temporary() const override { return table_->file->is_temporary(); }
+    bool is_read_only() const override { return !table_->file->is_writable(); }
     void update(VmStack* stack) override;
     void revert() override { table_->revert(); }
     void close() override;
@@ -94,7 +95,7 @@ public:
     // ---- structure changes (table_rewrite.cpp)
     void pack(VmStack* stack) override;
     void zap(VmStack* stack) override;
-    void copyto(VmStack* stack, const String& name, bool with_tags) override;
+    void copyto(VmStack* stack, const String& name, const copy_to_st& options) override;
     void alter(VmStack* stack, std::vector<fielddef_st> fields, const std::vector<int64_t>& sources) override;
 
     void begin_transaction() override;
@@ -120,6 +121,14 @@ private:
     void write_copy(VmStack* stack, const std::filesystem::path& target, bool with_tags,
                     const std::function<bool(char*)>& next_record);
     void rebuild_copied_tags(VmStack* stack, const std::filesystem::path& copy);
+    // Writes a new table of `fields` at `target`: a record for each that
+    // `next` stands on, each column filled from the field at the position
+    // `sources` gives (-1: blank), deleted marks kept. The caller removes
+    // it on failure.
+    void copy_columns(VmStack* stack, const std::filesystem::path& copy, const copy_to_st& options,
+                      const std::function<bool()>& next);
+    void write_columns(VmStack* stack, const std::filesystem::path& target, std::vector<fielddef_st> fields,
+                       const std::vector<int64_t>& sources, const std::function<bool()>& next);
     // The table replaced by a copy of the records `next_record` gives.
     void rewrite(VmStack* stack, const std::function<bool(char*)>& next_record);
     void release_journal_locks();

@@ -11,6 +11,7 @@
 #include <unistd.h>
 
 #include "base/call_trace.h"
+#include "frontend/scanner.h"
 #include "tables/index.h"
 #include "tables/table_errors.h"
 #include "tables/table_object_zodbf.h"
@@ -144,6 +145,26 @@ std::vector<internal_indexdef_st> tag_definitions(const DbfFile& table) {
     return definitions;
 }
 
+// True when a word of the expression, outside quotes, is one of `names`:
+// a tag that reads a field the copy leaves out.
+bool names_any(const String& expression, const std::vector<String>& names) {
+    token_vector tokens;
+    tokenize(expression, tokens);
+    uint32_t quote = 0;
+    for (const token_st& token : tokens) {
+        if (quote) {
+            if (token.type == quote) quote = 0;
+            continue;
+        }
+        if (token.type == '"' || token.type == '\'') quote = token.type;
+        if (token.type != TOKEN_WORD) continue;
+        String word = String::create_from_scan_string(token.value).upper();
+        for (const String& name : names)
+            if (word.u8str() == name.upper().u8str()) return true;
+    }
+    return false;
+}
+
 }  // namespace
 
 void Table_Object_ZoDbf::require_exclusive() const {
@@ -223,9 +244,10 @@ void Table_Object_ZoDbf::zap(VmStack* stack) {
     rewrite(stack, [](char*) { return false; });
 }
 
-// The records in range, in the order of the work area; the cursor ends
-// where it stood.
-void Table_Object_ZoDbf::copyto(VmStack* stack, const String& name, bool with_tags) {
+// The records of the scope, in the order of the work area. With FIELDS the
+// copy has those columns, and WITH CDX keeps the tags whose expressions name
+// none of the fields left out.
+void Table_Object_ZoDbf::copyto(VmStack* stack, const String& name, const copy_to_st& options) {
     ZO_TRACE();
     fs::path target(name.u8str());
     if (!target.has_extension()) target += ".dbf";
@@ -234,22 +256,85 @@ void Table_Object_ZoDbf::copyto(VmStack* stack, const String& name, bool with_ta
     leave_record(stack);
     uint64_t position = recno();
     fs::path copy = temporary_beside(target, "copy");
-    bool first = true;
-    write_copy(stack, copy, with_tags, [&](char* record) {
-        if (first) movefirst(stack);
-        else movenext(stack, 1);
-        first = false;
-        if (eof()) return false;
-        std::memcpy(record, table_->shown_record, table_->record_length);
-        return true;
-    });
     try {
+        ScopeWalk walk(stack, this, options.scope);
+        if (options.fields.empty()) {
+            write_copy(stack, copy, options.with_tags, [&](char* record) {
+                if (!walk.next()) return false;
+                std::memcpy(record, table_->shown_record, table_->record_length);
+                return true;
+            });
+        } else {
+            copy_columns(stack, copy, options, [&] { return walk.next(); });
+        }
         move_into_place(copy, target);
     } catch (const fs::filesystem_error&) {
         remove_with_companions(copy);
+        go_record(stack, position);
         throw RuntimeError(ERR_FILESYSTEM_GENERIC, String("rename"));
+    } catch (...) {
+        go_record(stack, position);
+        throw;
     }
     go_record(stack, position);
+}
+
+void Table_Object_ZoDbf::copy_columns(VmStack* stack, const fs::path& copy, const copy_to_st& options,
+                                      const std::function<bool()>& next) {
+    std::vector<int64_t> sources(options.sources.begin(), options.sources.end());
+    std::vector<internal_indexdef_st> definitions;
+    if (options.with_tags) {
+        std::vector<String> left_out;
+        for (uint64_t i = 0; i < cnt_fields(); ++i)
+            if (std::find(options.sources.begin(), options.sources.end(), i) == options.sources.end())
+                left_out.push_back(get_field_info(i).name);
+        for (const internal_indexdef_st& definition : tag_definitions(*table_))
+            if (!names_any(definition.key_expression, left_out) && !names_any(definition.filter_expression, left_out))
+                definitions.push_back(definition);
+    }
+    try {
+        write_columns(stack, copy, options.fields, sources, next);
+        if (definitions.empty()) return;
+        ObjectHolder<Table_Object> opened = use(stack, String(copy), false, false);
+        for (const internal_indexdef_st& definition : definitions) opened->create_index(stack, definition);
+        opened->close();
+    } catch (...) {
+        remove_with_companions(copy);
+        throw;
+    }
+}
+
+void Table_Object_ZoDbf::write_columns(VmStack* stack, const fs::path& copy, std::vector<fielddef_st> fields,
+                                       const std::vector<int64_t>& sources, const std::function<bool()>& next) {
+    table_operation(TABLE_CREATE, [&] { return String(copy); }, [&] {
+        table_->flush();
+        createopts_st options;
+        options.codepage = codepage();
+        if (table_->fpt) options.memo_block_size = static_cast<uint32_t>(table_->fpt->block_size);
+        std::unique_ptr<File> file(create_file(String(copy), 0));
+        std::unique_ptr<DbfFile> target(DbfFile::create(file.get(), &options, fields.data(), fields.size()));
+        file.release();
+        while (next()) {
+            target->begin_append();
+            for (size_t i = 0; i < sources.size(); ++i) {
+                if (sources[i] < 0) continue;
+                const DbfField* from = table_->visible_fields[static_cast<size_t>(sources[i])];
+                const DbfField* to = target->visible_fields[i];
+                // An autoincrement value is read-only to writes: its bytes move as they are.
+                if (to->autoincrement) {
+                    std::memcpy(target->shown_record + to->offset, table_->shown_record + from->offset,
+                                std::min(from->length, to->length));
+                    continue;
+                }
+                Variant value;
+                table_->get_variant(static_cast<uint64_t>(sources[i]), &value);
+                target->write_field(to, &value, target->shown_record);
+            }
+            if (table_->deleted()) target->shown_record[0] = '*';
+            target->update(stack);
+        }
+        target->close();
+    });
 }
 
 void Table_Object_ZoDbf::alter(VmStack* stack, std::vector<fielddef_st> fields, const std::vector<int64_t>& sources) {
@@ -260,35 +345,11 @@ void Table_Object_ZoDbf::alter(VmStack* stack, std::vector<fielddef_st> fields, 
     fs::path copy = temporary_beside(path, "alter");
     std::vector<internal_indexdef_st> definitions = tag_definitions(*table_);
     try {
-        table_operation(TABLE_CREATE, [&] { return String(copy); }, [&] {
-            table_->flush();
-            createopts_st options;
-            options.codepage = codepage();
-            if (table_->fpt) options.memo_block_size = static_cast<uint32_t>(table_->fpt->block_size);
-            std::unique_ptr<File> file(create_file(String(copy), 0));
-            std::unique_ptr<DbfFile> target(DbfFile::create(file.get(), &options, fields.data(), fields.size()));
-            file.release();
-            for (uint64_t number = 1; number <= table_->record_count; ++number) {
-                table_->go_to_in_file(number);
-                target->begin_append();
-                for (size_t i = 0; i < sources.size(); ++i) {
-                    if (sources[i] < 0) continue;
-                    const DbfField* from = table_->visible_fields[static_cast<size_t>(sources[i])];
-                    const DbfField* to = target->visible_fields[i];
-                    // An autoincrement value is read-only to writes: its bytes move as they are.
-                    if (to->autoincrement) {
-                        std::memcpy(target->shown_record + to->offset, table_->shown_record + from->offset,
-                                    std::min(from->length, to->length));
-                        continue;
-                    }
-                    Variant value;
-                    table_->get_variant(static_cast<uint64_t>(sources[i]), &value);
-                    target->write_field(to, &value, target->shown_record);
-                }
-                if (table_->deleted()) target->shown_record[0] = '*';
-                target->update(stack);
-            }
-            target->close();
+        uint64_t number = 0;
+        write_columns(stack, copy, fields, sources, [&] {
+            if (++number > table_->record_count) return false;
+            table_->go_to_in_file(number);
+            return true;
         });
         if (!definitions.empty()) {
             ObjectHolder<Table_Object> opened = use(stack, String(copy), false, false);
