@@ -1,7 +1,8 @@
-// PACK, ZAP and COPY TO: a table written anew. Every rewrite goes into new
-// files beside the target under a temporary name, memo and index files
-// included, and replaces the target by renaming only once it is complete:
-// a process killed at any moment leaves the old table or the new one, whole.
+// PACK, ZAP, COPY TO and ALTER TABLE: a table written anew. Every rewrite
+// goes into new files beside the target under a temporary name, memo and
+// index files included, and replaces the target only once it is complete
+// (tables/table_swap.h): a process killed at any moment leaves the old table
+// or the new one, whole.
 #include <algorithm>
 #include <cstring>
 #include <filesystem>
@@ -15,6 +16,7 @@
 #include "tables/index.h"
 #include "tables/table_errors.h"
 #include "tables/table_object_zodbf.h"
+#include "tables/table_swap.h"
 
 namespace zobase {
 
@@ -26,31 +28,12 @@ constexpr uint64_t HEADER_COUNT_OFFSET = 4;
 constexpr uint64_t HEADER_FLAGS_OFFSET = 28;
 constexpr char HEADER_FLAG_STRUCTURAL_CDX = 1;
 constexpr size_t WRITE_BATCH_BYTES = 1 << 20;
-const char* const COMPANION_EXTENSIONS[] = {"cdx", "fpt"};
 
 // A name beside `target` that no other process picks: the memo and index
 // files of the temporary table follow it by extension.
 fs::path temporary_beside(const fs::path& target, const char* purpose) {
     std::string stem = target.stem().string() + "~" + purpose + std::to_string(getpid());
     return target.parent_path() / (stem + ".dbf");
-}
-
-void remove_with_companions(const fs::path& table) {
-    std::error_code ignored;
-    fs::remove(table, ignored);
-    for (const char* extension : COMPANION_EXTENSIONS) fs::remove(fs::path(table).replace_extension(extension), ignored);
-}
-
-// Memo and index files first, the table last: the table is what USE opens,
-// and it names the other two by its own name.
-void move_into_place(const fs::path& from, const fs::path& to) {
-    for (const char* extension : COMPANION_EXTENSIONS) {
-        fs::path companion = fs::path(from).replace_extension(extension);
-        fs::path target = fs::path(to).replace_extension(extension);
-        if (fs::exists(companion)) fs::rename(companion, target);
-        else fs::remove(target);
-    }
-    fs::rename(from, to);
 }
 
 // Writes the records that `next_record` hands out, in its order, under the
@@ -195,7 +178,7 @@ void Table_Object_ZoDbf::write_copy(VmStack* stack, const fs::path& target, bool
         });
         if (tags) rebuild_copied_tags(stack, target);
     } catch (...) {
-        remove_with_companions(target);
+        remove_table_files(target);
         throw;
     }
 }
@@ -209,11 +192,9 @@ void Table_Object_ZoDbf::rewrite(VmStack* stack, const std::function<bool(char*)
     fs::path copy = temporary_beside(path, "new");
     write_copy(stack, copy, true, next_record);
     uint64_t order = current_index();
-    table_operation(TABLE_OTHER, no_detail, [&] { table_->close(); });
     try {
-        move_into_place(copy, path);
+        swap_table_into_place(copy, path, [&] { table_operation(TABLE_OTHER, no_detail, [&] { table_->close(); }); });
     } catch (const fs::filesystem_error&) {
-        remove_with_companions(copy);
         throw RuntimeError(ERR_FILESYSTEM_GENERIC, String("rename"));
     }
     String name(path);
@@ -267,9 +248,8 @@ void Table_Object_ZoDbf::copyto(VmStack* stack, const String& name, const copy_t
         } else {
             copy_columns(stack, copy, options, [&] { return walk.next(); });
         }
-        move_into_place(copy, target);
+        swap_table_into_place(copy, target);
     } catch (const fs::filesystem_error&) {
-        remove_with_companions(copy);
         go_record(stack, position);
         throw RuntimeError(ERR_FILESYSTEM_GENERIC, String("rename"));
     } catch (...) {
@@ -299,7 +279,7 @@ void Table_Object_ZoDbf::copy_columns(VmStack* stack, const fs::path& copy, cons
         for (const internal_indexdef_st& definition : definitions) opened->create_index(stack, definition);
         opened->close();
     } catch (...) {
-        remove_with_companions(copy);
+        remove_table_files(copy);
         throw;
     }
 }
@@ -363,14 +343,12 @@ void Table_Object_ZoDbf::alter(VmStack* stack, std::vector<fielddef_st> fields, 
             opened->close();
         }
     } catch (...) {
-        remove_with_companions(copy);
+        remove_table_files(copy);
         throw;
     }
-    close();
     try {
-        move_into_place(copy, path);
+        swap_table_into_place(copy, path, [this] { close(); });
     } catch (const fs::filesystem_error&) {
-        remove_with_companions(copy);
         throw RuntimeError(ERR_FILESYSTEM_GENERIC, String("rename"));
     }
 }
