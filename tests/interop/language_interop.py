@@ -87,12 +87,18 @@ def open_for_python(path):
     return read
 
 
-def language_writes(folder):
-    lines = ["CREATE TABLE written CODEPAGE = 1252 (%s)" % FIELDS]
+def filling(table):
+    """The program lines that create `table` and write RECORDS into it."""
+    lines = ["CREATE TABLE %s CODEPAGE = 1252 (%s)" % (table, FIELDS)]
     for record in RECORDS:
         lines.append("APPEND BLANK")
         for name, value in zip(NAMES, record):
             lines.append("REPLACE %s WITH %s" % (name, literal(value)))
+    return lines
+
+
+def language_writes(folder):
+    lines = filling("written")
     lines.append('? "records:", reccount()')
     output = run_zosh(folder, "\n".join(lines) + "\n")
     check(output[-1:] == ["records: %d" % len(RECORDS)], "the program wrote %r" % output)
@@ -110,11 +116,7 @@ def language_writes(folder):
 
 def language_copies(folder):
     """COPY TO with FIELDS and FOR: the chosen columns in their order, memo bodies included."""
-    lines = ["CREATE TABLE source CODEPAGE = 1252 (%s)" % FIELDS]
-    for record in RECORDS:
-        lines.append("APPEND BLANK")
-        for name, value in zip(NAMES, record):
-            lines.append("REPLACE %s WITH %s" % (name, literal(value)))
+    lines = filling("source")
     lines.append("COPY TO copied FIELDS notes, count, name FOR qty < 0")
     run_zosh(folder, "\n".join(lines) + "\n")
     read = open_for_python(os.path.join(folder, "copied.dbf"))
