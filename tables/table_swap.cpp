@@ -5,10 +5,13 @@
 #include <fcntl.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <fstream>
+#include <memory>
 #include <string>
 #include <system_error>
+
+#include "tables/file.h"
+#include "values/error.h"
 
 namespace zobase {
 
@@ -82,16 +85,31 @@ void swap_table_into_place(const fs::path& from, const fs::path& to, const std::
         throw;
     }
     sync_path(to.parent_path());
+    try {
+        move_files(from, to, companions);
+        sync_path(to.parent_path());
+        fs::remove(marker);
+    } catch (...) {
+        release();
+        throw;
+    }
     release();
-    move_files(from, to, companions);
-    sync_path(to.parent_path());
-    fs::remove(marker);
 }
 
+// A table held exclusively is being swapped by the process that holds it
+// (or is open and whole): its marker is not ours to act on.
 void finish_interrupted_swap(const fs::path& table) {
     fs::path marker = marker_of(table);
     std::error_code error;
     if (!fs::exists(marker, error)) return;
+    if (fs::exists(table, error)) {
+        try {
+            std::unique_ptr<File> probe(open_file(String(table), FILE_OPEN_READ | FILE_OPEN_WRITE));
+            probe->close();
+        } catch (const file_error&) {
+            return;  // held, or not ours to write: the open that follows says which
+        }
+    }
     std::ifstream in(marker);
     std::string name, companions;
     std::getline(in, name);

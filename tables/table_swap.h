@@ -12,10 +12,11 @@
 namespace zobase {
 
 // The table at `from` (with its .fpt and .cdx, when it has them) in place of
-// the table at `to`, whose own companions go; `release` (closing the old
-// table) runs once the marker is written, before the renames. A failure
-// raises std::filesystem::filesystem_error: before the marker is written the
-// new files are removed, afterwards they stay for the next open to finish.
+// the table at `to`, whose own companions go. The caller holds the old table
+// open exclusively until `release` (closing it) runs after the renames, so
+// no other process opens it half swapped. A failure raises
+// std::filesystem::filesystem_error: before the marker is written the new
+// files are removed, afterwards they stay for the next open to finish.
 void swap_table_into_place(const std::filesystem::path& from, const std::filesystem::path& to,
                            const std::function<void()>& release = [] {});
 
@@ -23,8 +24,9 @@ void swap_table_into_place(const std::filesystem::path& from, const std::filesys
 void remove_table_files(const std::filesystem::path& table);
 
 // What an interrupted swap_table_into_place left of a swap into `table`,
-// finished; nothing when there was none. Renames another process has
-// already made count as made, so two processes may finish the same swap.
+// finished; nothing when there was none, or while another open holds the
+// table exclusively (the swap is still running). Renames another process
+// has already made count as made, so two may finish the same swap.
 void finish_interrupted_swap(const std::filesystem::path& table);
 
 }  // namespace zobase

@@ -4,8 +4,10 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <memory>
 #include <string>
 
+#include "tables/file.h"
 #include "tables/table_swap.h"
 #include "tests/unit/tables/table_test_support.h"
 
@@ -60,6 +62,21 @@ TEST_F(TableSwap, AnOpenFinishesWhatACrashBetweenTheRenamesLeft) {
     // A second open, or another process finishing the same swap, changes nothing.
     finish_interrupted_swap(table());
     EXPECT_EQ(folder.read("t.dbf"), "new dbf");
+}
+
+TEST_F(TableSwap, ASwapStillRunningIsLeftToItsProcess) {
+    lay_out(true, true);
+    folder.write("t~swap", "t~new7.dbf\ncdx fpt \n");
+    // The swapping process holds the old table exclusively until it is done.
+    std::unique_ptr<File> held(open_file(String(table()), FILE_OPEN_READ | FILE_OPEN_WRITE));
+    finish_interrupted_swap(table());
+    EXPECT_EQ(folder.read("t.fpt"), "old t.fpt");
+    EXPECT_TRUE(fs::exists(folder.path / "t~swap"));
+    held->close();
+    held.reset();
+    finish_interrupted_swap(table());
+    EXPECT_EQ(folder.read("t.fpt"), "new fpt");
+    EXPECT_EQ(leftovers(), "");
 }
 
 TEST_F(TableSwap, AMarkerWhoseTableWasAlreadyInPlaceIsOnlyRemoved) {
