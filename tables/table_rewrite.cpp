@@ -148,6 +148,22 @@ bool names_any(const String& expression, const std::vector<String>& names) {
     return false;
 }
 
+// A tag whose key or filter reads one of `names`: a tag that a table
+// without those fields can't keep. A variable of the same name is no
+// stand-in for the field.
+bool reads_any(const internal_indexdef_st& definition, const std::vector<String>& names) {
+    return names_any(definition.key_expression, names) || names_any(definition.filter_expression, names);
+}
+
+// The names of the table's fields that no column takes its value from.
+std::vector<String> fields_left_out(const Table_Object& table, const std::vector<int64_t>& sources) {
+    std::vector<String> names;
+    for (uint64_t i = 0; i < table.cnt_fields(); ++i)
+        if (std::find(sources.begin(), sources.end(), static_cast<int64_t>(i)) == sources.end())
+            names.push_back(table.get_field_info(i).name);
+    return names;
+}
+
 }  // namespace
 
 void Table_Object_ZoDbf::require_exclusive() const {
@@ -264,13 +280,9 @@ void Table_Object_ZoDbf::copy_columns(VmStack* stack, const fs::path& copy, cons
     std::vector<int64_t> sources(options.sources.begin(), options.sources.end());
     std::vector<internal_indexdef_st> definitions;
     if (options.with_tags) {
-        std::vector<String> left_out;
-        for (uint64_t i = 0; i < cnt_fields(); ++i)
-            if (std::find(options.sources.begin(), options.sources.end(), i) == options.sources.end())
-                left_out.push_back(get_field_info(i).name);
+        std::vector<String> left_out = fields_left_out(*this, sources);
         for (const internal_indexdef_st& definition : tag_definitions(*table_))
-            if (!names_any(definition.key_expression, left_out) && !names_any(definition.filter_expression, left_out))
-                definitions.push_back(definition);
+            if (!reads_any(definition, left_out)) definitions.push_back(definition);
     }
     try {
         write_columns(stack, copy, options.fields, sources, next);
@@ -324,6 +336,9 @@ void Table_Object_ZoDbf::alter(VmStack* stack, std::vector<fielddef_st> fields, 
     fs::path path(filename().u8str());
     fs::path copy = temporary_beside(path, "alter");
     std::vector<internal_indexdef_st> definitions = tag_definitions(*table_);
+    std::vector<String> dropped = fields_left_out(*this, sources);
+    for (const internal_indexdef_st& definition : definitions)
+        if (reads_any(definition, dropped)) throw RuntimeError(ERR_TABLE_CHANGE_INVALID, definition.tag);
     try {
         uint64_t number = 0;
         write_columns(stack, copy, fields, sources, [&] {
