@@ -118,14 +118,19 @@ SET ORDER TO qty
 ? reccount(), TRANSFORM(qty)
 USE src
 
-* What is refused: a field the table lacks (12), a FOR that is not logical
-* (1127), a RECORD beyond the table; nothing is left behind, the cursor
-* stays.
+* What is refused: a field the table lacks (12), a field named twice
+* (1712), a FOR that is not logical (1127), a RECORD beyond the table, a
+* negative NEXT; nothing is left behind, the cursor stays.
 GO 4
 TRY
   COPY TO bad FIELDS code, nothing
 CATCH TO e
   ? e.errorno, e.message
+ENDTRY
+TRY
+  COPY TO bad FIELDS code, CODE
+CATCH TO e
+  ? e.errorno
 ENDTRY
 TRY
   COPY TO bad FOR qty
