@@ -127,10 +127,38 @@ void void_stackcall_copy_to(VmStack* stack, unsigned long long argc) {
     table->copyto(stack, string_argument(stack, 1), options);
 }
 
+namespace {
+
+// The memo and index files get the new name as second links first; renaming
+// the table is the one step that moves it, and the old links go last. A
+// crash at any point leaves the whole table under one of its names (and at
+// worst unused links under the other).
+void move_table(const fs::path& from, const fs::path& to) {
+    std::vector<fs::path> linked, links;
+    std::error_code failure;
+    for (const char* extension : {"fpt", "cdx"}) {
+        fs::path companion;
+        if (!exists_ci(fs::path(from).replace_extension(extension), &companion)) continue;
+        fs::path target = fs::path(to).replace_extension(extension);
+        fs::remove(target, failure);  // left by a table of that name that is gone
+        fs::create_hard_link(companion, target, failure);
+        if (failure) break;
+        linked.push_back(companion);
+        links.push_back(target);
+    }
+    if (!failure) fs::rename(from, to, failure);
+    if (failure) {
+        std::error_code ignored;
+        for (const fs::path& link : links) fs::remove(link, ignored);
+        throw RuntimeError(ERR_FILESYSTEM_GENERIC, String("rename"));
+    }
+    for (const fs::path& companion : linked) fs::remove(companion, failure);
+}
+
+}  // namespace
+
 // The table may not be open anywhere (an exclusive open proves it); its memo
-// and index files follow it under the new name. Memo and index files go
-// first, so a failure half way leaves the table under its old name with
-// what USE needs of it, or under the new one with all of it.
+// and index files follow it under the new name.
 void void_stackcall_rename_table(VmStack* stack, unsigned long long) {
     ZO_TRACE();
     fs::path from(string_argument(stack, 1).u8str());
@@ -145,23 +173,15 @@ void void_stackcall_rename_table(VmStack* stack, unsigned long long) {
         std::unique_ptr<File> file(open_file(name, FILE_OPEN_READ | FILE_OPEN_WRITE));
         file->close();
     });
-    std::error_code failure;
-    for (const char* extension : {"fpt", "cdx"}) {
-        fs::path companion;
-        if (!exists_ci(fs::path(found).replace_extension(extension), &companion)) continue;
-        fs::rename(companion, fs::path(to).replace_extension(extension), failure);
-        if (failure) throw RuntimeError(ERR_FILESYSTEM_GENERIC, String("rename"));
-    }
-    fs::rename(found, to, failure);
-    if (failure) throw RuntimeError(ERR_FILESYSTEM_GENERIC, String("rename"));
+    move_table(found, to);
 }
 
 namespace {
 
 // The table ALTER TABLE names: a work area of this session that holds it
-// must hold it exclusively (error 110) and writable (111), and is closed for the change and
-// opened again afterwards, whether the change succeeded or not; a table
-// open anywhere else refuses the exclusive open.
+// must hold it exclusively (error 110) and writable (111), and is closed
+// for the change and opened again afterwards, whether the change succeeded
+// or not; a table open anywhere else refuses the exclusive open.
 template <typename Change>
 void alter_table(VmStack* stack, const String& name, Change&& change) {
     refuse_in_transaction(stack, "ALTER TABLE");
