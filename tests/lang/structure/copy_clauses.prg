@@ -122,29 +122,16 @@ USE src
 * (1712), a FOR that is not logical (1127), a RECORD beyond the table, a
 * negative NEXT; nothing is left behind, the cursor stays.
 GO 4
+attempt("COPY TO bad FIELDS code, nothing")
+attempt("COPY TO bad FIELDS code, CODE")
+attempt("COPY TO bad FOR qty")
+attempt("COPY TO bad RECORD 99")
+attempt("COPY TO bad NEXT -1")
+? recno(), FILE("bad.dbf"), ADIR(a, "*~*")
+
+PROCEDURE attempt(line)
 TRY
-  COPY TO bad FIELDS code, nothing
+  &line
 CATCH TO e
   ? e.errorno, e.message
 ENDTRY
-TRY
-  COPY TO bad FIELDS code, CODE
-CATCH TO e
-  ? e.errorno
-ENDTRY
-TRY
-  COPY TO bad FOR qty
-CATCH TO e
-  ? e.errorno
-ENDTRY
-TRY
-  COPY TO bad RECORD 99
-CATCH TO e
-  ? e.errorno
-ENDTRY
-TRY
-  COPY TO bad NEXT -1
-CATCH TO e
-  ? e.errorno
-ENDTRY
-? recno(), FILE("bad.dbf"), ADIR(a, "*~*")

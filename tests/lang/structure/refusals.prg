@@ -9,26 +9,10 @@ GO 2
 DELETE
 BEGIN TRANSACTION
 REPLACE name WITH "inside"
-TRY
-  PACK
-CATCH TO e
-  ? e.errorno, e.message
-ENDTRY
-TRY
-  ZAP
-CATCH TO e
-  ? e.errorno, e.message
-ENDTRY
-TRY
-  ALTER TABLE t ADD COLUMN extra C(3)
-CATCH TO e
-  ? e.errorno, e.message
-ENDTRY
-TRY
-  ALTER TABLE t DROP COLUMN name
-CATCH TO e
-  ? e.errorno
-ENDTRY
+attempt("PACK")
+attempt("ZAP")
+attempt("ALTER TABLE t ADD COLUMN extra C(3)")
+attempt("ALTER TABLE t DROP COLUMN name")
 * The work area is still open, inside the transaction, and ROLLBACK puts
 * the record back.
 ? alias(), reccount(), AFIELDS(f), recno(), name
@@ -42,17 +26,16 @@ END TRANSACTION
 PACK
 ? reccount()
 USE t EXCLUSIVE NOUPDATE
+attempt("ALTER TABLE t ADD COLUMN extra C(3)")
+* Still read-only, still open where it was.
+? alias(), AFIELDS(f)
+attempt('REPLACE name WITH "x"')
+USE snapshot
+? reccount()
+
+PROCEDURE attempt(line)
 TRY
-  ALTER TABLE t ADD COLUMN extra C(3)
+  &line
 CATCH TO e
   ? e.errorno, e.message
 ENDTRY
-* Still read-only, still open where it was.
-? alias(), AFIELDS(f)
-TRY
-  REPLACE name WITH "x"
-CATCH TO e
-  ? e.errorno
-ENDTRY
-USE snapshot
-? reccount()
