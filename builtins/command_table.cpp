@@ -13,7 +13,7 @@ const library_command_row_st core_command_rows[] = {
     {"cd", "C", void_stackcall_cd},
     {"clear", "", command_not_available<"clear">},
     {"continue", "", void_stackcall_continue},
-    {"copy_to", "CI", void_stackcall_copy_to},  // structure changes,
+    {"copy_to", "CIC?C?.?.?|C+", void_stackcall_copy_to},  // structure changes,
     {"create_table", "ICI?C?I|.?+", void_stackcall_create_table},
     {"declare", "CCIC|C?C+", void_stackcall_declare},
     {"delete_all_tags", "", void_stackcall_delete_all_tags},  // indexes
@@ -60,6 +60,8 @@ const library_command_row_st core_command_rows[] = {
     {"set_filter_to", "C?.?", void_stackcall_set_filter_to},
     {"set_hours_to", "I", void_stackcall_set_hours_to},
     {"set_library_to", "I|C+", void_stackcall_set_library_to},
+    {"release_library", "C", void_stackcall_release_library},  // native extensions
+    {"clear_dlls", "|C+", void_stackcall_clear_dlls},         // native extensions
     {"set_order_to", "C?.?I", void_stackcall_set_order_to},
     {"set_path_to", "I|C+", void_stackcall_set_path_to},
     {"set_point_to", "C", void_stackcall_set_point_to},

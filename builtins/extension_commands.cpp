@@ -1,4 +1,5 @@
-// DECLARE, and the commands of extension libraries run by DO.
+// DECLARE, RELEASE LIBRARY, CLEAR DLLS, and the commands of extension
+// libraries run by DO.
 #include "builtins/arguments.h"
 #include "builtins/handlers.h"
 #include "builtins/native_extensions.h"
@@ -55,6 +56,17 @@ void void_stackcall_declare(VmStack* stack, unsigned long long argc) {
     stack->services->native_extensions().declare(stack, result, name, library,
                                                  is_null_argument(alias) ? String() : static_cast<String>(alias),
                                                  parameters);
+}
+
+void void_stackcall_release_library(VmStack* stack, unsigned long long) {
+    stack->services->native_extensions().release_library(stack, string_argument(stack, 1));
+}
+
+// Arguments: the names to drop; none drops every declared function.
+void void_stackcall_clear_dlls(VmStack* stack, unsigned long long argc) {
+    NativeExtensions& extensions = stack->services->native_extensions();
+    if (argc == 0) extensions.clear_declared();
+    for (unsigned long long i = 1; i <= argc; ++i) extensions.clear_declared(string_argument(stack, i));
 }
 
 bool run_extension_command(VmStack* stack, const String& name, unsigned long long argc) {

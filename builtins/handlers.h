@@ -100,6 +100,8 @@ void void_stackcall_set_procedure_to(VmStack* stack, unsigned long long argc);
 // (false when no listed library has a command of that name).
 void void_stackcall_set_library_to(VmStack* stack, unsigned long long argc);
 void void_stackcall_declare(VmStack* stack, unsigned long long argc);
+void void_stackcall_release_library(VmStack* stack, unsigned long long argc);
+void void_stackcall_clear_dlls(VmStack* stack, unsigned long long argc);
 bool run_extension_command(VmStack* stack, const String& name, unsigned long long argc);
 
 // System variables: the platform flags read, every other access is 1001.

@@ -3,6 +3,7 @@
 
 #include <dlfcn.h>
 
+#include <algorithm>
 #include <filesystem>
 
 #include "base/call_trace.h"
@@ -61,6 +62,7 @@ namespace {
 
 struct NativeExtensions::opened_library_st {
     String path;
+    void* handle;
     std::unique_ptr<Library> library;
     std::map<String, library_function_st, NameLess> late_bound;  // the functions as late-bound calls take them
 };
@@ -87,14 +89,20 @@ std::vector<String> NativeExtensions::libraries() const {
 
 // As written, along SET PATH, and as the dynamic loader finds a bare name
 // ("libc.so.6"), also with ".so" added.
-void* NativeExtensions::open_shared_object(VmStack* stack, const String& file) {
+void* NativeExtensions::find_shared_object(VmStack* stack, const String& file, int mode) const {
     String found;
     std::string path = stack->services->find_file(file, &found) ? found.u8str() : file.u8str();
-    void* handle = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
-    if (!handle && std::filesystem::path(path).extension() != ".so")
-        handle = dlopen((path + ".so").c_str(), RTLD_NOW | RTLD_LOCAL);
+    void* handle = dlopen(path.c_str(), mode);
+    if (!handle && std::filesystem::path(path).extension() != ".so") handle = dlopen((path + ".so").c_str(), mode);
+    return handle;
+}
+
+// The loader counts each open; one reference per library is kept.
+void* NativeExtensions::open_shared_object(VmStack* stack, const String& file) {
+    void* handle = find_shared_object(stack, file, RTLD_NOW | RTLD_LOCAL);
     if (!handle) throw RuntimeError(ERR_FILE_NOT_FOUND, file);
-    handles_.push_back(handle);
+    if (std::find(handles_.begin(), handles_.end(), handle) != handles_.end()) dlclose(handle);
+    else handles_.push_back(handle);
     return handle;
 }
 
@@ -112,6 +120,7 @@ void NativeExtensions::add_library(VmStack* stack, const String& file) {
     if (!description) raise_no_description(file);
     auto opened = std::make_unique<opened_library_st>();
     opened->path = path;
+    opened->handle = handle;
     opened->library = std::make_unique<Library>(runtime_, &stack->services->symbols());
     load_library_tables(opened->library.get(), description);
     for (const auto& [name, function] : opened->library->functions)
@@ -126,12 +135,35 @@ void NativeExtensions::declare(VmStack* stack, DeclareType result, const String&
     void* handle = open_shared_object(stack, file);
     void* entry = dlsym(handle, name.u8str().c_str());
     if (!entry) throw RuntimeError(ERR_FILE_NOT_FOUND, name);
-    declared_.insert_or_assign(alias.size() ? alias : name, make_declared_function(entry, result, parameters));
+    declared_.insert_or_assign(alias.size() ? alias : name,
+                               declared_st{make_declared_function(entry, result, parameters), handle});
+}
+
+// Asking the loader without loading: a library never opened is no library
+// of ours, whatever the file.
+void NativeExtensions::release_library(VmStack* stack, const String& file) {
+    ZO_TRACE();
+    void* handle = find_shared_object(stack, file, RTLD_NOW | RTLD_NOLOAD);
+    bool ours = handle && std::find(handles_.begin(), handles_.end(), handle) != handles_.end();
+    if (handle) dlclose(handle);  // the reference RTLD_NOLOAD took
+    if (!ours) throw RuntimeError(ERR_FILE_NOT_FOUND, file);
+    std::erase_if(declared_, [handle](const auto& entry) { return entry.second.handle == handle; });
+    std::erase_if(libraries_, [handle](const std::unique_ptr<opened_library_st>& opened) {
+        if (opened->handle != handle) return false;
+        unload_library_tables(opened->library.get());
+        return true;
+    });
+}
+
+void NativeExtensions::clear_declared() { declared_.clear(); }
+
+void NativeExtensions::clear_declared(const String& alias) {
+    if (!declared_.erase(alias)) throw RuntimeError(ERR_FILE_NOT_FOUND, alias);
 }
 
 const library_function_st* NativeExtensions::find_function(const String& name) const {
     auto declared = declared_.find(name);
-    if (declared != declared_.end()) return &declared_function_entry(*declared->second);
+    if (declared != declared_.end()) return &declared_function_entry(*declared->second.function);
     for (const auto& opened : libraries_) {
         auto found = opened->late_bound.find(name);
         if (found != opened->late_bound.end()) return &found->second;

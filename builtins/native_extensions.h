@@ -7,7 +7,8 @@
 // declared functions first; DO finds the libraries' commands.
 //
 // Opened shared objects stay loaded until the runtime ends: code may still
-// hold their handlers after SET LIBRARY TO has dropped them from the list.
+// hold their handlers after SET LIBRARY TO, RELEASE LIBRARY or CLEAR DLLS
+// has dropped them from the lists.
 #include <map>
 #include <memory>
 #include <vector>
@@ -76,6 +77,14 @@ public:
     void declare(VmStack* stack, DeclareType result, const String& name, const String& file, const String& alias,
                  const std::vector<declare_parameter_st>& parameters);
 
+    // RELEASE LIBRARY: drops the library from SET LIBRARY's list and the
+    // functions DECLAREd in it. A file not loaded is error 1.
+    void release_library(VmStack* stack, const String& file);
+    // CLEAR DLLS: drops every declared function, or those of the names
+    // given; a name not declared is error 1.
+    void clear_declared();
+    void clear_declared(const String& alias);
+
     // The declared function, else the listed libraries' function, by name
     // without regard to case; null when none has it.
     const library_function_st* find_function(const String& name) const;
@@ -84,9 +93,16 @@ public:
 private:
     struct opened_library_st;
     Runtime* runtime_;
-    std::vector<void*> handles_;  // every shared object opened, closed at the end
+    struct declared_st {
+        declared_function_ptr function;
+        void* handle;  // of the library it is in
+    };
+    std::vector<void*> handles_;  // every shared object opened, once each, closed at the end
     std::vector<std::unique_ptr<opened_library_st>> libraries_;  // SET LIBRARY's list, in order
-    std::map<String, declared_function_ptr, NameLess> declared_;
+    std::map<String, declared_st, NameLess> declared_;
+    // The handle of a library as a file name finds it, `mode` as dlopen
+    // takes it; null when there is none.
+    void* find_shared_object(VmStack* stack, const String& file, int mode) const;
     void* open_shared_object(VmStack* stack, const String& file);
 };
 

@@ -16,7 +16,7 @@ const command_options_row_st core_command_options[] = {
     {11, "cd", "path"},
     {12, "clear", ""},
     {13, "continue", ""},
-    {14, "copy_to", "filename,(cdx)"},
+    {14, "copy_to", "filename,(cdx,all,rest),for,while,next,record,fields+"},
     {18, "delete_all_tags", ""},
     {19, "delete_file", "filename"},
     {21, "delete_record", ""},
@@ -71,6 +71,9 @@ const command_options_row_st core_command_options[] = {
     {113, "use", "(online,admin,again,nodata,exclusive,shared,noupdate),filename,in,alias,engine"},
     {114, "wait", "(window,nowait,clear,noclear),message,timeout"},
     {116, "zap", ""},
+    // Native extensions
+    {118, "release_library", "filename"},
+    {119, "clear_dlls", "path+"},
     {0, nullptr, nullptr},
 };
 

@@ -254,9 +254,13 @@ int compile_stmt_declare(const statement_iterator&, statement_iterator& it, Comp
     count->value.set_integer(static_cast<long long>(statement->parameters.size()));
     arguments.own(count);
     arguments.add(statement->library.get());
-    auto* alias = new Const_Value();
-    alias->value.set_null();
-    arguments.own(alias);
+    if (statement->alias.size()) {
+        arguments.own(new Const_String(statement->alias));
+    } else {
+        auto* alias = new Const_Value();
+        alias->value.set_null();
+        arguments.own(alias);
+    }
     // Each parameter as its type name, "@" added when it is passed by reference.
     for (const declare_param_st& parameter : statement->parameters)
         arguments.own(new Const_String(parameter.by_reference ? String((parameter.type_name.u8str() + "@").c_str())

@@ -7,8 +7,8 @@
 %define api.prefix {kestro}
 %locations
 %param {zobase::ParseContext* ctx}
-%expect 2850
-%expect-rr 2317
+%expect 2891
+%expect-rr 2397
 
 %code requires {
 #include "frontend/syntax_tree.h"
@@ -311,8 +311,11 @@ static void kestroerror(KESTROLTYPE* location, ParseContext* ctx, const char* me
 %token <tok> K_WINDOW 492
 %token <tok> K_Y 493
 %token <tok> K_ZAP 494
-%token <tok> K_RESERVED 495
-%token <tok> HEX_BINARY 496 HEX_INTEGER 497 WORD 498 DIGITS 499
+%token <tok> K_DLLS 495
+%token <tok> K_RELEASE 496
+%token <tok> K_FIELDS 497
+%token <tok> K_RESERVED 498
+%token <tok> HEX_BINARY 499 HEX_INTEGER 500 WORD 501 DIGITS 502
 %token <tok> '\n' ' ' '!' '"' '#' '$' '%' '&' '\'' '(' ')' '*' '+' ',' '-' '.' '/' ':' ';' '<' '=' '>' '?' '@' '[' '\\' ']' '^' '{' '}'
 
 %type <stmt> line statement closing_line
@@ -324,6 +327,7 @@ static void kestroerror(KESTROLTYPE* location, ParseContext* ctx, const char* me
 %type <opt> in_clause codepage_option engine_option go_record table_option text_option bottom_option top_option
 %type <opt> gather_from_option gather_name_option gather_memvar_option scatter_to_option scatter_name_option
 %type <opt> scatter_memvar_option scan_option seek_option order_option copy_option do_option filter_option
+%type <list> copy_field_list
 %type <opt> index_option locate_option append_option foreach_item use_option unlock_option set_text_option
 %type <opd> expression or_level and_level not_level relation_level additive_level multiplicative_level
 %type <opd> power_level operand call literal integer_literal numeric_literal money_literal logical_literal
@@ -480,6 +484,9 @@ statement:
   | K_SELECT ws name_expression eol               { $$ = grammar_command_to(ctx, STMT_SELECT, "ALIAS", $3, @3); }
   | K_DECLARE ws opt_declare_type name ws K_IN ' ' file_expression declare_params eol
         { auto* d = $9; d->result_type = String($3); d->name = NAME_STR($4); d->library.reset($8); $$ = d; }
+  | K_DECLARE ws opt_declare_type name ws K_IN ' ' file_expression ws K_AS ws name declare_params eol
+        { auto* d = $13; d->result_type = String($3); d->name = NAME_STR($4); d->library.reset($8);
+          d->alias = NAME_STR($12); $$ = d; }
   | K_SKIP eol                                    { $$ = CMD(STMT_SKIP); }
   | K_SKIP ws skip_arguments eol                  { $$ = $3; $$->type = STMT_SKIP; }
   | go_word ws top_options eol %dprec 2           { $$ = $3; $$->type = STMT_GO_TOP; }
@@ -523,6 +530,9 @@ statement:
   | K_SET ws K_LIBRARY ws K_TO ' ' file_list eol  { $$ = grammar_path_list(ctx, STMT_SET_LIBRARY_TO, $7, false, @7); }
   | K_SET ws K_LIBRARY ws K_TO ' ' file_list ws K_ADDITIVE eol { $$ = grammar_path_list(ctx, STMT_SET_LIBRARY_TO, $7, true, @7); }
   | K_SET ws K_LIBRARY ws K_TO eol                { $$ = CMD(STMT_SET_LIBRARY_TO); }
+  | K_RELEASE ws K_LIBRARY ' ' file_expression eol { $$ = grammar_command_to(ctx, STMT_RELEASE_LIBRARY, "FILENAME", $5, @5); }
+  | clear_word ws K_DLLS eol                      { $$ = CMD(STMT_CLEAR_DLLS); }
+  | clear_word ws K_DLLS ' ' file_list eol        { $$ = grammar_path_list(ctx, STMT_CLEAR_DLLS, $5, false, @5); }
   | K_SET ws K_PATH ws K_TO ' ' file_list eol     { $$ = grammar_path_list(ctx, STMT_SET_PATH_TO, $7, false, @7); }
   | K_SET ws K_PATH ws K_TO ' ' file_list ws K_ADDITIVE eol { $$ = grammar_path_list(ctx, STMT_SET_PATH_TO, $7, true, @7); }
   | K_SET ws K_PATH ws K_TO eol                   { $$ = CMD(STMT_SET_PATH_TO); }
@@ -673,7 +683,18 @@ order_option:
   | K_ASCENDING { $$ = FLAG("ASCENDING", @1); } | K_DESCENDING { $$ = FLAG("DESCENDING", @1); }
   ;
 order_options: order_option { $$ = CMD(STMT_INVALID); PUSH($$, $1); } | order_options ws order_option { $$ = $1; PUSH($$, $3); } ;
-copy_option: K_WITH ws K_CDX { $$ = FLAG("CDX", @3); } ;
+copy_option:
+    K_WITH ws K_CDX { $$ = FLAG("CDX", @3); }
+  | K_FIELDS ws copy_field_list { $$ = new Option("FIELDS", $3); $$->location = @3; }
+  | K_FOR ws expression { $$ = grammar_text_option(ctx, "FOR", $3, @3); }
+  | K_WHILE ws expression { $$ = grammar_text_option(ctx, "WHILE", $3, @3); }
+  | K_ALL { $$ = FLAG("ALL", @1); } | K_REST { $$ = FLAG("REST", @1); }
+  | K_NEXT ws expression { $$ = OPT("NEXT", $3, @3); } | K_RECORD ws expression { $$ = OPT("RECORD", $3, @3); }
+  ;
+copy_field_list:
+    name_expression                               { $$ = new OperandList(); $$->add($1); }
+  | copy_field_list ws ',' ws name_expression     { $$ = $1; $$->add($5); }
+  ;
 copy_options: copy_option { $$ = CMD(STMT_INVALID); PUSH($$, $1); } | copy_options ws copy_option { $$ = $1; PUSH($$, $3); } ;
 do_option: K_WITH ws argument_list { $$ = new Option("WITH", $3); $$->location = @3; } | in_clause ;
 do_options: do_option { $$ = CMD(STMT_INVALID); PUSH($$, $1); } | do_options ws do_option { $$ = $1; PUSH($$, $3); } ;
@@ -1279,5 +1300,8 @@ keyword:
   | K_WINDOW
   | K_Y
   | K_ZAP
+  | K_DLLS
+  | K_RELEASE
+  | K_FIELDS
   | K_RESERVED
   ;

@@ -245,6 +245,10 @@ const keyword_st keyword_table[KEYWORD_COUNT] = {
     {U"WINDOW", 0},
     {U"Y", 0},
     {U"ZAP", 0},
+    // Added after the first table, so that the earlier rows keep their tokens.
+    {U"DLLS", 0},
+    {U"RELEASE", 4},
+    {U"FIELDS", 4},
 };
 
 // A key is a span of text in its own charset; the table's names are UTF-32.

@@ -13,7 +13,7 @@ struct keyword_st {
     uint32_t abbreviation;  // shortest accepted prefix in characters, 0 for none
 };
 
-constexpr size_t KEYWORD_COUNT = 231;
+constexpr size_t KEYWORD_COUNT = 234;
 
 // The rows in table order; row i has the token ParserToken::keyword_first + i.
 const keyword_st* keyword_rows() noexcept;

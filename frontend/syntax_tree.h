@@ -133,6 +133,9 @@ enum StatementTypes : int32_t {
     STMT_ZAP = 116,
     // A line between TEXT and ENDTEXT; no command of its own.
     STMT_TEXT_LINE = 117,
+    // Native extensions: one library dropped, DECLAREd functions dropped.
+    STMT_RELEASE_LIBRARY = 118,
+    STMT_CLEAR_DLLS = 119,
 };
 
 enum OperandKinds : int32_t {
@@ -533,6 +536,7 @@ public:
     String result_type;
     String name;
     operand_ptr library;
+    String alias;  // what calls name it by; empty: its own name
     std::vector<declare_param_st> parameters;
     Stmt_Declare() : Statement(STMT_DECLARE) {}
 };

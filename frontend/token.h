@@ -32,11 +32,11 @@ enum class ParserToken : int {
     // Keyword tokens: keyword_first + the row of the keyword table
     // (keywords.h, same order as listed there), up to keyword_last.
     keyword_first = 264,
-    keyword_last = 495,
-    hex_binary = 496,
-    hex_integer = 497,
-    word = 498,
-    digits = 499,
+    keyword_last = 498,
+    hex_binary = 499,
+    hex_integer = 500,
+    word = 501,
+    digits = 502,
 };
 
 // The lexeme points into the source text, which must outlive the token.

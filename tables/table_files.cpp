@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <memory>
 #include <system_error>
+#include <vector>
 
 #include "tables/file.h"
 #include "tables/table_errors.h"
@@ -50,20 +51,34 @@ void drop_table_files(const String& name) {
     }
 }
 
+// The memo and index files get the new name as second links first; renaming
+// the table is the one step that moves it, and the old links go last. A
+// crash at any point leaves the whole table under one of its names (and at
+// worst unused links under the other).
 void rename_table_files(const String& from, const String& to) {
     fs::path found = existing_table_file(from);
     fs::path target = with_table_extension(to);
     if (fs::exists(target)) throw RuntimeError(ERR_FILE_EXISTS, String(target));
     prove_unused(found, false);
+    std::vector<fs::path> linked, links;
     std::error_code failure;
     for (const char* extension : {"fpt", "cdx"}) {
         fs::path companion;
         if (!exists_ci(fs::path(found).replace_extension(extension), &companion)) continue;
-        fs::rename(companion, fs::path(target).replace_extension(extension), failure);
-        if (failure) throw RuntimeError(ERR_FILESYSTEM_GENERIC, String("rename"));
+        fs::path link = fs::path(target).replace_extension(extension);
+        fs::remove(link, failure);  // left by a table of that name that is gone
+        fs::create_hard_link(companion, link, failure);
+        if (failure) break;
+        linked.push_back(companion);
+        links.push_back(link);
     }
-    fs::rename(found, target, failure);
-    if (failure) throw RuntimeError(ERR_FILESYSTEM_GENERIC, String("rename"));
+    if (!failure) fs::rename(found, target, failure);
+    if (failure) {
+        std::error_code ignored;
+        for (const fs::path& link : links) fs::remove(link, ignored);
+        throw RuntimeError(ERR_FILESYSTEM_GENERIC, String("rename"));
+    }
+    for (const fs::path& companion : linked) fs::remove(companion, failure);
 }
 
 }  // namespace zobase

@@ -200,6 +200,49 @@ void Table_Object::append_blank(VmStack* stack) {
     commit(stack);
 }
 
+// ---- scopes
+
+Table_Object::ScopeWalk::ScopeWalk(VmStack* stack, Table_Object* table, const record_scope_st& scope)
+    : stack_(stack), table_(table), scope_(scope) {
+    if (scope.for_condition.size()) for_ = table->compile(stack, scope.for_condition);
+    if (scope.while_condition.size()) while_ = table->compile(stack, scope.while_condition);
+}
+
+bool Table_Object::ScopeWalk::holds(const std::unique_ptr<Program>& condition) {
+    if (!condition) return true;
+    Variant value;
+    table_->evaluate(stack_, condition.get(), &value);
+    bool result = condition_holds(value, ERR_FOR_WHILE_NOT_LOGICAL);
+    value.release(stack_);
+    return result;
+}
+
+// ALL starts at the top, REST and NEXT on the current record (skipping on
+// when it is out of range), RECORD on its record whatever the range.
+bool Table_Object::ScopeWalk::next() {
+    if (done_) return false;
+    if (!started_) {
+        started_ = true;
+        if (scope_.kind == SCOPE_ALL) table_->movefirst(stack_);
+        else if (scope_.kind == SCOPE_RECORD) table_->go_record(stack_, scope_.count);
+        else if (!table_->eof() && !table_->record_in_range(stack_)) table_->movenext(stack_, 1);
+    } else if (scope_.kind != SCOPE_RECORD && !table_->eof()) {
+        table_->movenext(stack_, 1);
+    }
+    for (;;) {
+        bool ended = table_->eof() || (scope_.kind == SCOPE_NEXT && taken_ == scope_.count) ||
+                     (scope_.kind == SCOPE_RECORD && taken_ == 1);
+        if (ended || !holds(while_)) {
+            done_ = true;
+            return false;
+        }
+        ++taken_;
+        if (holds(for_)) return true;
+        if (scope_.kind == SCOPE_RECORD) continue;
+        table_->movenext(stack_, 1);
+    }
+}
+
 // ---- LOCATE
 
 void Table_Object::locate_for(VmStack* stack, const String& condition, bool rest) {

@@ -24,6 +24,26 @@
 
 namespace zobase {
 
+// The records a command takes: its scope, and its FOR and WHILE conditions
+// as source text (empty: none).
+enum RecordScopeKind : uint8_t { SCOPE_ALL, SCOPE_REST, SCOPE_NEXT, SCOPE_RECORD };
+struct record_scope_st {
+    RecordScopeKind kind = SCOPE_ALL;
+    uint64_t count = 0;  // NEXT's count of records, RECORD's record number
+    String for_condition;
+    String while_condition;
+};
+
+// COPY TO's clauses besides the file name.
+struct copy_to_st {
+    record_scope_st scope;
+    bool with_tags = false;
+    // FIELDS: the copy's columns, each filled from the field at the position
+    // `sources` gives. Empty: every field, the records copied as they are.
+    std::vector<fielddef_st> fields;
+    std::vector<uint64_t> sources;
+};
+
 class Charset;
 class VmStack;
 struct internal_indexdef_st;
@@ -126,6 +146,26 @@ public:
     // APPEND BLANK: a blank record at the end, committed as a write is.
     void append_blank(VmStack* stack);
 
+    // ---- walking a scope: each next() stands on the following record that
+    // the scope takes and FOR accepts, in the work area's order; false once
+    // the scope ends or WHILE fails (1127 for a condition not logical).
+    class ScopeWalk {
+    public:
+        ScopeWalk(VmStack* stack, Table_Object* table, const record_scope_st& scope);
+        bool next();
+
+    private:
+        bool holds(const std::unique_ptr<Program>& condition);
+        VmStack* stack_;
+        Table_Object* table_;
+        const record_scope_st& scope_;
+        std::unique_ptr<Program> for_;
+        std::unique_ptr<Program> while_;
+        bool started_ = false;
+        bool done_ = false;
+        uint64_t taken_ = 0;  // records of the scope passed so far, FOR or not
+    };
+
     // ---- LOCATE and CONTINUE
     bool found = false;
     void locate_for(VmStack* stack, const String& condition, bool rest);
@@ -203,6 +243,8 @@ public:
     virtual uint64_t file_size() = 0;
     virtual int64_t created_time() = 0;
     virtual int64_t modified_time() = 0;
+    // Opened NOUPDATE: nothing may be written.
+    virtual bool is_read_only() const = 0;
     virtual void update(VmStack* stack) = 0;
     virtual void revert() = 0;
     // Writes what is pending and closes the files; the object stays, closed.
@@ -249,11 +291,12 @@ public:
     bool seek(VmStack* stack, const char* key, uint64_t length, unsigned range, int direction, bool near);
 
     // ---- structure changes; PACK and ZAP need the table open exclusively
-    // (error 110). COPY TO writes the records in range, in the order of the
-    // work area, to a table that must not exist yet (error 7).
+    // (error 110). COPY TO writes the records of the scope, in the order of
+    // the work area, to a table that must not exist yet (error 7); the
+    // cursor ends where it stood.
     virtual void pack(VmStack* stack) = 0;
     virtual void zap(VmStack* stack) = 0;
-    virtual void copyto(VmStack* stack, const String& name, bool with_tags) = 0;
+    virtual void copyto(VmStack* stack, const String& name, const copy_to_st& options) = 0;
     // ALTER TABLE: the table rewritten with `fields`, each filled from the
     // old field whose position `sources` gives (-1: blank), and its tags
     // built anew (error 1531 naming a tag whose expression no longer

@@ -13,6 +13,7 @@
 #include "tables/table_errors.h"
 #include "tables/table_files.h"
 #include "tables/table_sessions.h"
+#include "tables/table_swap.h"
 #include "text/charset.h"
 #include "vm/runtime_services.h"
 #include "vm/vm_stack.h"
@@ -23,12 +24,13 @@ namespace fs = std::filesystem;
 
 namespace {
 
-// The table file and the memo and index files beside it.
-void remove_table_files(const fs::path& table) {
-    std::error_code ignored;
-    fs::remove(table, ignored);
-    fs::remove(fs::path(table).replace_extension("fpt"), ignored);
-    fs::remove(fs::path(table).replace_extension("cdx"), ignored);
+// A rewrite of the table that a crash cut short is finished before it opens.
+void finish_swap(const fs::path& table) {
+    try {
+        finish_interrupted_swap(table);
+    } catch (const fs::filesystem_error&) {
+        throw RuntimeError(ERR_FILESYSTEM_GENERIC, String("rename"));
+    }
 }
 
 std::unique_ptr<DbfFile> open_dbf(const String& path, uint32_t flags) {
@@ -58,7 +60,9 @@ ObjectHolder<Table_Object> Table_Object_ZoDbf::use(VmStack* stack, const String&
                                                    bool read_only) {
     ZO_TRACE();
     fs::path found;
+    finish_swap(with_table_extension(name));
     if (!exists_ci(with_table_extension(name), &found)) throw RuntimeError(ERR_FILE_NOT_FOUND, name);
+    if (found != with_table_extension(name)) finish_swap(found);
     std::error_code error;
     fs::path canonical = fs::canonical(found, error);
     if (error) throw RuntimeError(ERR_FILESYSTEM_GENERIC, String("canonical"));

@@ -77,6 +77,7 @@ public:
     uint64_t file_size() override;
     int64_t created_time() override { return table_->file->created_time(); }
     int64_t modified_time() override;
+    bool is_read_only() const override { return !table_->file->is_writable(); }
     void update(VmStack* stack) override;
     void revert() override { table_->revert(); }
     void close() override;
@@ -103,7 +104,7 @@ public:
     // ---- structure changes (table_rewrite.cpp)
     void pack(VmStack* stack) override;
     void zap(VmStack* stack) override;
-    void copyto(VmStack* stack, const String& name, bool with_tags) override;
+    void copyto(VmStack* stack, const String& name, const copy_to_st& options) override;
     void alter(VmStack* stack, std::vector<fielddef_st> fields, const std::vector<int64_t>& sources) override;
 
     void begin_transaction() override;
@@ -129,6 +130,14 @@ private:
     void write_copy(VmStack* stack, const std::filesystem::path& target, bool with_tags,
                     const std::function<bool(char*)>& next_record);
     void rebuild_copied_tags(VmStack* stack, const std::filesystem::path& copy);
+    // Writes a new table of `fields` at `target`: a record for each that
+    // `next` stands on, each column filled from the field at the position
+    // `sources` gives (-1: blank), deleted marks kept. The caller removes
+    // it on failure.
+    void copy_columns(VmStack* stack, const std::filesystem::path& copy, const copy_to_st& options,
+                      const std::function<bool()>& next);
+    void write_columns(VmStack* stack, const std::filesystem::path& target, std::vector<fielddef_st> fields,
+                       const std::vector<int64_t>& sources, const std::function<bool()>& next);
     // The table replaced by a copy of the records `next_record` gives.
     void rewrite(VmStack* stack, const std::function<bool(char*)>& next_record);
     void release_journal_locks();

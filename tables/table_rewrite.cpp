@@ -1,7 +1,8 @@
-// PACK, ZAP and COPY TO: a table written anew. Every rewrite goes into new
-// files beside the target under a temporary name, memo and index files
-// included, and replaces the target by renaming only once it is complete:
-// a process killed at any moment leaves the old table or the new one, whole.
+// PACK, ZAP, COPY TO and ALTER TABLE: a table written anew. Every rewrite
+// goes into new files beside the target under a temporary name, memo and
+// index files included, and replaces the target only once it is complete
+// (tables/table_swap.h): a process killed at any moment leaves the old table
+// or the new one, whole.
 #include <algorithm>
 #include <cstring>
 #include <filesystem>
@@ -11,9 +12,11 @@
 #include <unistd.h>
 
 #include "base/call_trace.h"
+#include "frontend/scanner.h"
 #include "tables/index.h"
 #include "tables/table_errors.h"
 #include "tables/table_object_zodbf.h"
+#include "tables/table_swap.h"
 
 namespace zobase {
 
@@ -25,31 +28,12 @@ constexpr uint64_t HEADER_COUNT_OFFSET = 4;
 constexpr uint64_t HEADER_FLAGS_OFFSET = 28;
 constexpr char HEADER_FLAG_STRUCTURAL_CDX = 1;
 constexpr size_t WRITE_BATCH_BYTES = 1 << 20;
-const char* const COMPANION_EXTENSIONS[] = {"cdx", "fpt"};
 
 // A name beside `target` that no other process picks: the memo and index
 // files of the temporary table follow it by extension.
 fs::path temporary_beside(const fs::path& target, const char* purpose) {
     std::string stem = target.stem().string() + "~" + purpose + std::to_string(getpid());
     return target.parent_path() / (stem + ".dbf");
-}
-
-void remove_with_companions(const fs::path& table) {
-    std::error_code ignored;
-    fs::remove(table, ignored);
-    for (const char* extension : COMPANION_EXTENSIONS) fs::remove(fs::path(table).replace_extension(extension), ignored);
-}
-
-// Memo and index files first, the table last: the table is what USE opens,
-// and it names the other two by its own name.
-void move_into_place(const fs::path& from, const fs::path& to) {
-    for (const char* extension : COMPANION_EXTENSIONS) {
-        fs::path companion = fs::path(from).replace_extension(extension);
-        fs::path target = fs::path(to).replace_extension(extension);
-        if (fs::exists(companion)) fs::rename(companion, target);
-        else fs::remove(target);
-    }
-    fs::rename(from, to);
 }
 
 // Writes the records that `next_record` hands out, in its order, under the
@@ -144,6 +128,42 @@ std::vector<internal_indexdef_st> tag_definitions(const DbfFile& table) {
     return definitions;
 }
 
+// True when a word of the expression, outside quotes, is one of `names`:
+// a tag that reads a field the copy leaves out.
+bool names_any(const String& expression, const std::vector<String>& names) {
+    token_vector tokens;
+    tokenize(expression, tokens);
+    uint32_t quote = 0;
+    for (const token_st& token : tokens) {
+        if (quote) {
+            if (token.type == quote) quote = 0;
+            continue;
+        }
+        if (token.type == '"' || token.type == '\'') quote = token.type;
+        if (token.type != TOKEN_WORD) continue;
+        String word = String::create_from_scan_string(token.value).upper();
+        for (const String& name : names)
+            if (word.u8str() == name.upper().u8str()) return true;
+    }
+    return false;
+}
+
+// A tag whose key or filter reads one of `names`: a tag that a table
+// without those fields can't keep. A variable of the same name is no
+// stand-in for the field.
+bool reads_any(const internal_indexdef_st& definition, const std::vector<String>& names) {
+    return names_any(definition.key_expression, names) || names_any(definition.filter_expression, names);
+}
+
+// The names of the table's fields that no column takes its value from.
+std::vector<String> fields_left_out(const Table_Object& table, const std::vector<int64_t>& sources) {
+    std::vector<String> names;
+    for (uint64_t i = 0; i < table.cnt_fields(); ++i)
+        if (std::find(sources.begin(), sources.end(), static_cast<int64_t>(i)) == sources.end())
+            names.push_back(table.get_field_info(i).name);
+    return names;
+}
+
 }  // namespace
 
 void Table_Object_ZoDbf::require_exclusive() const {
@@ -174,7 +194,7 @@ void Table_Object_ZoDbf::write_copy(VmStack* stack, const fs::path& target, bool
         });
         if (tags) rebuild_copied_tags(stack, target);
     } catch (...) {
-        remove_with_companions(target);
+        remove_table_files(target);
         throw;
     }
 }
@@ -188,11 +208,9 @@ void Table_Object_ZoDbf::rewrite(VmStack* stack, const std::function<bool(char*)
     fs::path copy = temporary_beside(path, "new");
     write_copy(stack, copy, true, next_record);
     uint64_t order = current_index();
-    table_operation(TABLE_OTHER, no_detail, [&] { table_->close(); });
     try {
-        move_into_place(copy, path);
+        swap_table_into_place(copy, path, [&] { table_operation(TABLE_OTHER, no_detail, [&] { table_->close(); }); });
     } catch (const fs::filesystem_error&) {
-        remove_with_companions(copy);
         throw RuntimeError(ERR_FILESYSTEM_GENERIC, String("rename"));
     }
     String name(path);
@@ -223,9 +241,10 @@ void Table_Object_ZoDbf::zap(VmStack* stack) {
     rewrite(stack, [](char*) { return false; });
 }
 
-// The records in range, in the order of the work area; the cursor ends
-// where it stood.
-void Table_Object_ZoDbf::copyto(VmStack* stack, const String& name, bool with_tags) {
+// The records of the scope, in the order of the work area. With FIELDS the
+// copy has those columns, and WITH CDX keeps the tags whose expressions name
+// none of the fields left out.
+void Table_Object_ZoDbf::copyto(VmStack* stack, const String& name, const copy_to_st& options) {
     ZO_TRACE();
     fs::path target(name.u8str());
     if (!target.has_extension()) target += ".dbf";
@@ -234,22 +253,86 @@ void Table_Object_ZoDbf::copyto(VmStack* stack, const String& name, bool with_ta
     leave_record(stack);
     uint64_t position = recno();
     fs::path copy = temporary_beside(target, "copy");
-    bool first = true;
-    write_copy(stack, copy, with_tags, [&](char* record) {
-        if (first) movefirst(stack);
-        else movenext(stack, 1);
-        first = false;
-        if (eof()) return false;
-        std::memcpy(record, table_->shown_record, table_->record_length);
-        return true;
-    });
     try {
-        move_into_place(copy, target);
+        ScopeWalk walk(stack, this, options.scope);
+        if (options.fields.empty()) {
+            write_copy(stack, copy, options.with_tags, [&](char* record) {
+                if (!walk.next()) return false;
+                std::memcpy(record, table_->shown_record, table_->record_length);
+                return true;
+            });
+        } else {
+            copy_columns(stack, copy, options, [&] { return walk.next(); });
+        }
+        swap_table_into_place(copy, target);
     } catch (const fs::filesystem_error&) {
-        remove_with_companions(copy);
+        go_record(stack, position);
         throw RuntimeError(ERR_FILESYSTEM_GENERIC, String("rename"));
+    } catch (...) {
+        go_record(stack, position);
+        throw;
     }
     go_record(stack, position);
+}
+
+void Table_Object_ZoDbf::copy_columns(VmStack* stack, const fs::path& copy, const copy_to_st& options,
+                                      const std::function<bool()>& next) {
+    std::vector<int64_t> sources(options.sources.begin(), options.sources.end());
+    std::vector<internal_indexdef_st> definitions;
+    if (options.with_tags) {
+        std::vector<String> left_out = fields_left_out(*this, sources);
+        for (const internal_indexdef_st& definition : tag_definitions(*table_))
+            if (!reads_any(definition, left_out)) definitions.push_back(definition);
+    }
+    try {
+        write_columns(stack, copy, options.fields, sources, next);
+        if (definitions.empty()) return;
+        ObjectHolder<Table_Object> opened = use(stack, String(copy), false, false);
+        for (const internal_indexdef_st& definition : definitions) opened->create_index(stack, definition);
+        opened->close();
+    } catch (...) {
+        remove_table_files(copy);
+        throw;
+    }
+}
+
+void Table_Object_ZoDbf::write_columns(VmStack* stack, const fs::path& copy, std::vector<fielddef_st> fields,
+                                       const std::vector<int64_t>& sources, const std::function<bool()>& next) {
+    table_operation(TABLE_CREATE, [&] { return String(copy); }, [&] {
+        table_->flush();
+        createopts_st options;
+        options.codepage = codepage();
+        if (table_->fpt) options.memo_block_size = static_cast<uint32_t>(table_->fpt->block_size);
+        std::unique_ptr<File> file(create_file(String(copy), 0));
+        std::unique_ptr<DbfFile> target(DbfFile::create(file.get(), &options, fields.data(), fields.size()));
+        file.release();
+        while (next()) {
+            target->begin_append();
+            for (size_t i = 0; i < sources.size(); ++i) {
+                if (sources[i] < 0) continue;
+                const DbfField* from = table_->visible_fields[static_cast<size_t>(sources[i])];
+                const DbfField* to = target->visible_fields[i];
+                // An autoincrement value is read-only to writes: its bytes move as they are.
+                if (to->autoincrement) {
+                    std::memcpy(target->shown_record + to->offset, table_->shown_record + from->offset,
+                                std::min(from->length, to->length));
+                    continue;
+                }
+                Variant value;
+                table_->get_variant(static_cast<uint64_t>(sources[i]), &value);
+                try {
+                    target->write_field(to, &value, target->shown_record);
+                } catch (...) {
+                    value.release(stack);
+                    throw;
+                }
+                value.release(stack);
+            }
+            if (table_->deleted()) target->shown_record[0] = '*';
+            target->update(stack);
+        }
+        target->close();
+    });
 }
 
 void Table_Object_ZoDbf::alter(VmStack* stack, std::vector<fielddef_st> fields, const std::vector<int64_t>& sources) {
@@ -259,36 +342,15 @@ void Table_Object_ZoDbf::alter(VmStack* stack, std::vector<fielddef_st> fields, 
     fs::path path(filename().u8str());
     fs::path copy = temporary_beside(path, "alter");
     std::vector<internal_indexdef_st> definitions = tag_definitions(*table_);
+    std::vector<String> dropped = fields_left_out(*this, sources);
+    for (const internal_indexdef_st& definition : definitions)
+        if (reads_any(definition, dropped)) throw RuntimeError(ERR_TABLE_CHANGE_INVALID, definition.tag);
     try {
-        table_operation(TABLE_CREATE, [&] { return String(copy); }, [&] {
-            table_->flush();
-            createopts_st options;
-            options.codepage = codepage();
-            if (table_->fpt) options.memo_block_size = static_cast<uint32_t>(table_->fpt->block_size);
-            std::unique_ptr<File> file(create_file(String(copy), 0));
-            std::unique_ptr<DbfFile> target(DbfFile::create(file.get(), &options, fields.data(), fields.size()));
-            file.release();
-            for (uint64_t number = 1; number <= table_->record_count; ++number) {
-                table_->go_to_in_file(number);
-                target->begin_append();
-                for (size_t i = 0; i < sources.size(); ++i) {
-                    if (sources[i] < 0) continue;
-                    const DbfField* from = table_->visible_fields[static_cast<size_t>(sources[i])];
-                    const DbfField* to = target->visible_fields[i];
-                    // An autoincrement value is read-only to writes: its bytes move as they are.
-                    if (to->autoincrement) {
-                        std::memcpy(target->shown_record + to->offset, table_->shown_record + from->offset,
-                                    std::min(from->length, to->length));
-                        continue;
-                    }
-                    Variant value;
-                    table_->get_variant(static_cast<uint64_t>(sources[i]), &value);
-                    target->write_field(to, &value, target->shown_record);
-                }
-                if (table_->deleted()) target->shown_record[0] = '*';
-                target->update(stack);
-            }
-            target->close();
+        uint64_t number = 0;
+        write_columns(stack, copy, fields, sources, [&] {
+            if (++number > table_->record_count) return false;
+            table_->go_to_in_file(number);
+            return true;
         });
         if (!definitions.empty()) {
             ObjectHolder<Table_Object> opened = use(stack, String(copy), false, false);
@@ -302,14 +364,12 @@ void Table_Object_ZoDbf::alter(VmStack* stack, std::vector<fielddef_st> fields, 
             opened->close();
         }
     } catch (...) {
-        remove_with_companions(copy);
+        remove_table_files(copy);
         throw;
     }
-    close();
     try {
-        move_into_place(copy, path);
+        swap_table_into_place(copy, path, [this] { close(); });
     } catch (const fs::filesystem_error&) {
-        remove_with_companions(copy);
         throw RuntimeError(ERR_FILESYSTEM_GENERIC, String("rename"));
     }
 }

@@ -78,12 +78,18 @@ def same(read, written):
     return read == written
 
 
-def language_writes(folder):
-    lines = ["CREATE TABLE written CODEPAGE = 1252 (%s)" % FIELDS]
+def filling(table):
+    """The program lines that create `table` and write RECORDS into it."""
+    lines = ["CREATE TABLE %s CODEPAGE = 1252 (%s)" % (table, FIELDS)]
     for record in RECORDS:
         lines.append("APPEND BLANK")
         for name, value in zip(NAMES, record):
             lines.append("REPLACE %s WITH %s" % (name, literal(value)))
+    return lines
+
+
+def language_writes(folder):
+    lines = filling("written")
     lines.append('? "records:", reccount()')
     output = run_zosh(folder, "\n".join(lines) + "\n")
     check(output[-1:] == ["records: %d" % len(RECORDS)], "the program wrote %r" % output)
@@ -95,6 +101,24 @@ def language_writes(folder):
             for name, value in zip(NAMES, written):
                 check(same(record[name], value),
                       "record %d %s: the program wrote %r, python3-dbf read %r" % (number, name, value, record[name]))
+    finally:
+        read.close()
+
+
+def language_copies(folder):
+    """COPY TO with FIELDS and FOR: the chosen columns in their order, memo bodies included."""
+    lines = filling("source")
+    lines.append("COPY TO copied FIELDS notes, count, name FOR qty < 0")
+    run_zosh(folder, "\n".join(lines) + "\n")
+    read = open_created_table(os.path.join(folder, "copied.dbf"))
+    try:
+        check([name.lower() for name in read.field_names] == ["notes", "count", "name"],
+              "copied fields %r" % read.field_names)
+        check(len(read) == 1, "python3-dbf reads %d copied records" % len(read))
+        written = RECORDS[1]
+        for name in ("notes", "count", "name"):
+            value = written[NAMES.index(name)]
+            check(same(read[0][name], value), "copied %s: %r, read %r" % (name, value, read[0][name]))
     finally:
         read.close()
 
@@ -140,6 +164,7 @@ def language_reads(folder):
 def main():
     with tempfile.TemporaryDirectory(prefix="zobase_language_interop_") as folder:
         language_writes(folder)
+        language_copies(folder)
         language_reads(folder)
     return finish()
 

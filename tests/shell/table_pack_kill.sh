@@ -1,7 +1,8 @@
 #!/bin/sh
-# PACK of a large table killed with SIGKILL while it writes the new table
-# and while it builds the new tags: the table opens afterwards either as it
-# was or packed, its memo bodies and its tag matching its records.
+# PACK of a large table killed with SIGKILL while it writes the new table,
+# while it builds the new tags, and (as the files show it) between renaming
+# the new files into place: the table opens afterwards either as it was or
+# packed, its memo bodies and its tag matching its records.
 . "$(dirname "$0")/common.inc"
 
 cat >setup.prg <<'PRG'
@@ -75,4 +76,14 @@ printf 'USE big\n? reccount()\n' >count.prg
 check "a finished PACK keeps 133334 records" '[ "$("$zosh" count.prg)" = "133334" ]'
 "$zosh" verify.prg >verify.txt 2>&1
 check "the finished PACK is whole" 'grep -qx "whole: true bad: 0" verify.txt'
+# A kill between the renames: the new memo and index files are in place, the
+# new table still under its temporary name beside the old one, the marker
+# naming it. The next open finishes the swap.
+cp big.dbf big~new1.dbf
+cp big.dbf.orig big.dbf
+printf 'big~new1.dbf\ncdx fpt \n' >big~swap
+"$zosh" verify.prg >verify.txt 2>&1
+cat verify.txt
+check "rename: the interrupted swap is finished on open" '[ "$("$zosh" count.prg)" = "133334" ] && grep -qx "whole: true bad: 0" verify.txt'
+check "rename: nothing temporary is left" '! ls big~* >/dev/null 2>&1'
 exit $failed

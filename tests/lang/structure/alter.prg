@@ -23,6 +23,8 @@ SEEK "nm3"
 ? found(), extra, deleted()
 GO 2
 ? deleted(), ISNULL(n), txt
+* A variable named like the column does not keep its tag alive.
+name = "shadow"
 TRY
   ALTER TABLE t DROP COLUMN name
 CATCH TO e
