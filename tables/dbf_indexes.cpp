@@ -409,11 +409,10 @@ bool DbfFile::seek(const char* key, uint64_t length, unsigned range, int directi
 
 // ---- keys that follow the records
 
-// Every expression runs before any tag changes: a failing key or a refused
-// unique key leaves all tags as they were.
+// Every expression runs, and every unique key is checked, before any tag
+// changes: a failing key or a refused unique key leaves all tags as they were.
 void DbfFile::update_keys(VmStack* stack) {
     if (tags.empty()) return;
-    index_cursor_st probe;
     for (const auto& tag : tags) {
         Index* t = tag.get();
         t->new_marked = t->eval_filter(stack) && (t->eval_key(stack, t->new_key), true);
@@ -431,13 +430,17 @@ void DbfFile::update_keys(VmStack* stack) {
         }
         if (t->new_marked && t->old_marked && std::memcmp(t->new_key, t->old_key, t->key_length()) == 0)
             t->new_marked = t->old_marked = false;
-        if (t->new_marked && t->unique() &&
-            t->internal_seek(t->new_key, t->key_length(), &probe) == SEEK_RESULT_FOUND)
-            throw dbf_unique_key_violation(t->name);
     }
-    // An append holds the locks already.
+    // An append holds the locks already. A unique key is looked for under
+    // the lock, so that another process cannot insert the same key between
+    // the look and the insert.
     std::optional<LockAllIndizes> locks;
     if (!cdx->locked) locks.emplace(this);
+    index_cursor_st probe;
+    for (const auto& tag : tags)
+        if (tag->new_marked && tag->unique() &&
+            tag->internal_seek(tag->new_key, tag->key_length(), &probe) == SEEK_RESULT_FOUND)
+            throw dbf_unique_key_violation(tag->name);
     for (const auto& tag : tags) {
         if (tag->old_marked && !tag->delete_key(tag->old_key, static_cast<uint32_t>(recno)))
             throw dbf_index_file_corrupted(tag->name);
