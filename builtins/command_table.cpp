@@ -61,6 +61,7 @@ const library_command_row_st core_command_rows[] = {
     {"set_hours_to", "I", void_stackcall_set_hours_to},
     {"set_library_to", "I|C+", void_stackcall_set_library_to},
     {"set_order_to", "C?.?I", void_stackcall_set_order_to},
+    {"set_key_to", ".?.?.?.?", void_stackcall_set_key_to},  // indexes
     {"set_path_to", "I|C+", void_stackcall_set_path_to},
     {"set_point_to", "C", void_stackcall_set_point_to},
     {"set_procedure_to", "I|C+", void_stackcall_set_procedure_to},

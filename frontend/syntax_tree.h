@@ -133,6 +133,7 @@ enum StatementTypes : int32_t {
     STMT_ZAP = 116,
     // A line between TEXT and ENDTEXT; no command of its own.
     STMT_TEXT_LINE = 117,
+    STMT_SET_KEY_TO = 118,
 };
 
 enum OperandKinds : int32_t {
