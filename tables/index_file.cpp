@@ -37,39 +37,39 @@ void IndexFile::write_header(uint64_t position, const char* bytes, uint64_t size
 IndexFile::cache_entry_st* IndexFile::find(uint32_t position) noexcept {
     if (cells_.empty()) return nullptr;
     for (size_t i = home(position);; i = (i + 1) & (cells_.size() - 1)) {
-        uint32_t cell = cells_[i];
-        if (cell == 0) return nullptr;
-        if (slots_[cell - 1].node.position == position) return &slots_[cell - 1];
+        const cell_st& cell = cells_[i];
+        if (cell.slot == 0) return nullptr;
+        if (cell.position == position) return &slots_[cell.slot - 1];
     }
 }
 
 void IndexFile::enter(uint32_t position, uint32_t slot) {
     size_t i = home(position);
-    while (cells_[i] != 0) i = (i + 1) & (cells_.size() - 1);
-    cells_[i] = slot + 1;
+    while (cells_[i].slot != 0) i = (i + 1) & (cells_.size() - 1);
+    cells_[i] = {position, slot + 1};
 }
 
 // Deletion by shifting back the cells of the probe run behind the hole.
 void IndexFile::remove(uint32_t position) {
     size_t mask = cells_.size() - 1;
     size_t i = home(position);
-    while (slots_[cells_[i] - 1].node.position != position) i = (i + 1) & mask;
-    for (size_t j = (i + 1) & mask; cells_[j] != 0; j = (j + 1) & mask) {
-        size_t h = home(slots_[cells_[j] - 1].node.position);
+    while (cells_[i].position != position) i = (i + 1) & mask;
+    for (size_t j = (i + 1) & mask; cells_[j].slot != 0; j = (j + 1) & mask) {
+        size_t h = home(cells_[j].position);
         // The cell at j may fill the hole at i unless its home lies in (i, j].
         if (i <= j ? (h <= i || h > j) : (h <= i && h > j)) {
             cells_[i] = cells_[j];
             i = j;
         }
     }
-    cells_[i] = 0;
+    cells_[i] = {0, 0};
 }
 
 IndexFile::cache_entry_st& IndexFile::claim(uint32_t position) {
     if (cells_.empty()) {
         size_t size = 16;
         while (size < cache_capacity * 2) size *= 2;
-        cells_.assign(size, 0);
+        cells_.assign(size, cell_st{0, 0});
         slots_.reserve(cache_capacity);
     }
     if (slots_.size() < cache_capacity && slots_.size() < slots_.capacity()) {
@@ -127,6 +127,14 @@ const node_entries_st& IndexFile::entries(uint32_t position, uint32_t key_length
         entry.expanded = true;
     }
     return entry.entries;
+}
+
+void IndexFile::take_entries(uint32_t position, uint32_t key_length, bool compact_tag, char pad,
+                             node_entries_st* out) {
+    cache_entry_st& entry = fetch(position, key_length, compact_tag);
+    if (!entry.expanded) decode_entries(entry.node, pad, &entry.entries);
+    std::swap(entry.entries, *out);
+    entry.expanded = false;
 }
 
 void IndexFile::write_node(const index_node_st& node, node_entries_st* entries) {
@@ -200,7 +208,7 @@ void IndexFile::empty_cache() {
     for (cache_entry_st& entry : slots_)
         if (entry.changed) write_out(entry);
     slots_.clear();
-    std::fill(cells_.begin(), cells_.end(), 0);
+    std::fill(cells_.begin(), cells_.end(), cell_st{0, 0});
     hand_ = 0;
 }
 

@@ -61,6 +61,10 @@ public:
     // A node's entries expanded, kept in the cache beside its bytes until
     // the node changes or leaves the cache; valid as long as `node` is.
     const node_entries_st& entries(uint32_t position, uint32_t key_length, bool compact_tag, char pad);
+    // The node's entries expanded, moved out of the cache into `out` for a
+    // change that write_node brings back: no copy, and the cache forgets
+    // them until then.
+    void take_entries(uint32_t position, uint32_t key_length, bool compact_tag, char pad, node_entries_st* out);
     // With `entries`, the node's keys expanded are taken into the cache
     // (the vector is left empty), sparing the next reader their expansion.
     void write_node(const index_node_st& node, node_entries_st* entries = nullptr);
@@ -93,14 +97,19 @@ private:
     // A slot for a node not cached yet, entered under its position.
     cache_entry_st& claim(uint32_t position);
     void write_out(const cache_entry_st& entry);
-    // The position table: open addressing, linear probes, each cell the
-    // slot's index plus one (0 is free), at most half full.
+    // The position table: open addressing, linear probes, at most half
+    // full. A cell keeps the position beside the slot's index plus one (0 is
+    // free), so that a probe reads no slot.
+    struct cell_st {
+        uint32_t position;
+        uint32_t slot;
+    };
     size_t home(uint32_t position) const noexcept { return ((position >> 9) * 0x9E3779B1u) & (cells_.size() - 1); }
     void enter(uint32_t position, uint32_t slot);
     void remove(uint32_t position);
 
     std::vector<cache_entry_st> slots_;  // up to cache_capacity, never moved once full
-    std::vector<uint32_t> cells_;
+    std::vector<cell_st> cells_;
     size_t hand_ = 0;
     std::map<uint64_t, std::string> pending_headers_;
 };

@@ -44,7 +44,12 @@ struct compact_layout_st {
     uint32_t max_duplicate = 0, max_trailing = 0, max_record = 0;
 };
 
-void lay_out(const node_entries_st& entries, char pad, compact_layout_st* layout) {
+// One layout per thread, reused, so that laying out a leaf allocates nothing
+// once its vectors have grown.
+compact_layout_st& lay_out(const node_entries_st& entries, char pad) {
+    static thread_local compact_layout_st reused;
+    compact_layout_st* layout = &reused;
+    *layout = compact_layout_st{std::move(layout->duplicate), std::move(layout->trailing)};
     uint32_t k = entries.key_length;
     size_t n = entries.size();
     layout->duplicate.resize(n);
@@ -59,6 +64,7 @@ void lay_out(const node_entries_st& entries, char pad, compact_layout_st* layout
         layout->max_trailing = std::max(layout->max_trailing, t);
         layout->max_record = std::max(layout->max_record, entries.records[i]);
     }
+    return *layout;
 }
 
 }  // namespace
@@ -262,8 +268,7 @@ bool encode_entries(index_node_st* node, char pad, const node_entries_st& entrie
         node->encode_header();
         return true;
     }
-    compact_layout_st layout;
-    lay_out(entries, pad, &layout);
+    const compact_layout_st& layout = lay_out(entries, pad);
     compact_geometry_st g = node->geometry;
     if (layout.max_record > g.record_mask || layout.max_duplicate > g.duplicate_mask ||
         layout.max_trailing > g.trailing_mask)
@@ -292,8 +297,7 @@ bool encode_entries(index_node_st* node, char pad, const node_entries_st& entrie
 size_t split_point(const index_node_st& node, char pad, const node_entries_st& entries) {
     size_t n = entries.size();
     if (!node.compact) return n / 2;
-    compact_layout_st layout;
-    lay_out(entries, pad, &layout);
+    const compact_layout_st& layout = lay_out(entries, pad);
     uint32_t used = 0;
     size_t i = 0;
     for (; i < n; ++i) {

@@ -199,7 +199,7 @@ Index::leaf_place_st Index::find_leaf_place(const char* key, uint32_t record) {
     check_version();
     leaf_place_st place;
     uint32_t position = descend(key, key_length(), &record, &place.path);
-    place.entries = file->entries(position, key_length(), compact(), pad);
+    file->take_entries(position, key_length(), compact(), pad, &place.entries);
     read_node(position, &place.leaf);
     place.index = place.entries.lower_bound(key, record);
     place.found = place.index < place.entries.size() &&
@@ -265,7 +265,8 @@ void Index::store_node(std::vector<waypoint_st>& path, index_node_st& node, node
     if (path.empty()) return;
     waypoint_st at = path.back();
     path.pop_back();
-    node_entries_st siblings = file->entries(at.position, key_length(), compact(), pad);
+    node_entries_st siblings;
+    file->take_entries(at.position, key_length(), compact(), pad, &siblings);
     index_node_st parent;
     read_node(at.position, &parent);
     if (at.index >= siblings.size() || siblings.children[at.index] != node.position)
