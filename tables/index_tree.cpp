@@ -213,7 +213,8 @@ void Index::insert_key(const char* key, uint32_t record) {
     if (place.found) throw dbf_index_file_corrupted(file->file->name);
     bool appended = place.index == place.entries.size() && place.leaf.right == NO_NODE;
     place.entries.insert(place.index, key, record, NO_NODE);
-    store_node(place.path, place.leaf, place.entries, appended);
+    bool encoded = place.leaf.compact && insert_compact_entry(&place.leaf, pad, place.entries, place.index);
+    store_node(place.path, place.leaf, place.entries, appended, encoded);
     changed();
 }
 
@@ -227,7 +228,7 @@ bool Index::delete_key(const char* key, uint32_t record) {
 }
 
 void Index::store_node(std::vector<waypoint_st>& path, index_node_st& node, node_entries_st& entries,
-                       bool appended) {
+                       bool appended, bool encoded) {
     node_entries_st up;  // what replaces the node's entry in its parent
     up.clear(key_length());
     if (entries.size() == 0 && node.root) {
@@ -244,7 +245,7 @@ void Index::store_node(std::vector<waypoint_st>& path, index_node_st& node, node
     }
     if (entries.size() == 0) {
         unlink_node(node);
-    } else if (encode_entries(&node, pad, entries)) {
+    } else if (encoded || encode_entries(&node, pad, entries)) {
         up.push(entries.key(entries.size() - 1), entries.records.back(), node.position);
         file->write_node(node, &entries);
     } else {
