@@ -353,6 +353,22 @@ void show_key_record(DbfFile* table) {
     }
 }
 
+// A walk in key order reads records all over the file: the record a few
+// keys ahead is asked into the processor's cache while this one is used.
+constexpr int64_t PREFETCH_DISTANCE = 6;
+
+void prefetch_ahead(DbfFile* table) {
+    if (table->file->is_shared()) return;
+    const index_cursor_st& cursor = *table->order_cursor;
+    int64_t ahead = table->order.descending ? cursor.index - PREFETCH_DISTANCE : cursor.index + PREFETCH_DISTANCE;
+    if (ahead < 0 || ahead >= static_cast<int64_t>(cursor.entries.size())) return;
+    uint64_t position = table->record_position(cursor.entries.records[static_cast<size_t>(ahead)]);
+    if (const char* record = table->file->view(position, table->record_length, false)) {
+        __builtin_prefetch(record);
+        __builtin_prefetch(record + table->record_length - 1);
+    }
+}
+
 }  // namespace
 
 void DbfFile::go_top_in_index() {
@@ -378,8 +394,10 @@ void DbfFile::go_next_in_index() {
     if (eof) return;
     bof = false;
     index_cursor_st* cursor = order_cursor.get();
-    if (order.descending ? order.index->go_prev(cursor) : order.index->go_next(cursor))
+    if (order.descending ? order.index->go_prev(cursor) : order.index->go_next(cursor)) {
+        prefetch_ahead(this);
         return show_key_record(this);
+    }
     show_end(this, false);
 }
 

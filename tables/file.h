@@ -79,8 +79,9 @@ public:
     // writes through this object put there shows at once); null when the
     // file offers no such view or the range lies beyond what it covers. Only
     // for a file no other process can cut short while this one holds it:
-    // reading a view past the end of the file is fatal.
-    virtual const char* view(uint64_t, uint64_t) { return nullptr; }
+    // reading a view past the end of the file is fatal. Without `may_map`
+    // only what is mapped already shows, at no cost beyond a comparison.
+    virtual const char* view(uint64_t, uint64_t, bool = true) { return nullptr; }
 
     bool is_shared() const noexcept { return (flags & FILE_OPEN_SHARED) != 0; }
     bool is_writable() const noexcept { return (flags & FILE_OPEN_WRITE) != 0; }

@@ -219,9 +219,9 @@ int64_t FilePosix::created_time() {
 // A mapping is made again only when the file has grown by an eighth (and
 // at least a megabyte), so that a growing file costs few new mappings; the
 // reads in between go to the caller's own path.
-const char* FilePosix::view(uint64_t position, uint64_t size) {
+const char* FilePosix::view(uint64_t position, uint64_t size, bool may_map) {
     if (position + size <= mapped_) return map_ + position;
-    if (fd_ < 0) return nullptr;
+    if (fd_ < 0 || !may_map) return nullptr;
     int64_t now = this->size();
     constexpr uint64_t MIN_GROWTH = 1 << 20;
     if (now <= 0 || position + size > static_cast<uint64_t>(now) ||

@@ -29,7 +29,7 @@ public:
     int64_t created_time() override;
     // A read-only shared mapping of the file, made again when the file has
     // grown by a good part since; dropped when the file is cut or closed.
-    const char* view(uint64_t position, uint64_t size) override;
+    const char* view(uint64_t position, uint64_t size, bool may_map = true) override;
 
 private:
     void unmap() noexcept;
