@@ -49,7 +49,11 @@ uint32_t Index::descend(const char* key, uint64_t length, const uint32_t* record
 void Index::load_leaf(uint32_t position, index_cursor_st* cursor) {
     const node_entries_st& entries = file->entries(position, key_length(), compact(), pad);
     const index_node_st& leaf = file->node(position, key_length(), compact());
-    cursor->entries = entries;
+    // A leaf's entries have no children: keys and records are all a cursor reads.
+    cursor->entries.key_length = entries.key_length;
+    cursor->entries.keys.assign(entries.keys.begin(), entries.keys.end());
+    cursor->entries.records.assign(entries.records.begin(), entries.records.end());
+    cursor->entries.children.clear();
     cursor->leaf = position;
     cursor->left = leaf.left;
     cursor->right = leaf.right;
