@@ -8,6 +8,7 @@
 // their space stays unused.
 #include <cstring>
 
+#include "tables/byte_order.h"
 #include "tables/index.h"
 #include "tables/index_file.h"
 #include "values/error.h"
@@ -268,13 +269,18 @@ void Index::store_node(std::vector<waypoint_st>& path, index_node_st& node, node
         }
     }
     if (path.empty()) return;
+    carry_up(path, node.position, up, appended);
+}
+
+void Index::carry_up(std::vector<waypoint_st>& path, uint32_t child, node_entries_st& up, bool appended) {
     waypoint_st at = path.back();
     path.pop_back();
-    node_entries_st siblings;
-    file->take_entries(at.position, key_length(), compact(), pad, &siblings);
     index_node_st parent;
     read_node(at.position, &parent);
-    if (at.index >= siblings.size() || siblings.children[at.index] != node.position)
+    if (up.size() == 1 && !parent.leaf) return replace_entry(path, parent, at.index, child, up);
+    node_entries_st siblings;
+    file->take_entries(at.position, key_length(), compact(), pad, &siblings);
+    if (at.index >= siblings.size() || siblings.children[at.index] != child)
         throw dbf_index_file_corrupted(file->file->name);
     if (up.size() == 1 && compare_entry(siblings.key(at.index), siblings.records[at.index], up.key(0), up.records[0],
                                         key_length()) == 0)
@@ -283,6 +289,22 @@ void Index::store_node(std::vector<waypoint_st>& path, index_node_st& node, node
     siblings.erase(at.index);
     for (size_t i = 0; i < up.size(); ++i) siblings.insert(at.index + i, up.key(i), up.records[i], up.children[i]);
     store_node(path, parent, siblings, appended);
+}
+
+// An interior entry takes the key and record of `up` in place, its child
+// unchanged; the level above hears of it only when it was the node's last.
+void Index::replace_entry(std::vector<waypoint_st>& path, index_node_st& parent, size_t i, uint32_t child,
+                          node_entries_st& up) {
+    const uint32_t k = key_length();
+    if (i >= parent.count || basic_child(parent, i) != child) throw dbf_index_file_corrupted(file->file->name);
+    char* entry = parent.bytes + BASIC_AREA_START + i * (k + 8);
+    if (compare_entry(entry, read_be32(entry + k), up.key(0), up.records[0], k) == 0) return;
+    std::memcpy(entry, up.key(0), k);
+    write_be32(entry + k, up.records[0]);
+    file->write_node(parent);
+    if (i + 1 < parent.count || path.empty()) return;
+    up.children[0] = parent.position;
+    carry_up(path, parent.position, up, false);
 }
 
 // The node keeps the first part; each further part gets a new node, linked
