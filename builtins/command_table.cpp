@@ -63,6 +63,7 @@ const library_command_row_st core_command_rows[] = {
     {"release_library", "C", void_stackcall_release_library},  // native extensions
     {"clear_dlls", "|C+", void_stackcall_clear_dlls},         // native extensions
     {"set_order_to", "C?.?I", void_stackcall_set_order_to},
+    {"set_key_to", ".?.?.?.?", void_stackcall_set_key_to},  // indexes
     {"set_path_to", "I|C+", void_stackcall_set_path_to},
     {"set_point_to", "C", void_stackcall_set_point_to},
     {"set_procedure_to", "I|C+", void_stackcall_set_procedure_to},

@@ -155,6 +155,7 @@ const library_function_row_st core_function_rows[] = {
     {"justfname", "C", stackcall_justfname, "C", 0},
     {"justpath", "C", stackcall_justpath, "C", 0},
     {"juststem", "C", stackcall_juststem, "C", 0},
+    {"key", "|...", stackcall_key, "C", 0},  // indexes
     {"left", "C?I?", stackcall_left, "C?", 0},
     {"leftc", "C?I?", stackcall_left, "C?", 0},
     {"len", "C?", stackcall_len, "I?", 0},
@@ -207,6 +208,7 @@ const library_function_row_st core_function_rows[] = {
     {"scale", "N", stackcall_scale, "I", 0},
     {"sec", "T?", stackcall_sec, "I", 0},
     {"seconds", "", stackcall_seconds, "I", 4},
+    {"seek", ".?|..", stackcall_seek, "L", 0},  // indexes
     {"select", "|.", stackcall_select, "I", 4},
     {"set", "C", stackcall_set, ".?", 0},
     {"setenv", "CC", stackcall_setenv, "L", 0},
@@ -237,6 +239,7 @@ const library_function_row_st core_function_rows[] = {
     {"sys", "I|.+", stackcall_sys, ".?", 0},
     {"system", "C|.@C", stackcall_system, "C", 0},
     {"tan", "N?", stackcall_tan, "N?", 0},
+    {"tag", "|...", stackcall_tag, "C", 0},  // indexes
     {"test_asserts_on", "", stackcall_test_asserts_on, "L", 0},
     {"tagno", "", stackcall_tagno, "I", 0},  // indexes
     {"time", "|N?", stackcall_time, "C", 0},

@@ -333,6 +333,10 @@ void void_stackcall_drop_columns(VmStack* stack, unsigned long long argc);
 // ---- indexes (builtins/index_commands.cpp)
 void void_stackcall_index(VmStack* stack, unsigned long long argc);
 void void_stackcall_set_order_to(VmStack* stack, unsigned long long argc);
+void void_stackcall_set_key_to(VmStack* stack, unsigned long long argc);
+void stackcall_seek(VmStack* stack, unsigned long long argc, Variant* result);
+void stackcall_tag(VmStack* stack, unsigned long long argc, Variant* result);
+void stackcall_key(VmStack* stack, unsigned long long argc, Variant* result);
 void void_stackcall_seek(VmStack* stack, unsigned long long argc);
 void void_stackcall_reindex(VmStack* stack, unsigned long long argc);
 void void_stackcall_delete_tag(VmStack* stack, unsigned long long argc);

@@ -1,6 +1,8 @@
-// The index family: INDEX ON, SET ORDER TO, SEEK, REINDEX, DELETE TAG, and
+// The index family: INDEX ON, SET ORDER TO, SET KEY TO, SEEK, REINDEX, DELETE TAG, and
 // the functions that tell of the order (order, tagno, descending, ataginfo).
+#include <cctype>
 #include <cstdlib>
+#include <filesystem>
 #include <cstring>
 
 #include "builtins/arguments.h"
@@ -65,6 +67,68 @@ bool tag_number(const String& text, uint64_t* number) {
     return true;
 }
 
+// The tag argument of seek(), tag() and key(): a number from 1, or a name.
+// 0 when it names no tag.
+uint64_t number_of(const Variant& value) {
+    integer_type_st number = 0;
+    value.cast(&number);
+    return number < 0 ? 0 : static_cast<uint64_t>(number);
+}
+
+uint64_t tag_of(Table_Object* table, const Variant& value) {
+    uint64_t number = 0;
+    if (value.tag != TAG_STRING) {
+        number = number_of(value);
+        return number <= table->cnt_indizes() ? number : 0;
+    }
+    if (tag_number(value.str(), &number)) return number <= table->cnt_indizes() ? number : 0;
+    std::string wanted = value.str().u8str();
+    for (char& c : wanted) c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
+    table_index_info_st info;
+    for (uint64_t n = 1; table->get_index_info(n, &info); ++n)
+        if (info.name.u8str() == wanted) return n;
+    return 0;
+}
+
+// Whether an index file name is the table's structural one: the table's
+// own name with any extension, letter case aside.
+bool names_structural_index(Table_Object* table, const String& file) {
+    auto stem = [](const std::string& path) {
+        std::string text = std::filesystem::path(path).stem().string();
+        for (char& c : text) c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
+        return text;
+    };
+    return stem(file.u8str()) == stem(table->filename().u8str());
+}
+
+// The order by a tag's name or number; null or 0 is file order.
+void select_tag(VmStack* stack, Table_Object* table, const Variant& tag, int direction) {
+    uint64_t number = 0;
+    if (is_null_argument(tag)) table->select_index(stack, 0, 0);
+    else if (tag.tag != TAG_STRING) table->select_index(stack, number_of(tag), direction);
+    else if (tag_number(tag.str(), &number)) table->select_index(stack, number, direction);
+    else table->select_index_tag(stack, tag.str(), direction);
+}
+
+// SEEK's key option from SET EXACT when the command names none.
+int default_key_option(VmStack* stack) { return stack->sessions->settings().exact ? KEY_WHOLE : KEY_PREFIX; }
+
+// The order to put back after a look in another tag: its number and direction.
+struct saved_order_st {
+    uint64_t number;
+    int direction;
+    Table_Object::scopes_st scopes;
+};
+
+saved_order_st save_order(Table_Object* table) {
+    return {table->current_index(), table->descending() ? SEEK_BACKWARD : SEEK_FORWARD, table->scopes()};
+}
+
+void restore_order(VmStack* stack, Table_Object* table, const saved_order_st& saved) {
+    table->select_index(stack, saved.number, saved.direction);
+    table->restore_scopes(saved.scopes);
+}
+
 void put_text(VmStack* stack, Array* array, uint64_t row, uint64_t column, const String& text) {
     Variant* element = array->write(stack, row, column);
     element->release(stack);
@@ -92,12 +156,8 @@ void void_stackcall_set_order_to(VmStack* stack, unsigned long long) {
     long long flags = flags_of(stack, 3);
     if ((flags & ORDER_FLAG_ASCENDING) && (flags & ORDER_FLAG_DESCENDING)) throw RuntimeError(ERR_ARGUMENT_INVALID);
     Table_Object* table = work_area_table(stack, argument(stack, 2), true);
-    const Variant& tag = argument(stack, 1);
     int direction = flags & ORDER_FLAG_DESCENDING ? SEEK_BACKWARD : flags & ORDER_FLAG_ASCENDING ? SEEK_FORWARD : 0;
-    uint64_t number = 0;
-    if (is_null_argument(tag)) table->select_index(stack, 0, 0);
-    else if (tag_number(tag.str(), &number)) table->select_index(stack, number, direction);
-    else table->select_index_tag(stack, tag.str(), direction);
+    select_tag(stack, table, argument(stack, 1), direction);
 }
 
 void void_stackcall_seek(VmStack* stack, unsigned long long) {
@@ -105,10 +165,7 @@ void void_stackcall_seek(VmStack* stack, unsigned long long) {
     if ((flags & SEEK_FLAG_ASCENDING) && (flags & SEEK_FLAG_DESCENDING)) throw RuntimeError(ERR_ARGUMENT_INVALID);
     if ((flags & SEEK_FLAG_PREFIX) && (flags & SEEK_FLAG_EXACT)) throw RuntimeError(ERR_ARGUMENT_INVALID);
     const session_settings_st& settings = stack->sessions->settings();
-    int key_option = flags & SEEK_FLAG_PREFIX ? KEY_PREFIX
-                     : flags & SEEK_FLAG_EXACT ? KEY_WHOLE
-                     : settings.exact          ? KEY_WHOLE
-                                               : KEY_PREFIX;
+    int key_option = flags & SEEK_FLAG_PREFIX ? KEY_PREFIX : flags & SEEK_FLAG_EXACT ? KEY_WHOLE : default_key_option(stack);
     unsigned range = SEEK_RANGE_INCLUSIVE;
     if (flags & SEEK_FLAG_AFTER) range = flags & SEEK_FLAG_SAME ? 3 : SEEK_RANGE_STRICT;
     const Variant& near_value = argument(stack, 5);
@@ -118,6 +175,30 @@ void void_stackcall_seek(VmStack* stack, unsigned long long) {
     const Variant& record = argument(stack, 4);
     if (!is_null_argument(record)) table->go_record(stack, static_cast<uint64_t>(record.integer));
     table->seek(stack, argument(stack, 2).follow(), key_option, range, direction, near);
+}
+
+// SET KEY TO: the scope of the order. One value bounds both ends, RANGE
+// low, high each end on its own; the keys are made as SEEK makes them. The
+// cursor goes to the first record of the new scope. Without a value the
+// scope ends and the cursor stays.
+void void_stackcall_set_key_to(VmStack* stack, unsigned long long) {
+    Table_Object* table = work_area_table(stack, argument(stack, 4), true);
+    bool full_length = stack->sessions->settings().exact;
+    const Variant& both = argument(stack, 1);
+    const Variant* bounds[2] = {is_null_argument(both) ? &argument(stack, 2) : &both,
+                                is_null_argument(both) ? &argument(stack, 3) : &both};
+    char keys[2][MAX_KEY_LENGTH];
+    uint64_t lengths[2] = {0, 0};
+    for (int i = 0; i < 2; ++i)
+        if (!is_null_argument(*bounds[i]))
+            lengths[i] = table->create_index_key(stack, bounds[i]->follow(), full_length, keys[i]);
+    table->leave_record(stack);
+    table->clear_scope();
+    if (is_null_argument(*bounds[0]) && is_null_argument(*bounds[1])) return;
+    const int ends[2] = {SEEK_FORWARD, SEEK_BACKWARD};
+    for (int i = 0; i < 2; ++i)
+        if (!is_null_argument(*bounds[i])) table->set_scope(ends[i], keys[i], lengths[i], SEEK_RANGE_INCLUSIVE);
+    table->movefirst(stack);
 }
 
 void void_stackcall_reindex(VmStack* stack, unsigned long long) { current_table(stack)->reindex(stack); }
@@ -165,6 +246,70 @@ void stackcall_ataginfo(VmStack* stack, unsigned long long, Variant* result) {
         put_text(stack, array, row, 5, String(info.descending ? "DESCENDING" : "ASCENDING"));
         put_text(stack, array, row, 6, info.collation);
     }
+}
+
+}  // namespace zobase
+
+namespace zobase {
+
+// seek(value [, area [, tag]]): SEEK as a function, true when found. With a
+// tag other than the order's the look goes through that tag and the order
+// (with its scope) comes back afterwards, standing on the record found.
+void stackcall_seek(VmStack* stack, unsigned long long argc, Variant* result) {
+    Table_Object* table = work_area_argument(stack, argc, 2, true);
+    const Variant* key = argument(stack, 1).follow();
+    bool near = stack->sessions->settings().near;
+    if (argc < 3 || is_null_argument(argument(stack, 3))) {
+        result->set_bool(table->seek(stack, key, default_key_option(stack), SEEK_RANGE_INCLUSIVE, 0, near));
+        return;
+    }
+    const Variant& tag = argument(stack, 3);
+    saved_order_st saved = save_order(table);
+    bool found;
+    try {
+        select_tag(stack, table, tag, 0);
+        found = table->seek(stack, key, default_key_option(stack), SEEK_RANGE_INCLUSIVE, 0, near);
+    } catch (...) {
+        restore_order(stack, table, saved);
+        throw;
+    }
+    restore_order(stack, table, saved);
+    table->found = found;
+    result->set_bool(found);
+}
+
+namespace {
+
+// The arguments of tag() and key(): [index file,] [number [, area]]. The
+// file, when given, must be the table's own structural one. Null when the
+// call names no tag of the table; the order's tag without a number.
+bool tag_info_argument(VmStack* stack, unsigned long long argc, table_index_info_st* info) {
+    unsigned long long i = 1;
+    String file;
+    if (argc >= 1 && argument(stack, 1).tag == TAG_STRING) {
+        file = argument(stack, 1).str();
+        i = 2;
+    }
+    Table_Object* table = work_area_argument(stack, argc, i + 1, false);
+    if (!table) return false;
+    if (file.size() && !names_structural_index(table, file)) return false;
+    uint64_t number = argc >= i && !is_null_argument(argument(stack, i)) ? tag_of(table, argument(stack, i))
+                                                                          : table->current_index();
+    return number && table->get_index_info(number, info);
+}
+
+}  // namespace
+
+// tag([file,] [number [, area]]): a tag's name, "" for none.
+void stackcall_tag(VmStack* stack, unsigned long long argc, Variant* result) {
+    table_index_info_st info;
+    result->set_string(tag_info_argument(stack, argc, &info) ? info.name : String(""));
+}
+
+// key([file,] [number [, area]]): a tag's key expression, "" for none.
+void stackcall_key(VmStack* stack, unsigned long long argc, Variant* result) {
+    table_index_info_st info;
+    result->set_string(tag_info_argument(stack, argc, &info) ? info.key_expression : String(""));
 }
 
 }  // namespace zobase

@@ -58,6 +58,7 @@ const command_options_row_st core_command_options[] = {
     {95, "set_hours_to", "to"},
     {96, "set_library_to", "(additive),path+"},
     {97, "set_order_to", "tag,in,(ascending,descending)"},
+    {120, "set_key_to", "to,low,high,in"},
     {98, "set_path_to", "(additive),path+"},
     {99, "set_point_to", "to"},
     {100, "set_procedure_to", "(additive),path+"},

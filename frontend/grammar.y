@@ -7,8 +7,8 @@
 %define api.prefix {kestro}
 %locations
 %param {zobase::ParseContext* ctx}
-%expect 2891
-%expect-rr 2397
+%expect 2894
+%expect-rr 2398
 
 %code requires {
 #include "frontend/syntax_tree.h"
@@ -321,7 +321,7 @@ static void kestroerror(KESTROLTYPE* location, ParseContext* ctx, const char* me
 %type <stmt> line statement closing_line
 %type <cmd> append_options go_target top_options bottom_options gather_from_options gather_name_options
 %type <cmd> gather_memvar_options scatter_to_options scatter_name_options scatter_memvar_options text_options
-%type <cmd> scan_options seek_options order_options copy_options do_options filter_options index_options
+%type <cmd> key_range scan_options seek_options order_options copy_options do_options filter_options index_options
 %type <cmd> locate_options foreach_items use_options unlock_options skip_arguments set_text_options
 %type <cmd> table_options opt_table_options
 %type <opt> in_clause codepage_option engine_option go_record table_option text_option bottom_option top_option
@@ -573,6 +573,13 @@ statement:
   | K_SET ws K_ORDER ws K_TO ws name_expression ws order_options eol
         { $$ = $9; $9->type = STMT_SET_ORDER_TO; PUSH($9, OPT("TAG", $7, @7)); }
   | K_SET ws K_ORDER ws K_TO ws order_options eol { $$ = $7; $$->type = STMT_SET_ORDER_TO; }
+  | K_SET ws K_KEY ws K_TO eol                    { $$ = CMD(STMT_SET_KEY_TO); }
+  | K_SET ws K_KEY ws K_TO ws expression eol %dprec 2 { $$ = grammar_command_to(ctx, STMT_SET_KEY_TO, "TO", $7, @7); }
+  | K_SET ws K_KEY ws K_TO ws expression ws in_clause eol %dprec 2
+        { BasicCommand* c = grammar_command_to(ctx, STMT_SET_KEY_TO, "TO", $7, @7); PUSH(c, $9); $$ = c; }
+  | K_SET ws K_KEY ws K_TO ' ' WORD ws key_range eol %dprec 1 { $$ = grammar_key_range(ctx, $7, @7, $9); }
+  | K_SET ws K_KEY ws K_TO ' ' WORD ws key_range ws in_clause eol %dprec 1
+        { BasicCommand* c = grammar_key_range(ctx, $7, @7, $9); PUSH(c, $11); $$ = c; }
   | seek_word ws expression eol %dprec 2          { $$ = grammar_command_to(ctx, STMT_SEEK, "EXPRESSION", $3, @3); }
   | seek_word ws expression ws seek_options eol %dprec 2 { $$ = $5; $5->type = STMT_SEEK; PUSH($5, OPT("EXPRESSION", $3, @3)); }
   | K_DISPLAY ws K_STRUCTURE eol                  { $$ = CMD(STMT_DISPLAY_STRUCTURE); }
@@ -678,6 +685,12 @@ seek_option:
   | K_PREFIX { $$ = FLAG("PREFIX", @1); }
   ;
 seek_options: seek_option { $$ = CMD(STMT_INVALID); PUSH($$, $1); } | seek_options ws seek_option { $$ = $1; PUSH($$, $3); } ;
+key_range:
+    expression                                   { $$ = CMD(STMT_INVALID); PUSH($$, OPT("LOW", $1, @1)); }
+  | expression ws ',' ws expression              { $$ = CMD(STMT_INVALID); PUSH($$, OPT("LOW", $1, @1)); PUSH($$, OPT("HIGH", $5, @5)); }
+  | expression ws ','                            { $$ = CMD(STMT_INVALID); PUSH($$, OPT("LOW", $1, @1)); }
+  | ',' ws expression                            { $$ = CMD(STMT_INVALID); PUSH($$, OPT("HIGH", $3, @3)); }
+  ;
 order_option:
     K_TAG ws name_expression { $$ = OPT("TAG", $3, @3); }
   | K_ASCENDING { $$ = FLAG("ASCENDING", @1); } | K_DESCENDING { $$ = FLAG("DESCENDING", @1); }

@@ -1,6 +1,7 @@
 #include "frontend/parser.h"
 
 #include <algorithm>
+#include <cctype>
 #include <cstring>
 #include <memory>
 
@@ -164,6 +165,16 @@ BasicCommand* grammar_command_to(ParseContext* ctx, StatementTypes type, const c
     BasicCommand* command = new BasicCommand(type);
     grammar_push(ctx, command, grammar_option(key, value, location));
     return command;
+}
+
+// SET KEY TO RANGE low, high: the word must be RANGE.
+BasicCommand* grammar_key_range(ParseContext* ctx, const scan_string_st& word, const document_location_st& location,
+                                BasicCommand* bounds) {
+    std::string text = String::create_from_scan_string(word).u8str();
+    for (char& c : text) c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
+    if (text != "RANGE") grammar_report_error(ctx, location, "syntax error");
+    bounds->type = STMT_SET_KEY_TO;
+    return bounds;
 }
 
 BasicCommand* grammar_command_text(ParseContext* ctx, StatementTypes type, const char* key, TextPieces* text,

@@ -125,6 +125,8 @@ Option* grammar_text_option(ParseContext* ctx, const char* key, Operand* parsed,
 Operand* grammar_field_name(const scan_string_st& alias, const char* separator, const scan_string_st& field,
                             const document_location_st& location);
 void grammar_push(ParseContext* ctx, BasicCommand* command, Option* option);
+BasicCommand* grammar_key_range(ParseContext* ctx, const scan_string_st& word, const document_location_st& location,
+                                BasicCommand* bounds);
 BasicCommand* grammar_command_to(ParseContext* ctx, StatementTypes type, const char* key, Operand* value,
                                  const document_location_st& location);
 BasicCommand* grammar_command_text(ParseContext* ctx, StatementTypes type, const char* key, TextPieces* text,

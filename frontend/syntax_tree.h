@@ -136,6 +136,7 @@ enum StatementTypes : int32_t {
     // Native extensions: one library dropped, DECLAREd functions dropped.
     STMT_RELEASE_LIBRARY = 118,
     STMT_CLEAR_DLLS = 119,
+    STMT_SET_KEY_TO = 120,
 };
 
 enum OperandKinds : int32_t {

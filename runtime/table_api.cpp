@@ -384,14 +384,14 @@ bool SeekRawKey(VmStack* stack, void* table, const char* key, uint64_t length, S
 
 double GetIndexPos(void* table) { return object_of(table)->get_index_pos(); }
 
-void SetScope(VmStack*, void* table, const char*, uint64_t, SeekDir, SeekRng) {
-    object_of(table);
-    raise_not_available("SetScope");
+// One bound of the scope; the cursor stays where it is until the next move.
+void SetScope(VmStack*, void* table, const char* key, uint64_t length, SeekDir direction, SeekRng range) {
+    Table_Object* object = object_of(table);
+    if (!key || length == 0 || length > MAX_SCOPE_KEY || (direction != SEEK_FORWARD && direction != SEEK_BACKWARD))
+        throw RuntimeError(ERR_ARGUMENT_INVALID);
+    object->set_scope(direction, key, length, range);
 }
 
-void ClearScope(VmStack*, void* table) {
-    object_of(table);
-    raise_not_available("ClearScope");
-}
+void ClearScope(VmStack*, void* table) { object_of(table)->clear_scope(); }
 
 }  // namespace zobase

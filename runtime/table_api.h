@@ -173,7 +173,9 @@ ZO_API bool SeekRawKey(VmStack* stack, void* table, const char* key, uint64_t le
 // through the tree as if its nodes were evenly filled. Error 26 without an
 // order.
 ZO_API double GetIndexPos(void* table);
-// Not available yet (error 1001): scopes on the order.
+// Scopes on the order: SEEK_FORWARD sets the low bound, SEEK_BACKWARD the
+// high one, compared over the bound's own length; SEEK_RANGE_INCLUSIVE takes
+// the bound itself in. The moves keep to the scope; a new order clears it.
 ZO_API void SetScope(VmStack* stack, void* table, const char* key, uint64_t length, SeekDir direction,
                      SeekRng range);
 ZO_API void ClearScope(VmStack* stack, void* table);

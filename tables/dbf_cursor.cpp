@@ -33,7 +33,15 @@ bool DbfFile::go(uint64_t number, char* target, unsigned bits) {
             std::memcpy(target, pending_record(number), record_length);
             return true;
         }
-        got = file->readex(static_cast<std::streamoff>(record_position(number)), target, record_length);
+        // Nobody else writes a table held alone: its records are read in
+        // place, without a call to the system for each.
+        const char* in_place = file->is_shared() ? nullptr : file->view(record_position(number), record_length);
+        if (in_place) {
+            std::memcpy(target, in_place, record_length);
+            got = record_length;
+        } else {
+            got = file->readex(static_cast<std::streamoff>(record_position(number)), target, record_length);
+        }
         if (got == record_length) {
             // Another process has appended meanwhile.
             if (number > record_count) record_count = number;

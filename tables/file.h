@@ -75,6 +75,13 @@ public:
     // Whole seconds since 1970-01-01; 0 when unknown.
     virtual int64_t modified_time() = 0;
     virtual int64_t created_time() = 0;
+    // The bytes at a position read in place, as the file stands now (what
+    // writes through this object put there shows at once); null when the
+    // file offers no such view or the range lies beyond what it covers. Only
+    // for a file no other process can cut short while this one holds it:
+    // reading a view past the end of the file is fatal. Without `may_map`
+    // only what is mapped already shows, at no cost beyond a comparison.
+    virtual const char* view(uint64_t, uint64_t, bool = true) { return nullptr; }
 
     bool is_shared() const noexcept { return (flags & FILE_OPEN_SHARED) != 0; }
     bool is_writable() const noexcept { return (flags & FILE_OPEN_WRITE) != 0; }

@@ -2,6 +2,7 @@
 // exclusive byte-range locks held per open file description, and Windows
 // share modes emulated with a lock on a reserved byte.
 #include <fcntl.h>
+#include <sys/mman.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -197,6 +198,7 @@ int64_t FilePosix::size() {
 
 void FilePosix::truncate(uint64_t size) {
     if (!is_writable()) throw file_access_denied();
+    unmap();
     int result;
     do result = ::ftruncate(fd_, static_cast<off_t>(size));
     while (result < 0 && errno == EINTR);
@@ -214,7 +216,33 @@ int64_t FilePosix::created_time() {
     return (info.stx_mask & STATX_BTIME) ? info.stx_btime.tv_sec : 0;
 }
 
+// A mapping is made again only when the file has grown by an eighth (and
+// at least a megabyte), so that a growing file costs few new mappings; the
+// reads in between go to the caller's own path.
+const char* FilePosix::view(uint64_t position, uint64_t size, bool may_map) {
+    if (position + size <= mapped_) return map_ + position;
+    if (fd_ < 0 || !may_map) return nullptr;
+    int64_t now = this->size();
+    constexpr uint64_t MIN_GROWTH = 1 << 20;
+    if (now <= 0 || position + size > static_cast<uint64_t>(now) ||
+        static_cast<uint64_t>(now) < mapped_ + std::max<uint64_t>(MIN_GROWTH, mapped_ / 8))
+        return nullptr;
+    unmap();
+    void* map = ::mmap(nullptr, static_cast<size_t>(now), PROT_READ, MAP_SHARED, fd_, 0);
+    if (map == MAP_FAILED) return nullptr;
+    map_ = static_cast<char*>(map);
+    mapped_ = static_cast<uint64_t>(now);
+    return map_ + position;
+}
+
+void FilePosix::unmap() noexcept {
+    if (map_) ::munmap(map_, static_cast<size_t>(mapped_));
+    map_ = nullptr;
+    mapped_ = 0;
+}
+
 void FilePosix::close() {
+    unmap();
     if (fd_ < 0) return;
     ::close(fd_);
     fd_ = -1;

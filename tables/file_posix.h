@@ -27,8 +27,13 @@ public:
     void truncate(uint64_t size) override;
     int64_t modified_time() override;
     int64_t created_time() override;
+    // A read-only shared mapping of the file, made again when the file has
+    // grown by a good part since; dropped when the file is cut or closed.
+    const char* view(uint64_t position, uint64_t size, bool may_map = true) override;
 
 private:
+    void unmap() noexcept;
+
     FilePosix(const String& file_name, uint32_t open_flags, int descriptor,
               bool read_only_descriptor, bool delete_on_close);
 
@@ -38,6 +43,8 @@ private:
     // read locks, which still exclude every writer's lock.
     bool read_only_fd_;
     bool delete_on_close_;
+    char* map_ = nullptr;
+    uint64_t mapped_ = 0;
 };
 
 }  // namespace zobase

@@ -228,9 +228,14 @@ private:
     // `appended`: the change added an entry behind the last of the last
     // node of its level, as records appended in key order do. A split then
     // leaves the node full and starts the next with the new entry, so that
-    // such a tag gets full nodes rather than half-full ones.
+    // such a tag gets full nodes rather than half-full ones. `encoded`: the
+    // node's bytes hold the entries already.
     void store_node(std::vector<waypoint_st>& path, index_node_st& node, node_entries_st& entries,
-                    bool appended = false);
+                    bool appended = false, bool encoded = false);
+    // The parent at the end of `path` takes `up` for its entry of `child`.
+    void carry_up(std::vector<waypoint_st>& path, uint32_t child, node_entries_st& up, bool appended);
+    void replace_entry(std::vector<waypoint_st>& path, index_node_st& parent, size_t i, uint32_t child,
+                       node_entries_st& up);
     std::vector<index_node_st> split_entries(index_node_st& node, const node_entries_st& entries, bool appended,
                                              std::vector<node_entries_st>* parts);
     void unlink_node(const index_node_st& node);

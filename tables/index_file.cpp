@@ -1,6 +1,7 @@
 // The CDX file: headers, the node cache, allocation and the index lock.
 #include "tables/index_file.h"
 
+#include <algorithm>
 #include <cstring>
 
 #include "values/error.h"
@@ -33,24 +34,82 @@ void IndexFile::write_header(uint64_t position, const char* bytes, uint64_t size
     std::memcpy(pending.data(), bytes, size);
 }
 
+IndexFile::cache_entry_st* IndexFile::find(uint32_t position) noexcept {
+    if (cells_.empty()) return nullptr;
+    for (size_t i = home(position);; i = (i + 1) & (cells_.size() - 1)) {
+        const cell_st& cell = cells_[i];
+        if (cell.slot == 0) return nullptr;
+        if (cell.position == position) return &slots_[cell.slot - 1];
+    }
+}
+
+void IndexFile::enter(uint32_t position, uint32_t slot) {
+    size_t i = home(position);
+    while (cells_[i].slot != 0) i = (i + 1) & (cells_.size() - 1);
+    cells_[i] = {position, slot + 1};
+}
+
+// Deletion by shifting back the cells of the probe run behind the hole.
+void IndexFile::remove(uint32_t position) {
+    size_t mask = cells_.size() - 1;
+    size_t i = home(position);
+    while (cells_[i].position != position) i = (i + 1) & mask;
+    for (size_t j = (i + 1) & mask; cells_[j].slot != 0; j = (j + 1) & mask) {
+        size_t h = home(cells_[j].position);
+        // The cell at j may fill the hole at i unless its home lies in (i, j].
+        if (i <= j ? (h <= i || h > j) : (h <= i && h > j)) {
+            cells_[i] = cells_[j];
+            i = j;
+        }
+    }
+    cells_[i] = {0, 0};
+}
+
+IndexFile::cache_entry_st& IndexFile::claim(uint32_t position) {
+    if (cells_.empty()) {
+        size_t size = 16;
+        while (size < cache_capacity * 2) size *= 2;
+        cells_.assign(size, cell_st{0, 0});
+        slots_.reserve(cache_capacity);
+    }
+    if (slots_.size() < cache_capacity && slots_.size() < slots_.capacity()) {
+        slots_.emplace_back();
+        enter(position, static_cast<uint32_t>(slots_.size() - 1));
+        return slots_.back();
+    }
+    for (;; hand_ = (hand_ + 1) % slots_.size()) {
+        cache_entry_st& entry = slots_[hand_];
+        if (entry.used) {
+            entry.used = false;
+            continue;
+        }
+        if (entry.changed) write_out(entry);
+        remove(entry.node.position);
+        entry.node.position = position;
+        entry.changed = entry.expanded = false;
+        entry.used = true;
+        enter(position, static_cast<uint32_t>(hand_));
+        hand_ = (hand_ + 1) % slots_.size();
+        return entry;
+    }
+}
+
 IndexFile::cache_entry_st& IndexFile::fetch(uint32_t position, uint32_t key_length, bool compact_tag) {
-    auto found = by_position_.find(position);
-    if (found != by_position_.end()) {
-        cache_.splice(cache_.begin(), cache_, found->second);
-        return *found->second;
+    if (cache_entry_st* found = find(position)) {
+        found->used = true;
+        return *found;
     }
     if (position < INDEX_HEADER_SIZE || position % INDEX_NODE_SIZE != 0 || key_length == 0 ||
         key_length > MAX_KEY_LENGTH)
         throw dbf_index_file_corrupted(file->name);
-    cache_entry_st read;
-    read.node.position = position;
-    if (file->readex(static_cast<std::streamoff>(position), read.node.bytes, INDEX_NODE_SIZE) != INDEX_NODE_SIZE)
+    index_node_st read;
+    read.position = position;
+    if (file->readex(static_cast<std::streamoff>(position), read.bytes, INDEX_NODE_SIZE) != INDEX_NODE_SIZE)
         throw dbf_index_file_corrupted(file->name);
-    read.node.decode(key_length, compact_tag);
-    make_room();
-    cache_.push_front(std::move(read));
-    by_position_[position] = cache_.begin();
-    return cache_.front();
+    read.decode(key_length, compact_tag);
+    cache_entry_st& entry = claim(position);
+    entry.node = read;
+    return entry;
 }
 
 void IndexFile::read_node(uint32_t position, uint32_t key_length, bool compact_tag, index_node_st* out) {
@@ -70,31 +129,24 @@ const node_entries_st& IndexFile::entries(uint32_t position, uint32_t key_length
     return entry.entries;
 }
 
+void IndexFile::take_entries(uint32_t position, uint32_t key_length, bool compact_tag, char pad,
+                             node_entries_st* out) {
+    cache_entry_st& entry = fetch(position, key_length, compact_tag);
+    if (!entry.expanded) decode_entries(entry.node, pad, &entry.entries);
+    std::swap(entry.entries, *out);
+    entry.expanded = false;
+}
+
 void IndexFile::write_node(const index_node_st& node, node_entries_st* entries) {
-    auto found = by_position_.find(node.position);
-    if (found != by_position_.end()) {
-        cache_.splice(cache_.begin(), cache_, found->second);
-    } else {
-        make_room();
-        cache_.emplace_front();
-        by_position_[node.position] = cache_.begin();
-    }
-    cache_entry_st& entry = cache_.front();
+    cache_entry_st* found = find(node.position);
+    cache_entry_st& entry = found ? *found : claim(node.position);
     entry.node = node;
     entry.changed = true;
+    entry.used = true;
     entry.expanded = entries != nullptr;
     if (entries) {
         entry.entries.clear(node.key_length);
         std::swap(entry.entries, *entries);
-    }
-}
-
-void IndexFile::make_room() {
-    while (cache_.size() >= cache_capacity) {
-        cache_entry_st& last = cache_.back();
-        if (last.changed) write_out(last);
-        by_position_.erase(last.node.position);
-        cache_.pop_back();
     }
 }
 
@@ -141,7 +193,7 @@ void IndexFile::unlock() {
 
 // Nodes first, headers last: a header never names a root not yet written.
 void IndexFile::flush() {
-    for (cache_entry_st& entry : cache_) {
+    for (cache_entry_st& entry : slots_) {
         if (!entry.changed) continue;
         write_out(entry);
         entry.changed = false;
@@ -153,10 +205,11 @@ void IndexFile::flush() {
 
 // What this process changed under its lock is written, not lost.
 void IndexFile::empty_cache() {
-    for (cache_entry_st& entry : cache_)
+    for (cache_entry_st& entry : slots_)
         if (entry.changed) write_out(entry);
-    cache_.clear();
-    by_position_.clear();
+    slots_.clear();
+    std::fill(cells_.begin(), cells_.end(), cell_st{0, 0});
+    hand_ = 0;
 }
 
 void IndexFile::close() {

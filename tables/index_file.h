@@ -4,19 +4,18 @@
 // tag headers and nodes in the order they were allocated. Positions are
 // absolute and 32-bit; 0xFFFFFFFF is none. Space is never reclaimed.
 //
-// Nodes pass through a cache of 64 (more in a file not shared), most
-// recently used first. A node written
-// stays in the cache as changed until the file is flushed: at the release of
-// the index lock in a shared file (so that nobody reads a file without what
-// the lock holder wrote), and when the table writes its pending records or
-// closes in an unshared one. A changed node pushed out of the cache is
-// written then.
+// Nodes pass through a cache of 64 (more in a file not shared); when it is
+// full a clock hand picks a node not used since it last came by. A node
+// written stays in the cache as changed until the file is flushed: at the
+// release of the index lock in a shared file (so that nobody reads a file
+// without what the lock holder wrote), and when the table writes its
+// pending records or closes in an unshared one. A changed node pushed out
+// of the cache is written then.
 #include <cstdint>
-#include <list>
 #include <map>
 #include <memory>
 #include <string>
-#include <unordered_map>
+#include <vector>
 
 #include "tables/file.h"
 #include "tables/index_node.h"
@@ -62,6 +61,10 @@ public:
     // A node's entries expanded, kept in the cache beside its bytes until
     // the node changes or leaves the cache; valid as long as `node` is.
     const node_entries_st& entries(uint32_t position, uint32_t key_length, bool compact_tag, char pad);
+    // The node's entries expanded, moved out of the cache into `out` for a
+    // change that write_node brings back: no copy, and the cache forgets
+    // them until then.
+    void take_entries(uint32_t position, uint32_t key_length, bool compact_tag, char pad, node_entries_st* out);
     // With `entries`, the node's keys expanded are taken into the cache
     // (the vector is left empty), sparing the next reader their expansion.
     void write_node(const index_node_st& node, node_entries_st* entries = nullptr);
@@ -77,7 +80,7 @@ public:
     void flush();
     // Forgets every cached node (another process has changed the file).
     void empty_cache();
-    uint64_t cached_nodes() const noexcept { return cache_.size(); }
+    uint64_t cached_nodes() const noexcept { return slots_.size(); }
     void close();
 
 private:
@@ -85,14 +88,29 @@ private:
         index_node_st node;
         bool changed = false;
         bool expanded = false;  // `entries` holds the node's keys
+        bool used = true;       // touched since the clock hand last passed
         node_entries_st entries;
     };
     cache_entry_st& fetch(uint32_t position, uint32_t key_length, bool compact_tag);
+    // The entry of a position, or null.
+    cache_entry_st* find(uint32_t position) noexcept;
+    // A slot for a node not cached yet, entered under its position.
+    cache_entry_st& claim(uint32_t position);
     void write_out(const cache_entry_st& entry);
-    void make_room();
+    // The position table: open addressing, linear probes, at most half
+    // full. A cell keeps the position beside the slot's index plus one (0 is
+    // free), so that a probe reads no slot.
+    struct cell_st {
+        uint32_t position;
+        uint32_t slot;
+    };
+    size_t home(uint32_t position) const noexcept { return ((position >> 9) * 0x9E3779B1u) & (cells_.size() - 1); }
+    void enter(uint32_t position, uint32_t slot);
+    void remove(uint32_t position);
 
-    std::list<cache_entry_st> cache_;  // most recently used first
-    std::unordered_map<uint32_t, std::list<cache_entry_st>::iterator> by_position_;
+    std::vector<cache_entry_st> slots_;  // up to cache_capacity, never moved once full
+    std::vector<cell_st> cells_;
+    size_t hand_ = 0;
     std::map<uint64_t, std::string> pending_headers_;
 };
 

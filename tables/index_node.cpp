@@ -44,7 +44,12 @@ struct compact_layout_st {
     uint32_t max_duplicate = 0, max_trailing = 0, max_record = 0;
 };
 
-void lay_out(const node_entries_st& entries, char pad, compact_layout_st* layout) {
+// One layout per thread, reused, so that laying out a leaf allocates nothing
+// once its vectors have grown.
+compact_layout_st& lay_out(const node_entries_st& entries, char pad) {
+    static thread_local compact_layout_st reused;
+    compact_layout_st* layout = &reused;
+    *layout = compact_layout_st{std::move(layout->duplicate), std::move(layout->trailing)};
     uint32_t k = entries.key_length;
     size_t n = entries.size();
     layout->duplicate.resize(n);
@@ -59,6 +64,7 @@ void lay_out(const node_entries_st& entries, char pad, compact_layout_st* layout
         layout->max_trailing = std::max(layout->max_trailing, t);
         layout->max_record = std::max(layout->max_record, entries.records[i]);
     }
+    return *layout;
 }
 
 }  // namespace
@@ -262,8 +268,7 @@ bool encode_entries(index_node_st* node, char pad, const node_entries_st& entrie
         node->encode_header();
         return true;
     }
-    compact_layout_st layout;
-    lay_out(entries, pad, &layout);
+    const compact_layout_st& layout = lay_out(entries, pad);
     compact_geometry_st g = node->geometry;
     if (layout.max_record > g.record_mask || layout.max_duplicate > g.duplicate_mask ||
         layout.max_trailing > g.trailing_mask)
@@ -289,11 +294,79 @@ bool encode_entries(index_node_st* node, char pad, const node_entries_st& entrie
     return true;
 }
 
+namespace {
+
+struct compact_entry_st {
+    uint32_t record, duplicate, trailing;
+};
+
+// Entry j of a compact leaf; the first entry shares nothing.
+compact_entry_st read_compact_entry(const index_node_st& node, size_t j) {
+    const compact_geometry_st& g = node.geometry;
+    uint64_t v = read_entry(node.bytes + COMPACT_AREA_START + j * g.entry_size, g.entry_size);
+    return {static_cast<uint32_t>(v & g.record_mask),
+            j ? static_cast<uint32_t>((v >> g.record_bits) & g.duplicate_mask) : 0,
+            static_cast<uint32_t>((v >> (g.record_bits + g.duplicate_bits)) & g.trailing_mask)};
+}
+
+}  // namespace
+
+bool insert_compact_entry(index_node_st* node, char pad, const node_entries_st& entries, size_t i) {
+    const compact_geometry_st& g = node->geometry;
+    const uint32_t k = node->key_length, size = g.entry_size;
+    const size_t n = node->count;
+    if (!node->compact || !node->leaf || entries.size() != n + 1 || i > n) return false;
+    const char* key = entries.key(i);
+    uint32_t t = trailing_pad_count(key, k, pad);
+    uint32_t d = i ? analyzePrefix(entries.key(i - 1), key, k, pad) : 0;
+    uint32_t stored = k - d - t;
+    // Where entry i's stored bytes begin: below those of the entries before
+    // it, or above those from i on, counted from the nearer end (an append
+    // counts nothing).
+    uint32_t low = static_cast<uint32_t>(n * size + node->free_space);  // the lowest stored key byte
+    uint32_t start_of_i = i < n / 2 ? COMPACT_AREA_SIZE : low;
+    for (size_t j = i < n / 2 ? 0 : i; j < (i < n / 2 ? i : n); ++j) {
+        compact_entry_st e = read_compact_entry(*node, j);
+        if (e.duplicate + e.trailing > k) return false;
+        if (i < n / 2) start_of_i -= k - e.duplicate - e.trailing;
+        else start_of_i += k - e.duplicate - e.trailing;
+    }
+    if (start_of_i > COMPACT_AREA_SIZE || start_of_i < low) return false;
+    // The entry behind the new one shares its bytes with the new key now.
+    compact_entry_st next{0, 0, 0};
+    uint32_t next_stored_before = 0, next_stored = 0;
+    if (i < n) {
+        next = read_compact_entry(*node, i);
+        if (next.duplicate + next.trailing > k) return false;
+        next_stored_before = k - next.duplicate - next.trailing;
+        next.duplicate = analyzePrefix(key, entries.key(i + 1), k, pad);
+        next_stored = k - next.duplicate - next.trailing;
+    }
+    if (entries.records[i] > g.record_mask || d > g.duplicate_mask || t > g.trailing_mask ||
+        next.duplicate > g.duplicate_mask)
+        return false;
+    int64_t shift = int64_t(stored) + next_stored - next_stored_before;  // how far the later keys move down
+    if (size + shift > int64_t(node->free_space)) return false;
+    char* area = node->bytes + COMPACT_AREA_START;
+    uint32_t rest_end = start_of_i - next_stored_before;
+    if (low > rest_end) return false;
+    std::memmove(area + low - shift, area + low, rest_end - low);
+    if (shift < 0) std::memset(area + low, 0, static_cast<size_t>(-shift));
+    std::memcpy(area + start_of_i - stored, key + d, stored);
+    if (i < n) std::memcpy(area + start_of_i - stored - next_stored, entries.key(i + 1) + next.duplicate, next_stored);
+    std::memmove(area + (i + 1) * size, area + i * size, (n - i) * size);
+    write_leaf_key_prefix_octetLen(area + i * size, g, entries.records[i], d, t);
+    if (i < n) write_leaf_key_prefix_octetLen(area + (i + 1) * size, g, next.record, next.duplicate, next.trailing);
+    node->count = static_cast<uint16_t>(n + 1);
+    node->free_space = static_cast<uint32_t>(node->free_space - size - shift);
+    node->encode_header();
+    return true;
+}
+
 size_t split_point(const index_node_st& node, char pad, const node_entries_st& entries) {
     size_t n = entries.size();
     if (!node.compact) return n / 2;
-    compact_layout_st layout;
-    lay_out(entries, pad, &layout);
+    const compact_layout_st& layout = lay_out(entries, pad);
     uint32_t used = 0;
     size_t i = 0;
     for (; i < n; ++i) {

@@ -135,6 +135,12 @@ void decode_entries(const index_node_st& node, char pad, node_entries_st* out);
 // and attributes. A compact leaf widens its geometry when a number no longer
 // fits. False when they do not fit in 512 bytes; the node is then unchanged.
 bool encode_entries(index_node_st* node, char pad, const node_entries_st& entries);
+// Entry i of `entries` (the leaf's entries with the new one in place) put
+// into a compact leaf's bytes without laying out the others again: the new
+// entry is written, the next one's shared count changes, the rest only
+// move. The bytes come out as encode_entries makes them. False, the node
+// unchanged, when the geometry would have to widen or the entry does not fit.
+bool insert_compact_entry(index_node_st* node, char pad, const node_entries_st& entries, size_t i);
 // The number of leading entries that go into the left half of a split:
 // half the bytes for a compact leaf, half the entries for a basic node.
 size_t split_point(const index_node_st& node, char pad, const node_entries_st& entries);

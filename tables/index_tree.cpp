@@ -8,6 +8,7 @@
 // their space stays unused.
 #include <cstring>
 
+#include "tables/byte_order.h"
 #include "tables/index.h"
 #include "tables/index_file.h"
 #include "values/error.h"
@@ -49,7 +50,11 @@ uint32_t Index::descend(const char* key, uint64_t length, const uint32_t* record
 void Index::load_leaf(uint32_t position, index_cursor_st* cursor) {
     const node_entries_st& entries = file->entries(position, key_length(), compact(), pad);
     const index_node_st& leaf = file->node(position, key_length(), compact());
-    cursor->entries = entries;
+    // A leaf's entries have no children: keys and records are all a cursor reads.
+    cursor->entries.key_length = entries.key_length;
+    cursor->entries.keys.assign(entries.keys.begin(), entries.keys.end());
+    cursor->entries.records.assign(entries.records.begin(), entries.records.end());
+    cursor->entries.children.clear();
     cursor->leaf = position;
     cursor->left = leaf.left;
     cursor->right = leaf.right;
@@ -199,7 +204,7 @@ Index::leaf_place_st Index::find_leaf_place(const char* key, uint32_t record) {
     check_version();
     leaf_place_st place;
     uint32_t position = descend(key, key_length(), &record, &place.path);
-    place.entries = file->entries(position, key_length(), compact(), pad);
+    file->take_entries(position, key_length(), compact(), pad, &place.entries);
     read_node(position, &place.leaf);
     place.index = place.entries.lower_bound(key, record);
     place.found = place.index < place.entries.size() &&
@@ -213,7 +218,8 @@ void Index::insert_key(const char* key, uint32_t record) {
     if (place.found) throw dbf_index_file_corrupted(file->file->name);
     bool appended = place.index == place.entries.size() && place.leaf.right == NO_NODE;
     place.entries.insert(place.index, key, record, NO_NODE);
-    store_node(place.path, place.leaf, place.entries, appended);
+    bool encoded = place.leaf.compact && insert_compact_entry(&place.leaf, pad, place.entries, place.index);
+    store_node(place.path, place.leaf, place.entries, appended, encoded);
     changed();
 }
 
@@ -227,7 +233,7 @@ bool Index::delete_key(const char* key, uint32_t record) {
 }
 
 void Index::store_node(std::vector<waypoint_st>& path, index_node_st& node, node_entries_st& entries,
-                       bool appended) {
+                       bool appended, bool encoded) {
     node_entries_st up;  // what replaces the node's entry in its parent
     up.clear(key_length());
     if (entries.size() == 0 && node.root) {
@@ -244,7 +250,7 @@ void Index::store_node(std::vector<waypoint_st>& path, index_node_st& node, node
     }
     if (entries.size() == 0) {
         unlink_node(node);
-    } else if (encode_entries(&node, pad, entries)) {
+    } else if (encoded || encode_entries(&node, pad, entries)) {
         up.push(entries.key(entries.size() - 1), entries.records.back(), node.position);
         file->write_node(node, &entries);
     } else {
@@ -263,12 +269,18 @@ void Index::store_node(std::vector<waypoint_st>& path, index_node_st& node, node
         }
     }
     if (path.empty()) return;
+    carry_up(path, node.position, up, appended);
+}
+
+void Index::carry_up(std::vector<waypoint_st>& path, uint32_t child, node_entries_st& up, bool appended) {
     waypoint_st at = path.back();
     path.pop_back();
-    node_entries_st siblings = file->entries(at.position, key_length(), compact(), pad);
     index_node_st parent;
     read_node(at.position, &parent);
-    if (at.index >= siblings.size() || siblings.children[at.index] != node.position)
+    if (up.size() == 1 && !parent.leaf) return replace_entry(path, parent, at.index, child, up);
+    node_entries_st siblings;
+    file->take_entries(at.position, key_length(), compact(), pad, &siblings);
+    if (at.index >= siblings.size() || siblings.children[at.index] != child)
         throw dbf_index_file_corrupted(file->file->name);
     if (up.size() == 1 && compare_entry(siblings.key(at.index), siblings.records[at.index], up.key(0), up.records[0],
                                         key_length()) == 0)
@@ -277,6 +289,22 @@ void Index::store_node(std::vector<waypoint_st>& path, index_node_st& node, node
     siblings.erase(at.index);
     for (size_t i = 0; i < up.size(); ++i) siblings.insert(at.index + i, up.key(i), up.records[i], up.children[i]);
     store_node(path, parent, siblings, appended);
+}
+
+// An interior entry takes the key and record of `up` in place, its child
+// unchanged; the level above hears of it only when it was the node's last.
+void Index::replace_entry(std::vector<waypoint_st>& path, index_node_st& parent, size_t i, uint32_t child,
+                          node_entries_st& up) {
+    const uint32_t k = key_length();
+    if (i >= parent.count || basic_child(parent, i) != child) throw dbf_index_file_corrupted(file->file->name);
+    char* entry = parent.bytes + BASIC_AREA_START + i * (k + 8);
+    if (compare_entry(entry, read_be32(entry + k), up.key(0), up.records[0], k) == 0) return;
+    std::memcpy(entry, up.key(0), k);
+    write_be32(entry + k, up.records[0]);
+    file->write_node(parent);
+    if (i + 1 < parent.count || path.empty()) return;
+    up.children[0] = parent.position;
+    carry_up(path, parent.position, up, false);
 }
 
 // The node keeps the first part; each further part gets a new node, linked

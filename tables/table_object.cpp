@@ -3,11 +3,13 @@
 // members of the object.
 #include "tables/table_object.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <cstring>
 
 #include "base/call_trace.h"
 #include "objects/object.h"
+#include "tables/index.h"
 #include "tables/table_definition.h"
 #include "tables/table_sessions.h"
 #include "text/charset.h"
@@ -131,6 +133,7 @@ void Table_Object::evaluate(VmStack* stack, const Program* program, Variant* res
 
 bool Table_Object::record_in_range(VmStack* stack) {
     if (stack->sessions->settings().deleted && deleted()) return false;
+    if (below_scope() || above_scope()) return false;
     if (!filter_) return true;
     Variant value;
     evaluate(stack, filter_.get(), &value);
@@ -152,16 +155,58 @@ void Table_Object::set_filter_to() {
 
 // ---- moves
 
+// ---- the scope
+
+void Table_Object::set_scope(int bound, const char* key, uint64_t length, unsigned range) {
+    scope_st& scope = bound == SEEK_BACKWARD ? high_ : low_;
+    scope.length = std::min(length, MAX_SCOPE_KEY);
+    std::memcpy(scope.key, key, scope.length);
+    scope.range = range;
+    scope.set = true;
+}
+
+bool Table_Object::below_scope() {
+    const char* key = low_.set ? get_index_key() : nullptr;
+    if (!key) return false;
+    int c = std::memcmp(key, low_.key, low_.length);
+    return c < 0 || (c == 0 && !(low_.range & SEEK_RANGE_INCLUSIVE));
+}
+
+bool Table_Object::above_scope() {
+    const char* key = high_.set ? get_index_key() : nullptr;
+    if (!key) return false;
+    int c = std::memcmp(key, high_.key, high_.length);
+    return c > 0 || (c == 0 && !(high_.range & SEEK_RANGE_INCLUSIVE));
+}
+
+bool Table_Object::bof() { return bof_lowlevel() || before_scope(); }
+
+bool Table_Object::eof() { return eof_lowlevel() || after_scope(); }
+
+// A move that left the scope at its end shows the end of the table, as a
+// move past the last record does.
+void Table_Object::end_outside_scope() {
+    if (!eof_lowlevel() && after_scope()) movetoeof();
+}
+
+// ---- moves
+
+// With a scope the walk begins at the bound its order meets first.
 void Table_Object::movefirst(VmStack* stack) {
     leave_record(stack);
-    movefirst_lowlevel(stack);
+    const scope_st& start = descending() ? high_ : low_;
+    if (start.set) seek_lowlevel(stack, start.key, start.length, start.range, descending() ? SEEK_BACKWARD : SEEK_FORWARD);
+    else movefirst_lowlevel(stack);
     if (!eof() && !record_in_range(stack)) movenext(stack, 1);
+    end_outside_scope();
 }
 
 void Table_Object::movelast(VmStack* stack) {
     leave_record(stack);
-    movelast_lowlevel(stack);
-    if (!bof() && !record_in_range(stack)) moveprevious(stack, 1);
+    const scope_st& start = descending() ? low_ : high_;
+    if (start.set) seek_lowlevel(stack, start.key, start.length, start.range, descending() ? SEEK_FORWARD : SEEK_BACKWARD);
+    else movelast_lowlevel(stack);
+    if (!bof() && !eof() && !record_in_range(stack)) moveprevious(stack, 1);
 }
 
 void Table_Object::movenext(VmStack* stack, uint64_t count) {
@@ -172,7 +217,7 @@ void Table_Object::movenext(VmStack* stack, uint64_t count) {
         movenext_lowlevel(stack);
         if (eof()) {
             if (at_end) throw RuntimeError(ERR_END_OF_FILE);
-            return;
+            return end_outside_scope();
         }
         if (record_in_range(stack) && ++passed == count) return;
     }

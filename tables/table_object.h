@@ -45,6 +45,9 @@ struct copy_to_st {
 };
 
 class Charset;
+
+// The longest key a scope bound holds.
+constexpr uint64_t MAX_SCOPE_KEY = 256;
 class VmStack;
 struct internal_indexdef_st;
 
@@ -137,9 +140,11 @@ public:
     void movenext(VmStack* stack, uint64_t count);
     // Error 38 when already at the beginning.
     void moveprevious(VmStack* stack, uint64_t count);
-    bool bof() { return bof_lowlevel(); }
-    bool eof() { return eof_lowlevel(); }
-    // Not deleted while SET DELETED is on, and passing the filter.
+    // Also true when the order's key has left the scope towards that end.
+    bool bof();
+    bool eof();
+    // Not deleted while SET DELETED is on, inside the scope, and passing
+    // the filter.
     bool record_in_range(VmStack* stack);
     // To a record by number (GO); the record need not be in range.
     void go_record(VmStack* stack, uint64_t number);
@@ -165,6 +170,27 @@ public:
         bool done_ = false;
         uint64_t taken_ = 0;  // records of the scope passed so far, FOR or not
     };
+    // ---- the scope: the keys of the order that the moves keep to, as a
+    // low and a high bound compared over their own length (a shorter key
+    // bounds by its prefix). SEEK_FORWARD names the low bound, SEEK_BACKWARD
+    // the high one; range bit 0 set takes the bound itself in. A new order
+    // clears the scope.
+    void set_scope(int bound, const char* key, uint64_t length, unsigned range);
+    void clear_scope() noexcept { low_.set = high_.set = false; }
+    struct scope_st {
+        bool set = false;
+        unsigned range = 0;
+        uint64_t length = 0;
+        char key[MAX_SCOPE_KEY];
+    };
+    struct scopes_st {
+        scope_st low, high;
+    };
+    scopes_st scopes() const { return {low_, high_}; }
+    void restore_scopes(const scopes_st& saved) {
+        low_ = saved.low;
+        high_ = saved.high;
+    }
 
     // ---- LOCATE and CONTINUE
     bool found = false;
@@ -333,6 +359,15 @@ private:
     static void field_member_access(VmStack* stack, unsigned long long argc, Variant* ret);
     static void field_member_assign(VmStack* stack, unsigned long long argc);
     void publish_field_members();
+
+    // Whether the order's current key lies below the low bound (or above
+    // the high one); false off any key.
+    bool below_scope();
+    bool above_scope();
+    bool before_scope() { return descending() ? above_scope() : below_scope(); }
+    bool after_scope() { return descending() ? below_scope() : above_scope(); }
+    void end_outside_scope();
+    scope_st low_, high_;
 
     FieldSymbolMap field_by_symbol_;
     struct named_field_st {

@@ -22,26 +22,26 @@ bool Table_Object::seek(VmStack* stack, const Variant* value, int key_option, un
     return seek(stack, key, length, range, direction, near);
 }
 
-// Records out of range (deleted under SET DELETED, or hidden by the filter)
-// are passed over while the key still matches.
+// Records out of range (deleted under SET DELETED, outside the scope, or
+// hidden by the filter) are passed over while the key still matches.
 bool Table_Object::seek(VmStack* stack, const char* key, uint64_t length, unsigned range, int direction, bool near) {
     int order_direction = get_index_dir();
     if (direction == 0) direction = order_direction;
     found = false;
     seek_lowlevel(stack, key, length, range, direction);
-    bool strict = (range & 3) == 2;
+    bool strict = (range & 3) == SEEK_RANGE_STRICT;
     auto matches = [&] {
         const char* current = get_index_key();
-        return current && (strict || std::memcmp(current, key, length) == 0);
+        return !eof_lowlevel() && !bof_lowlevel() && current && (strict || std::memcmp(current, key, length) == 0);
     };
-    while (!eof() && !bof() && matches() && !record_in_range(stack)) {
+    while (matches()) {
+        if (record_in_range(stack)) return found = true;
         if (direction == order_direction) movenext_lowlevel(stack);
         else moveprevious_lowlevel(stack);
     }
-    found = !eof() && !bof() && matches();
-    if (found) return true;
     if (!near) movetoeof();
     else if (!eof() && !record_in_range(stack)) movenext(stack, 1);
+    else end_outside_scope();
     return false;
 }
 
@@ -64,6 +64,7 @@ void Table_Object_ZoDbf::open_indexes(VmStack* stack) {
 void Table_Object_ZoDbf::create_index(VmStack* stack, const internal_indexdef_st& definition) {
     ZO_TRACE();
     leave_record(stack);
+    clear_scope();
     ExpressionTableScope scope(stack, this);
     table_->expression_fields = &expression_fields();
     table_operation(TABLE_CREATE_INDEX, [&] { return filename(); }, [&] {
@@ -74,6 +75,7 @@ void Table_Object_ZoDbf::create_index(VmStack* stack, const internal_indexdef_st
 
 void Table_Object_ZoDbf::select_index_tag(VmStack* stack, const String& name, int direction) {
     leave_record(stack);
+    clear_scope();
     ExpressionTableScope scope(stack, this);
     table_operation(TABLE_SELECT_INDEX, [&] { return tag_detail(name); },
                     [&] { table_->select_index(stack, name, direction); });
@@ -81,15 +83,18 @@ void Table_Object_ZoDbf::select_index_tag(VmStack* stack, const String& name, in
 
 void Table_Object_ZoDbf::select_index(VmStack* stack, uint64_t number, int direction) {
     leave_record(stack);
+    clear_scope();
     ExpressionTableScope scope(stack, this);
     table_operation(TABLE_SELECT_INDEX, no_detail, [&] { table_->select_index(stack, number, direction); });
 }
 
 void Table_Object_ZoDbf::drop_index(const String& name) {
+    clear_scope();
     table_operation(TABLE_SELECT_INDEX, [&] { return tag_detail(name); }, [&] { table_->delete_index_tag(name); });
 }
 
 void Table_Object_ZoDbf::drop_all_indizes() {
+    clear_scope();
     table_operation(TABLE_SELECT_INDEX, no_detail, [&] { table_->delete_all_index_tags(); });
 }
 

@@ -1,14 +1,17 @@
 #!/bin/sh
 # Four zosh processes append to and change one shared table with three live
 # tags. Afterwards every tag walks exactly as the same tag built again by
-# REINDEX, and the tags hold every record that their conditions take.
+# REINDEX, and the tags hold every record that their conditions take. Every
+# tenth record all four claim the same candidate key at once: one of them
+# gets it, the others are refused.
 . "$(dirname "$0")/common.inc"
 
 cat >setup.prg <<'PRG'
-CREATE TABLE shared (worker N(2), seq N(6), name C(12), hits N(8))
+CREATE TABLE shared (worker N(2), seq N(6), name C(12), hits N(8), claim N(6))
 INDEX ON worker * 100000 + seq TAG id
 INDEX ON UPPER(name) TAG name
 INDEX ON seq TAG odd FOR seq % 2 = 1 DESCENDING
+INDEX ON claim TAG claim FOR claim > 0 CANDIDATE
 PRG
 cat >worker.prg <<'PRG'
 PARAMETERS argc, argv
@@ -20,6 +23,15 @@ FOR i = 1 TO 1000
   REPLACE worker WITH w
   REPLACE seq WITH i
   REPLACE name WITH CHR(97 + (i * 7 + w) % 26) + "x" + STR(i, 4)
+  IF i % 10 = 0
+    TRY
+      REPLACE claim WITH i
+    CATCH TO e
+      IF e.errorno != 1884
+        ? "claim refused with", e.errorno
+      ENDIF
+    ENDTRY
+  ENDIF
   IF i % 20 = 0
     * An earlier record of this worker gets another name.
     SET ORDER TO id
@@ -39,6 +51,7 @@ a = walk("id")
 b = walk("name")
 c = walk("odd")
 ? "odd keys:", LEN(c) / 6
+? "claims:", LEN(walk("claim")) / 6
 REINDEX
 ? "id same:", a == walk("id")
 ? "name same:", b == walk("name")
@@ -73,6 +86,7 @@ cat worker*.txt
 cat verify.txt
 check "every record is there" 'grep -qx "records: 4000" verify.txt'
 check "the FOR tag holds the odd records" 'grep -qx "odd keys: 2000" verify.txt'
+check "each claim went to one worker" 'grep -qx "claims: 100" verify.txt && ! grep -q "1884" verify.txt'
 for tag in id name odd; do
   check "tag $tag equals its rebuild" 'grep -qx "$tag same: true" verify.txt'
 done

@@ -105,6 +105,9 @@ TEST(GrammarCorpus, EveryStatementRowParses) {
         {"COPY TO x WITH CDX", STMT_COPY_TO}, {"REINDEX", STMT_REINDEX}, {"SET ORDER TO", STMT_SET_ORDER_TO},
         {"SET ORDER TO name", STMT_SET_ORDER_TO}, {"SET ORDER TO name DESCENDING", STMT_SET_ORDER_TO},
         {"SET ORDER TO TAG name", STMT_SET_ORDER_TO}, {"SEEK 'x'", STMT_SEEK}, {"SEEK 'x' IN t", STMT_SEEK},
+        {"SET KEY TO", STMT_SET_KEY_TO}, {"SET KEY TO 'a' IN t", STMT_SET_KEY_TO},
+        {"SET KEY TO range - 1", STMT_SET_KEY_TO}, {"SET KEY TO RANGE 1, 2 IN t", STMT_SET_KEY_TO},
+        {"SET KEY TO range 'a',", STMT_SET_KEY_TO}, {"SET KEY TO RANGE , 2", STMT_SET_KEY_TO},
         {"DISPLAY STRUCTURE", STMT_DISPLAY_STRUCTURE}, {"IMPORTS lib.prg", STMT_IMPORT}, {"MKDIR abc", STMT_MKDIR},
         {"WAIT", STMT_WAIT}, {"#PRAGMA foo(1)", STMT_PRAGMA}, {"foo()", STMT_ASSIGN}, {"a.b.c()", STMT_ASSIGN},
     };
@@ -163,6 +166,22 @@ TEST(GrammarPriorities, UseDottedNameIsText) {
     EXPECT_EQ(option(parse("USE (a.b)"), "FILENAME")->value->kind, OPERAND_PATH);
     EXPECT_EQ(parse("USEx").statement, nullptr);
     EXPECT_NE(option(parse("USE IN 2"), "IN"), nullptr);
+}
+
+// RANGE is no keyword: after SET KEY TO a word and bounds are a range, an
+// expression that begins with a variable of that name stays an expression.
+TEST(GrammarPriorities, KeyRangeAgainstExpression) {
+    auto range = parse("SET KEY TO RANGE 'a', 'b'");
+    EXPECT_NE(option(range, "LOW"), nullptr);
+    EXPECT_NE(option(range, "HIGH"), nullptr);
+    EXPECT_EQ(option(range, "TO"), nullptr);
+    auto high = parse("set key to range , 5");
+    EXPECT_EQ(option(high, "LOW"), nullptr);
+    EXPECT_NE(option(high, "HIGH"), nullptr);
+    auto expression = parse("SET KEY TO range - 1");
+    EXPECT_NE(option(expression, "TO"), nullptr);
+    EXPECT_EQ(option(expression, "LOW"), nullptr);
+    EXPECT_FALSE(parse("SET KEY TO other 1, 2").errors.empty());
 }
 
 TEST(GrammarPriorities, SelectNameAgainstExpression) {

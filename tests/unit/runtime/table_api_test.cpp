@@ -416,6 +416,21 @@ TEST_F(TableApiHost, TagsSeekAndOrder) {
     EXPECT_EQ(error_of([&] { SeekRawKey(stack, table, nullptr, 1, SEEK_RANGE_INCLUSIVE, SEEK_FORWARD, false); }),
               ERR_ARGUMENT_INVALID);
 
+    // A scope from "B" to "C" inclusive keeps the moves to brown and clark.
+    SetScope(stack, table, "B", 1, SEEK_FORWARD, SEEK_RANGE_INCLUSIVE);
+    SetScope(stack, table, "C", 1, SEEK_BACKWARD, SEEK_RANGE_INCLUSIVE);
+    GotoTop(stack, table);
+    EXPECT_EQ(text_of(table, NAME), "brown     ");
+    GotoBottom(stack, table);
+    EXPECT_EQ(text_of(table, NAME), "clark     ");
+    Skip(stack, table, SKIP_FORWARD, 1);
+    EXPECT_TRUE(Eof(table));
+    EXPECT_EQ(error_of([&] { SetScope(stack, table, "B", 0, SEEK_FORWARD, SEEK_RANGE_INCLUSIVE); }),
+              ERR_ARGUMENT_INVALID);
+    ClearScope(stack, table);
+    GotoBottom(stack, table);
+    EXPECT_EQ(text_of(table, NAME), "young     ");
+
     // A deleted record is passed over while SET DELETED is on.
     SeekRawKey(stack, table, "BROWN", 5, SEEK_RANGE_INCLUSIVE, SEEK_FORWARD, false);
     DeleteRecord(table);

@@ -184,6 +184,30 @@ TEST_F(OsFile, LocksBlockUntilTheRangeIsFree) {
     EXPECT_TRUE(locked);
 }
 
+// A view shows what writes put there since it was made, covers no byte
+// past the end, follows a file that grew by a good part, and goes when the
+// file is cut.
+TEST_F(OsFile, ViewsFollowWritesGrowthAndCuts) {
+    auto file = create("view.dbf");
+    EXPECT_EQ(file->view(0, 1), nullptr);  // empty: nothing to show
+    std::string block(2 << 20, 'a');
+    file->writeex(0, block.data(), block.size());
+    const char* view = file->view(100, 4);
+    ASSERT_NE(view, nullptr);
+    EXPECT_EQ(std::string(view, 4), "aaaa");
+    file->writeex(100, "WXYZ", 4);
+    EXPECT_EQ(std::string(file->view(100, 4), 4), "WXYZ");
+    EXPECT_EQ(file->view(block.size() - 2, 4), nullptr);  // past the end
+    file->writeex(block.size(), "tail", 4);
+    EXPECT_EQ(file->view(block.size(), 4), nullptr);  // grown too little to map again
+    EXPECT_EQ(read_at(file.get(), block.size(), 4), "tail");
+    file->writeex(block.size(), block.data(), block.size());
+    ASSERT_NE(file->view(block.size() * 2 - 4, 4), nullptr);
+    file->truncate(10);
+    EXPECT_EQ(file->view(100, 4), nullptr);
+    EXPECT_EQ(memory_file()->view(0, 0), nullptr);
+}
+
 TEST_F(OsFile, TemporaryFilesDisappearWhenClosed) {
     auto temporary = create("tmp.dbf", FILE_OPEN_TEMPORARY);
     EXPECT_TRUE(std::filesystem::exists(folder.path / "tmp.dbf"));

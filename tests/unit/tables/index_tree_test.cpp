@@ -108,6 +108,47 @@ TEST(IndexNodes, KeysShareLeadingBytesAndDropPadding) {
     EXPECT_EQ(tree.forward(), expected);
 }
 
+// An entry put into a compact leaf in place gives the bytes that laying out
+// the whole leaf again gives: keys with shared heads, pad tails, a key of
+// pads only, inserts before the first and behind the last key; a record
+// number or count too wide for the geometry is left to the full layout.
+TEST(IndexNodes, InsertInPlaceMatchesTheWholeLayout) {
+    const uint32_t k = 6;
+    const char pad = ' ';
+    std::mt19937 random(7);
+    for (int round = 0; round < 40; ++round) {
+        index_node_st node;
+        init_compact_node(&node, k, calc_compact_node_geometry(255, 3, 3), NODE_ROOT);
+        node_entries_st entries;
+        entries.clear(k);
+        int in_place = 0;
+        for (int step = 0; step < 400; ++step) {
+            char key[k];
+            for (uint32_t j = 0; j < k; ++j) key[j] = "ab  "[random() % 4];
+            uint32_t record = 1 + random() % (round % 4 == 0 ? 4000 : 200);
+            size_t at = entries.lower_bound(key, record);
+            if (at < entries.size() && std::memcmp(entries.key(at), key, k) == 0 && entries.records[at] == record)
+                continue;
+            node_entries_st grown = entries;
+            grown.insert(at, key, record, NO_NODE);
+            index_node_st whole = node;
+            bool fits = encode_entries(&whole, pad, grown);
+            index_node_st placed = node;
+            if (insert_compact_entry(&placed, pad, grown, at)) {
+                ASSERT_TRUE(fits);
+                ASSERT_EQ(std::memcmp(placed.bytes, whole.bytes, INDEX_NODE_SIZE), 0) << round << " " << step;
+                ++in_place;
+            } else {
+                ASSERT_EQ(std::memcmp(placed.bytes, node.bytes, INDEX_NODE_SIZE), 0);  // left unchanged
+            }
+            if (!fits) break;
+            node = whole;
+            entries = grown;
+        }
+        EXPECT_GT(in_place, 10) << round;
+    }
+}
+
 TEST(IndexNodes, SplitsKeepParentsAndSiblingsRight) {
     Tree tree(20);
     for (uint32_t i = 1; i <= 3000; ++i) tree.insert("k" + std::to_string(i * 7919 % 3001), i);
