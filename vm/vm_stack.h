@@ -10,6 +10,7 @@
 #include "base/export.h"
 #include "values/error.h"
 #include "vm/data_sessions.h"
+#include "vm/macro_cache.h"
 #include "vm/memvar.h"
 #include "vm/name_cache.h"
 #include "vm/vm_op.h"
@@ -124,6 +125,8 @@ public:
     void names_changed() noexcept { ++names_version; }
     // What by-name instructions found, while both versions stand.
     NameCache name_cache;
+    // Macro statements compiled on this stack (vm/macro_cache.h).
+    MacroCache macro_cache;
     VmFrame* frame = nullptr;
     std::list<Error> errors;
     RuntimeError last_error;
