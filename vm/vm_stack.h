@@ -128,6 +128,9 @@ public:
     // Macro statements compiled on this stack (vm/macro_cache.h).
     MacroCache macro_cache;
     VmFrame* frame = nullptr;
+    // The running frame's Program::id, 0 at rest: what kept names are checked
+    // against, read without going through the frame.
+    uint64_t frame_program_id = 0;
     std::list<Error> errors;
     RuntimeError last_error;
     RuntimeThrow pending_throw;
