@@ -130,12 +130,14 @@ bool for_loop_ends(VmStack* stack) {
     return ends;
 }
 
-// ForNextJump reads its variable twice: as a variable for the step, kept
-// under the instruction's address, and as a bare name for the test, kept
-// under an address inside the instruction, where no other instruction starts.
-const VmOp* test_site(const VmOpForNextJump& next) {
-    static_assert(sizeof(VmOpForNextJump) > 16);
-    return reinterpret_cast<const VmOp*>(reinterpret_cast<const char*>(&next) + 16);
+// An instruction that looks its name up two ways keeps the second answer
+// under an address inside itself, where no other instruction starts:
+// ForNextJump (the variable for the step, the bare name for the test) and
+// the bare-name adds (the bare name, then the variable to assign).
+const VmOp* second_site(const VmOp* op) {
+    static_assert(sizeof(VmOpForNextJump) > 16 && sizeof(VmOpAddToBareName) > 16 &&
+                  sizeof(VmOpAddToBareLocal) > 16);
+    return reinterpret_cast<const VmOp*>(reinterpret_cast<const char*>(op) + 16);
 }
 
 // What the bare name means while it is kept as a variable no field hides.
@@ -146,6 +148,38 @@ const Memvar* kept_bare_variable(VmStack* stack, const VmOp* site, uint32_t symb
     return nullptr;
 }
 
+void write_slot(VmStack* stack, Memvar* slot);
+
+// Exchanges the top two slots, temporaries both, without touching what they own.
+void swap_top_slots(VmStack* stack) {
+    alignas(Memvar) unsigned char held[sizeof(Memvar)];
+    std::memcpy(held, static_cast<void*>(stack->esp), sizeof(Memvar));
+    std::memcpy(static_cast<void*>(stack->esp), static_cast<void*>(stack->esp + 1), sizeof(Memvar));
+    std::memcpy(static_cast<void*>(stack->esp + 1), held, sizeof(Memvar));
+}
+
+// `x = x + top`: in place while the bare name x means the variable; when a
+// field hides it, the field's value plus top goes to the target, which is
+// the slot, or found as assigning to the name finds it.
+void add_to_bare_name(VmStack* stack, const VmOp* op, uint32_t symbol, uint64_t offset) {
+    if (Memvar* variable = const_cast<Memvar*>(kept_bare_variable(stack, op, symbol))) {
+        if (add_in_place(variable, stack->esp)) pop_scalar(stack);
+        else {
+            inline_variant_add(variable, stack->esp);
+            stack->pop();
+        }
+        return;
+    }
+    read_by_name(stack, op, symbol);
+    swap_top_slots(stack);
+    if (add_in_place(stack->esp + 1, stack->esp)) pop_scalar(stack);
+    else {
+        inline_variant_add(stack->esp + 1, stack->esp);
+        stack->pop();
+    }
+    write_slot(stack, offset ? local_slot(stack, offset) : assignable_memvar(stack, second_site(op), symbol));
+}
+
 // The step in place, then the test of the loop's head on value, limit and
 // step; true: go round again.
 bool for_next_continues(VmStack* stack, const VmOpForNextJump& next) {
@@ -153,7 +187,7 @@ bool for_next_continues(VmStack* stack, const VmOpForNextJump& next) {
     const Memvar* step = local_slot(stack, next.step);
     const Memvar* limit = local_slot(stack, next.limit);
     if (!add_in_place(variable, step)) inline_variant_add(variable, step);
-    const VmOp* site = test_site(next);
+    const VmOp* site = second_site(&next);
     const Memvar* value = kept_bare_variable(stack, site, next.symbol);
     if (value && both_integers(value, limit) && step->tag == TAG_INTEGER)
         return three_way(value->integer, limit->integer) != three_way(step->integer, 0);
@@ -565,6 +599,14 @@ void run_loop(VmStack* stack, VmOp*** ip, Variant* ret) {
             }
             inline_variant_add(var, stack->esp);
             stack->pop();
+            break;
+        }
+        case OP_ADD_TO_BARE_NAME:
+            add_to_bare_name(stack, op, op_as<VmOpAddToBareName>(op).symbol, 0);
+            break;
+        case OP_ADD_TO_BARE_LOCAL: {
+            const auto& add = op_as<VmOpAddToBareLocal>(op);
+            add_to_bare_name(stack, op, add.symbol, add.offset);
             break;
         }
         case OP_STORE: store(stack); break;
