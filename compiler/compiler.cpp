@@ -140,6 +140,7 @@ bool is_jump(uint8_t opcode) {
     case OP_COND_FALSE_OR_NULL_JUMP:
     case OP_COND_FALSE_OR_NULL_JUMP_KEEP_ESP:
     case OP_FOR_COND_FALSE_JUMP:
+    case OP_FOR_NEXT_JUMP:
     case OP_JUMP: return true;
     default: return false;
     }

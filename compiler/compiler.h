@@ -201,6 +201,7 @@ public:
     } dowhile;
     struct {
         AddressLabelRecord* condition = nullptr;
+        AddressLabelRecord* body = nullptr;
         AddressLabelRecord* end = nullptr;
         const Statement* statement = nullptr;
         unsigned to_symbol = 0;

@@ -196,19 +196,43 @@ unsigned loop_variable_symbol(const CodePath& loop) {
     return loop.symbolize(static_cast<const Stmt_For*>(loop.for_loop.statement)->variable->name);
 }
 
-// The end of one round: the step added in place, then back to the test.
-int compile_for_loop(const document_location_st& location, CompiledCodeCollection* code, CodePath& path,
-                     CodePath& loop, bool closing) {
-    compiler_type_info_st type{};
-    compile_read_variable(location, loop.for_loop.step_symbol, true, false, code, path, &type);
-    unsigned symbol = loop_variable_symbol(loop);
+// A frame slot the compiler is sure of, else 0.
+unsigned long long certain_slot(CodePath& path, unsigned symbol) {
     unsigned long long offset;
     bool certain = false;
-    if (path.variable_get(symbol, &offset, &certain) && certain)
-        code->push_back(location, new VmOpReadAddWriteLocal(offset));
+    return path.variable_get(symbol, &offset, &certain) && certain ? offset : 0;
+}
+
+// The end of one round: the step added in place and the test in one
+// instruction when limit and step have frame slots, else the step and a
+// jump back to the test at the head.
+void compile_for_step(const document_location_st& location, CompiledCodeCollection* code, CodePath& path,
+                      CodePath& loop) {
+    unsigned symbol = loop_variable_symbol(loop);
+    unsigned long long variable = certain_slot(path, symbol);
+    unsigned long long limit = certain_slot(path, loop.for_loop.to_symbol);
+    unsigned long long step = certain_slot(path, loop.for_loop.step_symbol);
+    if (limit && step) {
+        auto* next = jump_to<VmOpForNextJump>(loop.for_loop.body);
+        next->variable = variable;
+        next->symbol = symbol;
+        next->limit = limit;
+        next->step = step;
+        code->push_back(location, next);
+        return;
+    }
+    compiler_type_info_st type{};
+    compile_read_variable(location, loop.for_loop.step_symbol, true, false, code, path, &type);
+    if (variable)
+        code->push_back(location, new VmOpReadAddWriteLocal(variable));
     else
         code->push_back(location, new VmOpReadAddWrite(symbol));
     code->push_back(jump_to<VmOpJump>(loop.for_loop.condition));
+}
+
+int compile_for_loop(const document_location_st& location, CompiledCodeCollection* code, CodePath& path,
+                     CodePath& loop, bool closing) {
+    compile_for_step(location, code, path, loop);
     if (!closing || &loop != &path) return 0;
     path.loop_kind = LOOP_NONE;
     code->push_back(path.for_loop.end);
@@ -231,6 +255,7 @@ int compile_stmt_for(const statement_iterator& end, statement_iterator& it, Comp
     loop.loop_kind = LOOP_FOR;
     loop.for_loop.condition = new_label(path, "for condition");
     loop.for_loop.end = new_label(path, "endfor");
+    loop.for_loop.body = new_label(path, "for body");
     loop.for_loop.statement = statement;
     compile_assign(statement->variable.get(), statement->from.get(), code, loop);
     loop.for_loop.to_symbol = compile_for_temp(statement, "forto", statement->to.get(), code, loop);
@@ -241,6 +266,7 @@ int compile_stmt_for(const statement_iterator& end, statement_iterator& it, Comp
     compile_read_variable(statement->location, loop.for_loop.to_symbol, true, false, code, loop, &type);
     compile_value(statement->variable.get(), code, loop);
     code->push_back(statement->location, jump_to<VmOpForCondFalseJump>(loop.for_loop.end));
+    code->push_back(loop.for_loop.body);
     compile_statement_list(end, it, code, loop);
     if (loop.loop_kind != LOOP_NONE) {
         code->push_back(loop.for_loop.end);

@@ -100,7 +100,9 @@ void compile_assign_with(const Operand* target, const value_emitter& emit_value,
 
 namespace {
 
-// `x = x + y` adds in place, so appending to a string in a loop copies nothing.
+// `x = x + y` adds in place, so appending to a string in a loop copies
+// nothing. The x on the right is still a bare name: a field of that name
+// gives the sum its left side, and the variable takes the result.
 bool is_self_add(unsigned target, const Operand* value, CodePath& path) {
     if (value->kind != OPERAND_BINARY) return false;
     const auto* binary = static_cast<const BinaryOperator*>(value);
@@ -132,9 +134,9 @@ void compile_assign_to_variable(const Operand_Variable* target, const Operand* v
     unsigned long long offset;
     bool certain = false;
     if (path.variable_get(symbol, &offset, &certain) && certain)
-        code->push_back(target->location, new VmOpReadAddWriteLocal(offset));
+        code->push_back(target->location, new VmOpAddToBareLocal(offset, symbol));
     else
-        code->push_back(target->location, new VmOpReadAddWrite(symbol));
+        code->push_back(target->location, new VmOpAddToBareName(symbol));
 }
 
 // ---- LOCAL, PUBLIC, PRIVATE ----

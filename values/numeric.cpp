@@ -121,12 +121,6 @@ bool double_to_integer(double whole, integer_type_st* out) noexcept {
     return true;
 }
 
-uint64_t product_decimals(uint64_t a, uint64_t b) noexcept {
-    if (a == DECIMALS_UNKNOWN || b == DECIMALS_UNKNOWN) return DECIMALS_UNKNOWN;
-    if (a > NUMERIC_MAX_DECIMALS || b > NUMERIC_MAX_DECIMALS) return DECIMALS_UNKNOWN;
-    return a + b > NUMERIC_MAX_DECIMALS ? DECIMALS_UNKNOWN : a + b;
-}
-
 std::string format_number(double value, uint64_t decimals, uint64_t width) {
     ZO_TRACE();
     if (!std::isfinite(value)) throw RuntimeError(ERR_NUMERIC_OVERFLOW);

@@ -27,7 +27,11 @@ extern const double powers_of_ten[POWERS_OF_TEN_COUNT];
 bool double_to_integer(double whole, integer_type_st* out) noexcept;
 
 // Decimals of a product: the sum, or unknown past 15 or when either is unknown.
-uint64_t product_decimals(uint64_t a, uint64_t b) noexcept;
+inline uint64_t product_decimals(uint64_t a, uint64_t b) noexcept {
+    if (a == DECIMALS_UNKNOWN || b == DECIMALS_UNKNOWN) return DECIMALS_UNKNOWN;
+    if (a > NUMERIC_MAX_DECIMALS || b > NUMERIC_MAX_DECIMALS) return DECIMALS_UNKNOWN;
+    return a + b > NUMERIC_MAX_DECIMALS ? DECIMALS_UNKNOWN : a + b;
+}
 
 // Text of a number with at most 15 significant digits, built with the format
 // "%%%llu.%llulf". Unknown decimals take the shortest form that shows the

@@ -35,8 +35,15 @@ void set_whole(Variant* v, double whole) {
 }
 
 // A quotient that is whole under the tolerance and fits 64 bits is an integer.
+// A quotient farther from its whole neighbour than a few tolerances is a
+// fraction for certain: the tolerance test's own division is left out then.
 void set_quotient(Variant* v, double quotient) {
     double rounded = std::round(quotient);
+    double distance = std::fabs(quotient - rounded);
+    if (distance > DOUBLE_TOLERANCE * (4 * std::fabs(rounded) + 1)) {
+        v->set_float(quotient, DECIMALS_UNKNOWN);
+        return;
+    }
     integer_type_st value;
     if (cmp_double_with_tollerance(quotient, rounded) == 0 && double_to_integer(rounded, &value))
         v->set_integer(value);

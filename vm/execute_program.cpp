@@ -142,6 +142,7 @@ void execute_program(VmStack* stack, size_t argc, bool has_this, const Program* 
     frame.saved_dynamic_locals = stack->dynamic_locals;
 
     stack->frame = &frame;
+    stack->frame_program_id = program->id;
     stack->locals = locals;
     stack->esp = stack->frame_esp = frame_esp;
     stack->argc = argc;
@@ -165,6 +166,7 @@ void execute_program(VmStack* stack, size_t argc, bool has_this, const Program* 
     stack->undo_top = frame.saved_undo_top;
     stack->dynamic_locals = frame.saved_dynamic_locals;
     stack->frame = frame.previous;
+    stack->frame_program_id = frame.previous ? frame.previous->program->id : 0;
     stack->argc = frame.saved_argc;
     free_try_scopes(&frame);
     if (deferred.action != DEFER_NOTHING) run_deferred(stack, deferred);

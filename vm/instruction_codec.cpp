@@ -176,7 +176,7 @@ const CodeTargets& targets_of(const CodeTargets* targets) {
 }
 
 template <class Jump>
-VmOp* read_jump(opcode_decoder_stack_st& decoder, std::istream& in) {
+Jump* read_jump(opcode_decoder_stack_st& decoder, std::istream& in) {
     uint64_t position = read_u64(in);
     auto* op = new Jump();
     op->target = reinterpret_cast<VmOp**>(position);
@@ -426,6 +426,26 @@ struct shape_codec<VmOpTryEnter> {
     }
 };
 
+template <>
+struct shape_codec<VmOpForNextJump> {
+    static void encode(const VmOp& op, module_writer& out) {
+        const auto& next = static_cast<const VmOpForNextJump&>(op);
+        out.jump(next.target);
+        out.u64(next.variable);
+        out.symbol(next.symbol);
+        out.u64(next.limit);
+        out.u64(next.step);
+    }
+    static VmOp* decode(opcode_decoder_stack_st& decoder, std::istream& in) {
+        auto* next = read_jump<VmOpForNextJump>(decoder, in);
+        next->variable = read_u64(in);
+        next->symbol = decoder.symbol(in);
+        next->limit = read_u64(in);
+        next->step = read_u64(in);
+        return next;
+    }
+};
+
 template <class Op>
 void encode_as(const VmOp* const& slot, module_writer& out) {
     shape_codec<Op>::encode(*slot, out);
@@ -468,6 +488,7 @@ namespace file_ids {
 #define ZO_CODEC_SHAPE_CHECK ZO_CODEC_ROW
 #define ZO_CODEC_SHAPE_UNRESOLVED ZO_CODEC_ROW
 #define ZO_CODEC_SHAPE_TRY ZO_CODEC_ROW
+#define ZO_CODEC_SHAPE_FOR_NEXT ZO_CODEC_ROW
 #define ZO_CODEC_SHAPE_UNUSED ZO_CODEC_UNUSED
 
 const std::vector<instruction_codec_st> codec_rows = {

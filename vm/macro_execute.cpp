@@ -34,6 +34,20 @@ document_location_st written_location(const VmFrame* frame, VmOp* const* ip) {
     return location;
 }
 
+// The program of the text, compiled once per text, charset, frame program
+// and place (see vm/macro_cache.h).
+std::shared_ptr<Program> compiled_macro(VmStack* stack, const String& text,
+                                        const document_location_st* written_at, VmOp* const* ip) {
+    const VmFrame* frame = stack->frame;
+    macro_key_st key{std::string(text.read(), text.size()), text.get_charset(),
+                     frame ? frame->program->id : 0,
+                     frame ? static_cast<uint64_t>(ip - frame->program->code()) : 0};
+    if (std::shared_ptr<Program> kept = stack->macro_cache.find(key)) return kept;
+    std::shared_ptr<Program> program = stack->resolver->compile_macro(stack, text, written_at);
+    stack->macro_cache.keep(std::move(key), program);
+    return program;
+}
+
 }  // namespace
 
 bool macro_execute(VmStack* stack, VmOp** const* ip, Variant* ret) {
@@ -49,7 +63,7 @@ bool macro_execute(VmStack* stack, VmOp** const* ip, Variant* ret) {
         // same text in a program stands outside its frame's code.
         throw RuntimeError(ERR_RECURSIVE_MACRO);
     }
-    std::unique_ptr<Program> program = stack->resolver->compile_macro(stack, text, written_at);
+    std::shared_ptr<Program> program = compiled_macro(stack, text, written_at, *ip);
     VmOp** macro_ip = program->code();
     Variant result;
     try {

@@ -38,7 +38,7 @@ Memvar* lookup_assignable_memvar(VmStack* stack, const VmOp* op, uint32_t symbol
 void lookup_by_name(VmStack* stack, const VmOp* op, uint32_t symbol);
 void lookup_file_object_or_memvar(VmStack* stack, const VmOp* op, uint32_t symbol);
 
-inline uint64_t frame_program_id(const VmStack* stack) { return stack->frame ? stack->frame->program->id : 0; }
+inline uint64_t frame_program_id(const VmStack* stack) { return stack->frame_program_id; }
 
 inline const name_cache_entry_st* kept_entry(VmStack* stack, const VmOp* op, uint64_t key) {
     const name_cache_entry_st& entry = stack->name_cache.at(op);
@@ -71,7 +71,7 @@ inline Memvar* assignable_memvar(VmStack* stack, const VmOp* op, uint32_t symbol
 
 // A bare name: a field of the expression table or of the current work area
 // hides a variable. Pushes the value.
-inline void read_by_name(VmStack* stack, const VmOp* op, uint32_t symbol) {
+[[gnu::always_inline]] inline void read_by_name(VmStack* stack, const VmOp* op, uint32_t symbol) {
     const name_cache_entry_st* entry = kept_entry(stack, op, name_key(symbol, NAME_FIELD_OR_VARIABLE));
     if (entry && entry->fields_version == stack->sessions->fields_version()) {
         if (entry->field.table) return stack->sessions->read_field(stack, entry->field, stack->push());

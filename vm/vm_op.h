@@ -208,8 +208,21 @@ public:
         : VmOp(OP_UNRESOLVED_CALL), name(function_name), n(count) {}
 };
 
+// The end of a FOR round in a frame with slots for its limit and step: the
+// step is added to the loop variable (a frame slot known to be LOCAL, or
+// the variable of that name), then the loop's test reads the variable as a
+// bare name, as the test at the loop's head does. The target is the body.
+class VmOpForNextJump : public VmOpJumpBase {
+public:
+    uint64_t variable = 0;  // 0: by name
+    uint32_t symbol = 0;
+    uint64_t limit = 0;
+    uint64_t step = 0;
+    VmOpForNextJump() : VmOpJumpBase(OP_FOR_NEXT_JUMP) {}
+};
+
 // The class of each row whose operands have a template shape; the rows of
-// shape CALL, CHECK, UNRESOLVED and TRY name the classes above and in
+// shape CALL, CHECK, UNRESOLVED, FOR_NEXT and TRY name the classes above and in
 // vm/try_scope.h.
 #define ZO_SHAPE_NONE(Name, ENUM) using VmOp##Name = VmOpPlain<OP_##ENUM>;
 #define ZO_SHAPE_SYMBOL(Name, ENUM) using VmOp##Name = VmOpSymbol<OP_##ENUM>;
@@ -233,6 +246,7 @@ public:
 #define ZO_SHAPE_CHECK(Name, ENUM)
 #define ZO_SHAPE_UNRESOLVED(Name, ENUM)
 #define ZO_SHAPE_TRY(Name, ENUM)
+#define ZO_SHAPE_FOR_NEXT(Name, ENUM)
 #define ZO_SHAPE_UNUSED(Name, ENUM)
 #define ZO_INSTRUCTION(code, Name, ENUM, operands, pops, pushes, meaning) ZO_SHAPE_##operands(Name, ENUM)
 #include "vm/instructions.def"
@@ -259,6 +273,7 @@ public:
 #undef ZO_SHAPE_CHECK
 #undef ZO_SHAPE_UNRESOLVED
 #undef ZO_SHAPE_TRY
+#undef ZO_SHAPE_FOR_NEXT
 #undef ZO_SHAPE_UNUSED
 
 // The n operand of an instruction that has one, else 0.

@@ -50,6 +50,14 @@ bool add_in_place(Variant* left, const Variant* right) {
     return false;
 }
 
+// left *= right for two numerics, as the general product gives it.
+bool multiply_in_place(Variant* left, const Variant* right) {
+    if (left->tag != TAG_NUMERIC || right->tag != TAG_NUMERIC) return false;
+    left->numeric = {left->numeric.value * right->numeric.value,
+                     product_decimals(left->numeric.decimals, right->numeric.decimals)};
+    return true;
+}
+
 // Sub, mul, div, pow and mod: a null on either side makes the result null.
 template <typename Operation>
 void binary_with_null_rule(VmStack* stack, Operation operation) {
@@ -120,6 +128,74 @@ bool for_loop_ends(VmStack* stack) {
     stack->pop();
     stack->pop();
     return ends;
+}
+
+// An instruction that looks its name up two ways keeps the second answer
+// under an address inside itself, where no other instruction starts:
+// ForNextJump (the variable for the step, the bare name for the test) and
+// the bare-name adds (the bare name, then the variable to assign).
+const VmOp* second_site(const VmOp* op) {
+    static_assert(sizeof(VmOpForNextJump) > 16 && sizeof(VmOpAddToBareName) > 16 &&
+                  sizeof(VmOpAddToBareLocal) > 16);
+    return reinterpret_cast<const VmOp*>(reinterpret_cast<const char*>(op) + 16);
+}
+
+// What the bare name means while it is kept as a variable no field hides.
+const Memvar* kept_bare_variable(VmStack* stack, const VmOp* site, uint32_t symbol) {
+    const name_cache_entry_st* entry = kept_entry(stack, site, name_key(symbol, NAME_FIELD_OR_VARIABLE));
+    if (entry && entry->fields_version == stack->sessions->fields_version() && !entry->field.table)
+        return kept_variable(stack, *entry);
+    return nullptr;
+}
+
+void write_slot(VmStack* stack, Memvar* slot);
+
+// Exchanges the top two slots, temporaries both, without touching what they own.
+void swap_top_slots(VmStack* stack) {
+    alignas(Memvar) unsigned char held[sizeof(Memvar)];
+    std::memcpy(held, static_cast<void*>(stack->esp), sizeof(Memvar));
+    std::memcpy(static_cast<void*>(stack->esp), static_cast<void*>(stack->esp + 1), sizeof(Memvar));
+    std::memcpy(static_cast<void*>(stack->esp + 1), held, sizeof(Memvar));
+}
+
+// `x = x + top`: in place while the bare name x means the variable; when a
+// field hides it, the field's value plus top goes to the target, which is
+// the slot, or found as assigning to the name finds it.
+void add_to_bare_name(VmStack* stack, const VmOp* op, uint32_t symbol, uint64_t offset) {
+    if (Memvar* variable = const_cast<Memvar*>(kept_bare_variable(stack, op, symbol))) {
+        if (add_in_place(variable, stack->esp)) pop_scalar(stack);
+        else {
+            inline_variant_add(variable, stack->esp);
+            stack->pop();
+        }
+        return;
+    }
+    read_by_name(stack, op, symbol);
+    swap_top_slots(stack);
+    if (add_in_place(stack->esp + 1, stack->esp)) pop_scalar(stack);
+    else {
+        inline_variant_add(stack->esp + 1, stack->esp);
+        stack->pop();
+    }
+    write_slot(stack, offset ? local_slot(stack, offset) : assignable_memvar(stack, second_site(op), symbol));
+}
+
+// The step in place, then the test of the loop's head on value, limit and
+// step; true: go round again.
+bool for_next_continues(VmStack* stack, const VmOpForNextJump& next) {
+    Memvar* variable = next.variable ? local_slot(stack, next.variable) : find_memvar(stack, &next, next.symbol);
+    const Memvar* step = local_slot(stack, next.step);
+    const Memvar* limit = local_slot(stack, next.limit);
+    if (!add_in_place(variable, step)) inline_variant_add(variable, step);
+    const VmOp* site = second_site(&next);
+    const Memvar* value = kept_bare_variable(stack, site, next.symbol);
+    if (value && both_integers(value, limit) && step->tag == TAG_INTEGER)
+        return three_way(value->integer, limit->integer) != three_way(step->integer, 0);
+    stack->push()->set_variant(step);
+    stack->push()->set_variant(limit);
+    if (value) stack->push()->set_variant(value);
+    else read_by_name(stack, site, next.symbol);
+    return !for_loop_ends(stack);
 }
 
 void cast_top(VmStack* stack, const VmOp* op, uint8_t wanted) {
@@ -284,6 +360,10 @@ void run_loop(VmStack* stack, VmOp*** ip, Variant* ret) {
             binary_with_null_rule(stack, [stack](Variant* l, Variant* r) { l->sub(stack, *r); });
             break;
         case OP_BINARY_MUL:
+            if (multiply_in_place(stack->esp + 1, stack->esp)) {
+                pop_scalar(stack);
+                break;
+            }
             binary_with_null_rule(stack, [stack](Variant* l, Variant* r) { l->mul(stack, *r); });
             break;
         case OP_BINARY_DIV:
@@ -416,6 +496,17 @@ void run_loop(VmStack* stack, VmOp*** ip, Variant* ret) {
                 continue;
             }
             break;
+        case OP_FOR_NEXT_JUMP: {
+            const auto& next = op_as<VmOpForNextJump>(op);
+            if (for_next_continues(stack, next)) {
+                // A loop's way round: Ctrl-C is answered here, as at a jump.
+                poll_interrupt(stack);
+                *ip = pc = next.target;
+                completed(true);
+                continue;
+            }
+            break;
+        }
         case OP_INIT_LPARAMETERS: init_lparameters(stack, op_as<VmOpInitLparameters>(op).n); break;
         case OP_INIT_PARAMETER: {
             const auto& init = op_as<VmOpInitParameter>(op);
@@ -508,6 +599,14 @@ void run_loop(VmStack* stack, VmOp*** ip, Variant* ret) {
             }
             inline_variant_add(var, stack->esp);
             stack->pop();
+            break;
+        }
+        case OP_ADD_TO_BARE_NAME:
+            add_to_bare_name(stack, op, op_as<VmOpAddToBareName>(op).symbol, 0);
+            break;
+        case OP_ADD_TO_BARE_LOCAL: {
+            const auto& add = op_as<VmOpAddToBareLocal>(op);
+            add_to_bare_name(stack, op, add.symbol, add.offset);
             break;
         }
         case OP_STORE: store(stack); break;

@@ -10,6 +10,7 @@
 #include "base/export.h"
 #include "values/error.h"
 #include "vm/data_sessions.h"
+#include "vm/macro_cache.h"
 #include "vm/memvar.h"
 #include "vm/name_cache.h"
 #include "vm/vm_op.h"
@@ -124,7 +125,12 @@ public:
     void names_changed() noexcept { ++names_version; }
     // What by-name instructions found, while both versions stand.
     NameCache name_cache;
+    // Macro statements compiled on this stack (vm/macro_cache.h).
+    MacroCache macro_cache;
     VmFrame* frame = nullptr;
+    // The running frame's Program::id, 0 at rest: what kept names are checked
+    // against, read without going through the frame.
+    uint64_t frame_program_id = 0;
     std::list<Error> errors;
     RuntimeError last_error;
     RuntimeThrow pending_throw;

@@ -18,12 +18,12 @@ protected:
     }
 };
 
-TEST_F(ExpressionStatementTest, SelfAddIsOneReadAddWrite) {
+TEST_F(ExpressionStatementTest, SelfAddIsOneAddToTheBareName) {
     compile_statement("x = x + 1");
-    EXPECT_EQ(opcodes(), (std::vector<uint8_t>{OP_READ_CONST_INTEGER, OP_READ_ADD_WRITE}));
+    EXPECT_EQ(opcodes(), (std::vector<uint8_t>{OP_READ_CONST_INTEGER, OP_ADD_TO_BARE_NAME}));
     compiler.code.clear();
     compile_statement("X = x + 1");
-    EXPECT_EQ(opcodes(), (std::vector<uint8_t>{OP_READ_CONST_INTEGER, OP_READ_ADD_WRITE}));
+    EXPECT_EQ(opcodes(), (std::vector<uint8_t>{OP_READ_CONST_INTEGER, OP_ADD_TO_BARE_NAME}));
 }
 
 TEST_F(ExpressionStatementTest, AddWithTheNameOnTheRightIsAPlainStore) {

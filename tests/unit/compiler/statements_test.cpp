@@ -78,9 +78,9 @@ TEST_F(StatementsTest, LoopInForAppliesTheStepOnce) {
     EXPECT_EQ(count_ops(*program, OP_READ_ADD_WRITE), 2u);  // LOOP and NEXT each step once
 }
 
-TEST_F(StatementsTest, SelfAddCompilesToOneReadAddWrite) {
-    EXPECT_EQ(count_ops(*command("x = 1\nX = x + 1\n"), OP_READ_ADD_WRITE), 1u);
-    EXPECT_EQ(count_ops(*command("x = 1\nx = 1 + x\n"), OP_READ_ADD_WRITE), 0u);
+TEST_F(StatementsTest, SelfAddCompilesToOneAdd) {
+    EXPECT_EQ(count_ops(*command("x = 1\nX = x + 1\n"), OP_ADD_TO_BARE_NAME), 1u);
+    EXPECT_EQ(count_ops(*command("x = 1\nx = 1 + x\n"), OP_ADD_TO_BARE_NAME), 0u);
 }
 
 TEST_F(StatementsTest, StrayClosersAreRecordedAndLaterLinesStillCompile) {
@@ -191,8 +191,14 @@ TEST_F(StatementsTest, FunctionLocalsGoBySlot) {
     const UserFunction* f = module->find_function(runtime->symbols().symbolize("f"));
     ASSERT_NE(f, nullptr);
     const Program& program = *f->program();
-    EXPECT_EQ(count_ops(program, OP_READ_ADD_WRITE_LOCAL), 2u);
+    // s = s + i in place; the FOR round's end steps i by its slot.
+    EXPECT_EQ(count_ops(program, OP_ADD_TO_BARE_LOCAL), 1u);
+    EXPECT_EQ(count_ops(program, OP_READ_ADD_WRITE_LOCAL), 0u);
     EXPECT_EQ(count_ops(program, OP_READ_ADD_WRITE), 0u);
+    ASSERT_EQ(count_ops(program, OP_FOR_NEXT_JUMP), 1u);
+    for (size_t k = 0; k < program.instruction_count(); ++k)
+        if (program.code()[k]->opcode == OP_FOR_NEXT_JUMP)
+            EXPECT_NE(static_cast<const VmOpForNextJump*>(program.code()[k])->variable, 0u);
     EXPECT_EQ(count_ops(program, OP_WRITE_MEMVAR_BY_NAME), 0u);
 }
 
