@@ -481,16 +481,6 @@ TEST_F(TableApiHost, SkipStopsAtBothEnds) {
     CloseTable(stack, table);
 }
 
-TEST_F(TableApiHost, ScopesAreNotAvailable) {
-    std::vector<indexdef_st> tags = {{"name", "name", nullptr, nullptr, false, false, false, false}};
-    void* table = create("scopes", tags);
-    SelectIndex(stack, table, 0);
-    EXPECT_EQ(error_of([&] { SetScope(stack, table, "A", 1, SEEK_FORWARD, SEEK_RANGE_INCLUSIVE); }),
-              ERR_NOT_AVAILABLE);
-    EXPECT_EQ(error_of([&] { ClearScope(stack, table); }), ERR_NOT_AVAILABLE);
-    CloseTable(stack, table);
-}
-
 // Enough records for a tree of more than one level; the quantities are
 // appended out of order, so that the tags' order is not file order.
 TEST_F(TableApiHost, IndexPositionRunsFromZeroToOne) {
