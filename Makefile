@@ -14,6 +14,8 @@ THREAD_BUILD ?= build-tsan
 # The unit tests that start threads of their own; the language tests that do
 # carry the ctest label "threads".
 THREAD_UNIT_TESTS = Thread|Concurrent|LocksBlockUntil|RecordLocksExclude
+# A report fails the run (exit status 66) but doesn't stop it.
+THREAD_SANITIZER = TSAN_OPTIONS="halt_on_error=0 second_deadlock_stack=1 exitcode=66 suppressions=$(CURDIR)/tests/tsan.supp"
 
 .PHONY: all deps build demo install check check-sanitize check-thread bench bench-compare clean
 
@@ -55,10 +57,8 @@ check-sanitize: deps
 check-thread: deps
 	cmake -S . -B $(THREAD_BUILD) -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo -DZOBASE_SANITIZE_THREAD=ON
 	cmake --build $(THREAD_BUILD) -j $(JOBS) --target zosh unit_tests zo_example_extension
-	cd $(THREAD_BUILD) && TSAN_OPTIONS="halt_on_error=0 second_deadlock_stack=1 exitcode=66 suppressions=$(CURDIR)/tests/tsan.supp" \
-		ctest --output-on-failure -j $(JOBS) -L threads
-	cd $(THREAD_BUILD) && TSAN_OPTIONS="halt_on_error=0 second_deadlock_stack=1 exitcode=66 suppressions=$(CURDIR)/tests/tsan.supp" \
-		ctest --output-on-failure -j $(JOBS) -R '$(THREAD_UNIT_TESTS)'
+	cd $(THREAD_BUILD) && $(THREAD_SANITIZER) ctest --output-on-failure -j $(JOBS) -L threads
+	cd $(THREAD_BUILD) && $(THREAD_SANITIZER) ctest --output-on-failure -j $(JOBS) -R '$(THREAD_UNIT_TESTS)'
 
 # Native benchmarks print their own figures; bench-compare times the
 # language benchmarks of bench/lang side by side with Python and Lua, and
