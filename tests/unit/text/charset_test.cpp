@@ -407,7 +407,7 @@ TEST(CharsetThreads, EachThreadUsesItsOwnConverter) {
 // Threads that ask for charsets nobody used yet (here the untranslated
 // forms) load each of them once and all get that one.
 TEST(CharsetThreads, FirstUsesFromSeveralThreadsLoadOneCharset) {
-    const int codepages[] = {437, 850, 852, 866, 874, 932, 936, 949, 950, 1250, 1251, 1252, 1253, 1254, 1255, 1256, 1257};
+    const int codepages[] = {437, 850, 852, 866, 874, 932, 936, 949, 950, 1250, 1251, 1252, 1253, 1254, 1255, 1256};
     std::vector<std::vector<const Charset*>> seen(4);
     std::vector<std::thread> threads;
     for (int t = 0; t < 4; ++t)
