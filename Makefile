@@ -10,8 +10,14 @@ DEMO_TARGETS = zobase zosh first_run
 SANITIZE_BUILD ?= build-san
 FUZZ_BUILD ?= build-fuzz
 FUZZ_SECONDS ?= 60
+THREAD_BUILD ?= build-tsan
+# The unit tests that start threads of their own; the language tests that do
+# carry the ctest label "threads".
+THREAD_UNIT_TESTS = Thread|Concurrent|LocksBlockUntil|RecordLocksExclude
+# A report fails the run (exit status 66) but doesn't stop it.
+THREAD_SANITIZER = TSAN_OPTIONS="halt_on_error=0 second_deadlock_stack=1 exitcode=66 suppressions=$(CURDIR)/tests/tsan.supp"
 
-.PHONY: all deps build demo install check check-sanitize bench bench-compare clean
+.PHONY: all deps build demo install check check-sanitize check-thread bench bench-compare clean
 
 all: build
 
@@ -48,6 +54,14 @@ check-sanitize: deps
 	cmake --build $(FUZZ_BUILD) -j $(JOBS) --target fuzz_source fuzz_table_open
 	sh tests/fuzz/run.sh $(FUZZ_BUILD) $(FUZZ_SECONDS)
 
+# The tests that start threads, built with ThreadSanitizer: any report of
+# a race fails its test. tests/tsan.supp names what is left out, and why.
+check-thread: deps
+	cmake -S . -B $(THREAD_BUILD) -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo -DZOBASE_SANITIZE_THREAD=ON
+	cmake --build $(THREAD_BUILD) -j $(JOBS) --target zosh unit_tests zo_example_extension
+	cd $(THREAD_BUILD) && $(THREAD_SANITIZER) ctest --output-on-failure -j $(JOBS) -L threads
+	cd $(THREAD_BUILD) && $(THREAD_SANITIZER) ctest --output-on-failure -j $(JOBS) -R '$(THREAD_UNIT_TESTS)'
+
 # Native benchmarks print their own figures; bench-compare times the
 # language benchmarks of bench/lang side by side with Python and Lua, and
 # bench/tables.py the table programs beside Python's sqlite3, bench/sql.py
@@ -62,4 +76,4 @@ bench-compare: build
 	python3 bench/compare.py $(BUILD)/zosh
 
 clean:
-	rm -rf $(BUILD) $(SANITIZE_BUILD) $(FUZZ_BUILD)
+	rm -rf $(BUILD) $(SANITIZE_BUILD) $(FUZZ_BUILD) $(THREAD_BUILD)

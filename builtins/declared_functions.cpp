@@ -6,6 +6,7 @@
 #include <setjmp.h>
 #include <signal.h>
 
+#include <mutex>
 #include <string>
 
 #include "base/call_trace.h"
@@ -115,27 +116,43 @@ void write_back(VmStack* stack, const declare_parameter_st& parameter, const c_a
 thread_local sigjmp_buf* crash_guard = nullptr;
 constexpr int GUARDED_SIGNALS[] = {SIGSEGV, SIGBUS, SIGFPE, SIGILL};
 
+// Signal handlers belong to the process, not to a thread: the guard's
+// handlers stay in place while any thread is inside a guarded call, and
+// the runtime's own ones (the call trace of a crash) come back when the
+// last such call ends. Guarded calls counts them under the mutex.
+std::mutex crash_guard_mutex;
+size_t guarded_calls = 0;
+struct sigaction runtime_handlers[std::size(GUARDED_SIGNALS)];
+
+// A crash on a thread outside a guarded call is the runtime's: its handlers
+// come back, and the faulting instruction, run again on return, reaches them.
 void on_crash(int signal) {
     if (crash_guard) siglongjmp(*crash_guard, signal);
+    for (size_t i = 0; i < std::size(GUARDED_SIGNALS); ++i)
+        if (GUARDED_SIGNALS[i] == signal) sigaction(signal, &runtime_handlers[i], nullptr);
 }
 
-// The runtime's own handlers (the call trace of a crash) come back after the call.
 class CrashGuardScope {
 public:
     CrashGuardScope() {
+        std::lock_guard lock(crash_guard_mutex);
+        if (guarded_calls++ > 0) return;
         struct sigaction guard{};
         guard.sa_handler = on_crash;
         sigemptyset(&guard.sa_mask);
         guard.sa_flags = SA_NODEFER;
-        for (size_t i = 0; i < std::size(GUARDED_SIGNALS); ++i) sigaction(GUARDED_SIGNALS[i], &guard, &previous_[i]);
+        for (size_t i = 0; i < std::size(GUARDED_SIGNALS); ++i)
+            sigaction(GUARDED_SIGNALS[i], &guard, &runtime_handlers[i]);
     }
     ~CrashGuardScope() {
         crash_guard = nullptr;
-        for (size_t i = 0; i < std::size(GUARDED_SIGNALS); ++i) sigaction(GUARDED_SIGNALS[i], &previous_[i], nullptr);
+        std::lock_guard lock(crash_guard_mutex);
+        if (--guarded_calls > 0) return;
+        for (size_t i = 0; i < std::size(GUARDED_SIGNALS); ++i)
+            sigaction(GUARDED_SIGNALS[i], &runtime_handlers[i], nullptr);
     }
-
-private:
-    struct sigaction previous_[std::size(GUARDED_SIGNALS)];
+    CrashGuardScope(const CrashGuardScope&) = delete;
+    CrashGuardScope& operator=(const CrashGuardScope&) = delete;
 };
 
 // Nothing with a destructor lives in this frame between sigsetjmp and a jump back.
@@ -202,6 +219,11 @@ void run_declared(ffi_cif*, void*, void** arguments, void* data) {
 }
 
 }  // namespace
+
+bool declared_function_matches(const declared_function_st& function, void* entry, DeclareType result,
+                               const std::vector<declare_parameter_st>& parameters) {
+    return function.entry == entry && function.result == result && function.parameters == parameters;
+}
 
 declared_function_ptr make_declared_function(void* entry, DeclareType result,
                                              const std::vector<declare_parameter_st>& parameters) {

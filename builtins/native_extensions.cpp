@@ -71,18 +71,21 @@ NativeExtensions::NativeExtensions(Runtime* runtime) : runtime_(runtime) {}
 
 NativeExtensions::~NativeExtensions() {
     declared_.clear();
+    retired_.clear();
     for (auto& opened : libraries_) unload_library_tables(opened->library.get());
     libraries_.clear();
     for (void* handle : handles_) dlclose(handle);
 }
 
 void NativeExtensions::clear_libraries() {
+    std::unique_lock lock(mutex_);
     for (auto& opened : libraries_) unload_library_tables(opened->library.get());
     libraries_.clear();
 }
 
 std::vector<String> NativeExtensions::libraries() const {
     std::vector<String> paths;
+    std::shared_lock lock(mutex_);
     for (const auto& opened : libraries_) paths.push_back(opened->path);
     return paths;
 }
@@ -101,6 +104,7 @@ void* NativeExtensions::find_shared_object(VmStack* stack, const String& file, i
 void* NativeExtensions::open_shared_object(VmStack* stack, const String& file) {
     void* handle = find_shared_object(stack, file, RTLD_NOW | RTLD_LOCAL);
     if (!handle) throw RuntimeError(ERR_FILE_NOT_FOUND, file);
+    std::unique_lock lock(mutex_);
     if (std::find(handles_.begin(), handles_.end(), handle) != handles_.end()) dlclose(handle);
     else handles_.push_back(handle);
     return handle;
@@ -114,6 +118,7 @@ void NativeExtensions::add_library(VmStack* stack, const String& file) {
     auto describe = reinterpret_cast<describe_module_fn>(dlsym(handle, DESCRIBE_MODULE_SYMBOL));
     if (!describe) raise_no_description(file);
     if (dladdr(reinterpret_cast<void*>(describe), &info) && info.dli_fname) path = String(info.dli_fname);
+    std::unique_lock lock(mutex_);
     for (const auto& opened : libraries_)
         if (opened->path.u8str() == path.u8str()) return;
     const module_description_st* description = describe();
@@ -135,19 +140,36 @@ void NativeExtensions::declare(VmStack* stack, DeclareType result, const String&
     void* handle = open_shared_object(stack, file);
     void* entry = dlsym(handle, name.u8str().c_str());
     if (!entry) throw RuntimeError(ERR_FILE_NOT_FOUND, name);
-    declared_.insert_or_assign(alias.size() ? alias : name,
-                               declared_st{make_declared_function(entry, result, parameters), handle});
+    const String& key = alias.size() ? alias : name;
+    std::unique_lock lock(mutex_);
+    auto found = declared_.find(key);
+    if (found != declared_.end()) {
+        if (declared_function_matches(*found->second.function, entry, result, parameters)) return;
+        retire(found->second);
+        declared_.erase(found);
+    }
+    declared_.emplace(key, declared_st{make_declared_function(entry, result, parameters), handle});
 }
+
+void NativeExtensions::retire(declared_st& declared) { retired_.push_back(std::move(declared.function)); }
 
 // Asking the loader without loading: a library never opened is no library
 // of ours, whatever the file.
 void NativeExtensions::release_library(VmStack* stack, const String& file) {
     ZO_TRACE();
     void* handle = find_shared_object(stack, file, RTLD_NOW | RTLD_NOLOAD);
+    std::unique_lock lock(mutex_);
     bool ours = handle && std::find(handles_.begin(), handles_.end(), handle) != handles_.end();
     if (handle) dlclose(handle);  // the reference RTLD_NOLOAD took
     if (!ours) throw RuntimeError(ERR_FILE_NOT_FOUND, file);
-    std::erase_if(declared_, [handle](const auto& entry) { return entry.second.handle == handle; });
+    for (auto entry = declared_.begin(); entry != declared_.end();) {
+        if (entry->second.handle != handle) {
+            ++entry;
+            continue;
+        }
+        retire(entry->second);
+        entry = declared_.erase(entry);
+    }
     std::erase_if(libraries_, [handle](const std::unique_ptr<opened_library_st>& opened) {
         if (opened->handle != handle) return false;
         unload_library_tables(opened->library.get());
@@ -155,13 +177,22 @@ void NativeExtensions::release_library(VmStack* stack, const String& file) {
     });
 }
 
-void NativeExtensions::clear_declared() { declared_.clear(); }
+void NativeExtensions::clear_declared() {
+    std::unique_lock lock(mutex_);
+    for (auto& [alias, declared] : declared_) retire(declared);
+    declared_.clear();
+}
 
 void NativeExtensions::clear_declared(const String& alias) {
-    if (!declared_.erase(alias)) throw RuntimeError(ERR_FILE_NOT_FOUND, alias);
+    std::unique_lock lock(mutex_);
+    auto found = declared_.find(alias);
+    if (found == declared_.end()) throw RuntimeError(ERR_FILE_NOT_FOUND, alias);
+    retire(found->second);
+    declared_.erase(found);
 }
 
 const library_function_st* NativeExtensions::find_function(const String& name) const {
+    std::shared_lock lock(mutex_);
     auto declared = declared_.find(name);
     if (declared != declared_.end()) return &declared_function_entry(*declared->second.function);
     for (const auto& opened : libraries_) {
@@ -172,6 +203,7 @@ const library_function_st* NativeExtensions::find_function(const String& name) c
 }
 
 const library_command_def_st* NativeExtensions::find_command(const String& name) const {
+    std::shared_lock lock(mutex_);
     for (const auto& opened : libraries_)
         if (const library_command_def_st* command = opened->library->find_command(name)) return command;
     return nullptr;

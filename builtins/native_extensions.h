@@ -8,9 +8,13 @@
 //
 // Opened shared objects stay loaded until the runtime ends: code may still
 // hold their handlers after SET LIBRARY TO, RELEASE LIBRARY or CLEAR DLLS
-// has dropped them from the lists.
+// has dropped them from the lists. Threads share the lists under a lock;
+// a declared function replaced or dropped stays callable until the runtime
+// ends, since another thread may be inside it (declaring the same function
+// again keeps the one there is).
 #include <map>
 #include <memory>
+#include <shared_mutex>
 #include <vector>
 
 #include "compiler/library.h"
@@ -41,6 +45,7 @@ enum DeclareType : uint8_t {
 struct declare_parameter_st {
     DeclareType type;
     bool by_reference;  // "@": the callee gets the address of a copy, written back afterwards
+    bool operator==(const declare_parameter_st&) const = default;
 };
 
 // A signature as a late-bound call converts the arguments to it.
@@ -56,6 +61,9 @@ typedef std::unique_ptr<declared_function_st, declared_function_deleter_st> decl
 declared_function_ptr make_declared_function(void* entry, DeclareType result,
                                              const std::vector<declare_parameter_st>& parameters);
 const library_function_st& declared_function_entry(const declared_function_st& function);
+// Whether a declaration would make the same function again.
+bool declared_function_matches(const declared_function_st& function, void* entry, DeclareType result,
+                               const std::vector<declare_parameter_st>& parameters);
 
 class NativeExtensions {
 public:
@@ -99,7 +107,11 @@ private:
     };
     std::vector<void*> handles_;  // every shared object opened, once each, closed at the end
     std::vector<std::unique_ptr<opened_library_st>> libraries_;  // SET LIBRARY's list, in order
+    mutable std::shared_mutex mutex_;  // guards every list here
     std::map<String, declared_st, NameLess> declared_;
+    std::vector<declared_function_ptr> retired_;  // replaced or dropped, kept until the end
+    // Moves a declaration out of the list into retired_.
+    void retire(declared_st& declared);
     // The handle of a library as a file name finds it, `mode` as dlopen
     // takes it; null when there is none.
     void* find_shared_object(VmStack* stack, const String& file, int mode) const;

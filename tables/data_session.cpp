@@ -19,19 +19,29 @@ String alias_of_file(const String& name) {
     return String(std::filesystem::path(name.u8str()).stem().string().c_str());
 }
 
-DataSession_Object::DataSession_Object(Class* object_class, TableDataSessions* sessions, int32_t session_id)
-    : Object(object_class), id(session_id), owner(sessions) {}
+DataSession_Object::DataSession_Object(Class* object_class, TableDataSessions* sessions,
+                                       std::shared_ptr<session_registry_st> registry, int32_t session_id)
+    : Object(object_class), id(session_id), owner(sessions), registry_(std::move(registry)) {}
 
 // Tables close with their last reference; a table still held elsewhere
-// stays open until that goes too.
+// stays open until that goes too. A session that never had a reference
+// was never seen by another thread.
 DataSession_Object::~DataSession_Object() {
     close_all(owner ? owner->stack() : nullptr);
-    if (owner) owner->forget(this);
+    leave_owner();
 }
 
+// The releasing stack closes the work areas, whichever thread it runs.
 void DataSession_Object::destroy(VmStack* stack) {
+    leave_owner();
     close_all(stack);
     Object::destroy(stack);
+}
+
+void DataSession_Object::leave_owner() noexcept {
+    std::lock_guard lock(registry_->mutex);
+    registry_->sessions.erase(id);
+    owner = nullptr;
 }
 
 void DataSession_Object::work_areas_changed() noexcept {

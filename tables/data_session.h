@@ -8,6 +8,7 @@
 // when its last reference goes.
 #include <cstdint>
 #include <map>
+#include <memory>
 #include <unordered_map>
 
 #include "objects/class.h"
@@ -22,6 +23,7 @@ namespace zobase {
 
 class Symtable;
 class TableDataSessions;
+struct session_registry_st;
 
 constexpr int32_t MAX_WORK_AREA = 32767;
 
@@ -31,11 +33,13 @@ constexpr const char* SESSION_CLASS_NAME = "Session";
 
 class DataSession_Object : public Object {
 public:
-    DataSession_Object(Class* object_class, TableDataSessions* owner, int32_t id);
+    DataSession_Object(Class* object_class, TableDataSessions* owner, std::shared_ptr<session_registry_st> registry,
+                       int32_t id);
     ~DataSession_Object() override;
 
     const int32_t id;
-    // The stack's sessions while they exist; null once they are gone.
+    // The stack's sessions while they exist and this session is theirs;
+    // null once either is gone. Changed only under the registry's lock.
     TableDataSessions* owner;
     session_settings_st settings;
 
@@ -92,7 +96,11 @@ public:
 private:
     // Every change of the current table or of the aliases goes through here.
     void work_areas_changed() noexcept;
+    // Leaves the stack's list of sessions: the last reference may go on
+    // another thread than the stack's, which goes on using its list.
+    void leave_owner() noexcept;
 
+    std::shared_ptr<session_registry_st> registry_;
     int32_t current_ = 1;
     bool in_transaction_ = false;
     Table_Object* current_table_ = nullptr;

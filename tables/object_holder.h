@@ -12,6 +12,7 @@ class ObjectHolder {
 public:
     ObjectHolder() = default;
     ObjectHolder(const ObjectHolder& other) : value_(other.value_) {}
+    ObjectHolder(ObjectHolder&& other) noexcept : value_(std::move(other.value_)) {}
     ObjectHolder& operator=(const ObjectHolder& other) {
         if (this != &other) {
             Variant copy(other.value_);
@@ -33,6 +34,16 @@ public:
     static ObjectHolder of(const object_ptr_st& reference) {
         ObjectHolder holder;
         holder.value_.set(reference);
+        return holder;
+    }
+
+    // A reference to an object known only by its record (a list that
+    // doesn't count): empty when its last use already ended.
+    static ObjectHolder if_alive(const object_ptr_st& reference) {
+        ObjectHolder holder;
+        if (!object_ptr_try_acquire(reference)) return holder;
+        holder.value_.tag = TAG_OBJECT;
+        holder.value_.object = reference;
         return holder;
     }
 

@@ -11,7 +11,8 @@
 
 namespace zobase {
 
-TableDataSessions::TableDataSessions(VmStack* stack) : DataSessions(nullptr), stack_(stack) {
+TableDataSessions::TableDataSessions(VmStack* stack)
+    : DataSessions(nullptr), stack_(stack), registry_(std::make_shared<session_registry_st>()) {
     Variant first;
     create_session(&first);
     first_ = ObjectHolder<DataSession_Object>::of(first.object);
@@ -22,16 +23,29 @@ TableDataSessions::TableDataSessions(VmStack* stack) : DataSessions(nullptr), st
 // The work areas close while the stack still stands; sessions that the
 // language holds elsewhere outlive it, closed, and no longer know it.
 TableDataSessions::~TableDataSessions() {
-    for (auto& [id, session] : sessions_) {
+    std::vector<ObjectHolder<DataSession_Object>> sessions = live_sessions();
+    {
+        std::lock_guard lock(registry_->mutex);
+        for (auto& [id, session] : registry_->sessions) session->owner = nullptr;
+        registry_->sessions.clear();
+    }
+    for (auto& session : sessions) {
         try {
             session->close_all(stack_);
         } catch (const Exception&) {
         }
-        session->owner = nullptr;
+        session.reset(stack_);
     }
-    sessions_.clear();
     current_.reset(nullptr);
     first_.reset(nullptr);
+}
+
+std::vector<ObjectHolder<DataSession_Object>> TableDataSessions::live_sessions() {
+    std::vector<ObjectHolder<DataSession_Object>> live;
+    std::lock_guard lock(registry_->mutex);
+    for (auto& [id, session] : registry_->sessions)
+        if (auto holder = ObjectHolder<DataSession_Object>::if_alive(session->self())) live.push_back(std::move(holder));
+    return live;
 }
 
 void TableDataSessions::make_current(const ObjectHolder<DataSession_Object>& session) {
@@ -41,8 +55,9 @@ void TableDataSessions::make_current(const ObjectHolder<DataSession_Object>& ses
 }
 
 DataSession_Object* TableDataSessions::new_session(Class* session_class) {
-    auto* session = new DataSession_Object(session_class, this, next_id_++);
-    sessions_.emplace(session->id, session);
+    auto* session = new DataSession_Object(session_class, this, registry_, next_id_++);
+    std::lock_guard lock(registry_->mutex);
+    registry_->sessions.emplace(session->id, session);
     return session;
 }
 
@@ -53,7 +68,7 @@ void TableDataSessions::create_session(Variant* dest) {
 // Every session is tried; the first failure is raised after the others closed.
 void TableDataSessions::close_work_areas(VmStack* stack) {
     std::exception_ptr failure;
-    for (auto& [id, session] : sessions_) {
+    for (auto& session : live_sessions()) {
         try {
             session->close_all(stack);
         } catch (const RuntimeError&) {
@@ -64,12 +79,16 @@ void TableDataSessions::close_work_areas(VmStack* stack) {
     if (failure) std::rethrow_exception(failure);
 }
 
-void TableDataSessions::forget(DataSession_Object* session) noexcept { sessions_.erase(session->id); }
-
+// A session whose last reference is going on another thread is no longer there.
 void TableDataSessions::select_session(int32_t id) {
-    auto found = sessions_.find(id);
-    if (found == sessions_.end()) throw RuntimeError(ERR_SESSION_INVALID);
-    make_current(ObjectHolder<DataSession_Object>::of(found->second->self()));
+    ObjectHolder<DataSession_Object> session;
+    {
+        std::lock_guard lock(registry_->mutex);
+        auto found = registry_->sessions.find(id);
+        if (found != registry_->sessions.end()) session = ObjectHolder<DataSession_Object>::if_alive(found->second->self());
+    }
+    if (!session) throw RuntimeError(ERR_SESSION_INVALID);
+    make_current(session);
 }
 
 }  // namespace zobase

@@ -6,6 +6,9 @@
 // stack it makes.
 #include <cstdint>
 #include <map>
+#include <memory>
+#include <mutex>
+#include <vector>
 
 #include "tables/data_session.h"
 #include "tables/object_holder.h"
@@ -14,6 +17,14 @@
 namespace zobase {
 
 class Table_Object;
+
+// The sessions made on one stack that still live, by id, not counted: the
+// stack and its sessions share it, since a session's last reference may go
+// on another thread, or after the stack's sessions are gone.
+struct session_registry_st {
+    std::mutex mutex;
+    std::map<int32_t, DataSession_Object*> sessions;
+};
 
 class TableDataSessions final : public DataSessions {
 public:
@@ -31,8 +42,6 @@ public:
     void create_session(Variant* dest);
     // A new session of this stack, not yet referenced, for CREATEOBJECT.
     DataSession_Object* new_session(Class* session_class);
-    // A session's destructor tells its stack it is gone.
-    void forget(DataSession_Object* session) noexcept;
 
     // The table whose filter, FOR clause or index expression is running.
     Table_Object* expression_table() const noexcept { return expression_table_; }
@@ -52,14 +61,15 @@ public:
 
 private:
     void make_current(const ObjectHolder<DataSession_Object>& session);
+    // References to the sessions still alive, taken under the lock, so
+    // that their work areas can close outside it.
+    std::vector<ObjectHolder<DataSession_Object>> live_sessions();
 
     VmStack* stack_;
     Table_Object* expression_table_ = nullptr;
     ObjectHolder<DataSession_Object> first_;
     ObjectHolder<DataSession_Object> current_;
-    // Every session made on this stack that still exists, by id. Not
-    // counted: a session's destructor takes it out.
-    std::map<int32_t, DataSession_Object*> sessions_;
+    std::shared_ptr<session_registry_st> registry_;
     int32_t next_id_ = 1;
 };
 

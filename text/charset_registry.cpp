@@ -5,6 +5,7 @@
 #include <cstring>
 #include <iterator>
 #include <mutex>
+#include <shared_mutex>
 #include <string>
 #include <unordered_map>
 
@@ -119,6 +120,9 @@ const country_codepage_st country_codepages[] = {
 constexpr int FALLBACK_CODEPAGE = 437;
 
 struct registry_st {
+    // Threads load charsets on first use: `loaded` changes under the lock.
+    // The other maps are filled once, before any thread asks.
+    std::shared_mutex loaded_mutex;
     std::unordered_map<uint32_t, Charset*> loaded;
     std::unordered_map<uint64_t, const charset_st*> rows;
     std::unordered_map<std::string, uint32_t> names;
@@ -158,12 +162,19 @@ void add_aliases() {
 const Charset* load_charset(uint32_t csid) {
     constexpr uint32_t BINARY_CSID = 2;
     if ((csid & 0xFFFF) == BINARY_CSID) csid |= CSID_NOCPTRANS;
-    auto found = registry().loaded.find(csid);
-    if (found != registry().loaded.end()) return found->second;
-    auto row = registry().rows.find(csid & 0xFFFF);
-    if (row == registry().rows.end()) return nullptr;
+    registry_st& maps = registry();
+    {
+        std::shared_lock lock(maps.loaded_mutex);
+        auto found = maps.loaded.find(csid);
+        if (found != maps.loaded.end()) return found->second;
+    }
+    auto row = maps.rows.find(csid & 0xFFFF);
+    if (row == maps.rows.end()) return nullptr;
+    std::unique_lock lock(maps.loaded_mutex);
+    auto found = maps.loaded.find(csid);
+    if (found != maps.loaded.end()) return found->second;
     Charset* charset = row->second->loader(row->second, (csid & CSID_NOCPTRANS) != 0);
-    registry().loaded[csid] = charset;
+    maps.loaded.emplace(csid, charset);
     return charset;
 }
 
@@ -214,8 +225,13 @@ void __shutdown_character_sets() {
     Charset::utf8 = nullptr;
     Charset::utf16le = nullptr;
     Charset::utf32le = nullptr;
-    for (auto& [csid, charset] : registry().loaded) delete charset;
-    registry() = registry_st{};
+    registry_st& maps = registry();
+    for (auto& [csid, charset] : maps.loaded) delete charset;
+    maps.loaded.clear();
+    maps.rows.clear();
+    maps.names.clear();
+    maps.windows_codepages.clear();
+    maps.codepages.clear();
 }
 
 const Charset* GetCharsetByCSID(uint32_t csid) {

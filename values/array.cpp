@@ -20,7 +20,7 @@ array_storage_st* allocate_storage(uint64_t elements) {
     auto* storage = new array_storage_st;
     storage->elements = slots;
     storage->capacity = elements;
-    storage->shares = 1;
+    storage->shares.store(1, std::memory_order_relaxed);
     return storage;
 }
 
@@ -50,8 +50,10 @@ const Variant* Array::read(uint64_t row, uint64_t column) const {
     return read(element_number(row, column));
 }
 
+// A value holding the only share writes in place: nobody else can take
+// a share of it meanwhile, since that needs a holder to copy from.
 Variant* Array::write(VmStack* stack, uint64_t index) {
-    if (storage->shares > 1) unshare(stack);
+    if (storage->shares.load(std::memory_order_acquire) > 1) unshare(stack);
     if (index == 0 || index > count) throw RuntimeError(ERR_SUBSCRIPT_OUT_OF_RANGE);
     return &storage->elements[index - 1];
 }
@@ -68,7 +70,9 @@ void Array::unshare(VmStack* stack) {
 }
 
 void Array::release(VmStack* stack) {
-    if (--storage->shares != 0) return;
+    if (storage->shares.load(std::memory_order_acquire) != 1 &&
+        storage->shares.fetch_sub(1, std::memory_order_acq_rel) != 1)
+        return;
     for (uint64_t i = 0; i < count; ++i) storage->elements[i].release(stack);
     delete[] storage->elements;
     delete storage;

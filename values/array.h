@@ -1,6 +1,7 @@
 #pragma once
 // One- or two-dimensional arrays of Variant, shared between copies and copied
 // on write. Subscripts count from 1.
+#include <atomic>
 #include <cstdint>
 
 #include "base/export.h"
@@ -13,7 +14,9 @@ class VmStack;
 struct array_storage_st {
     Variant* elements;
     uint64_t capacity;
-    uint64_t shares;  // plain count: an array stays on one stack
+    // The values holding it. Atomic: an array in a property of an object
+    // that threads share is copied and released on several stacks.
+    std::atomic<uint64_t> shares;
 };
 
 class ZO_API Array {
@@ -27,7 +30,7 @@ public:
     Variant* write(VmStack* stack, uint64_t index);
     Variant* write(VmStack* stack, uint64_t row, uint64_t column);
     void release(VmStack* stack);
-    void acquire() noexcept { ++storage->shares; }
+    void acquire() noexcept { storage->shares.fetch_add(1, std::memory_order_relaxed); }
 
     uint64_t rows() const noexcept { return columns ? count / columns : count; }
     uint64_t asubscript_row(uint64_t index) const noexcept;

@@ -404,5 +404,23 @@ TEST(CharsetThreads, EachThreadUsesItsOwnConverter) {
     EXPECT_EQ(failures, std::vector<int>(4, 0));
 }
 
+// Threads that ask for charsets nobody used yet (here the untranslated
+// forms) load each of them once and all get that one.
+TEST(CharsetThreads, FirstUsesFromSeveralThreadsLoadOneCharset) {
+    const int codepages[] = {437, 850, 852, 866, 874, 932, 936, 949, 950, 1250, 1251, 1252, 1253, 1254, 1255, 1256};
+    std::vector<std::vector<const Charset*>> seen(4);
+    std::vector<std::thread> threads;
+    for (int t = 0; t < 4; ++t)
+        threads.emplace_back([&, t] {
+            for (int codepage : codepages) seen[t].push_back(get_charset_by_codepage(codepage, true));
+        });
+    for (auto& thread : threads) thread.join();
+    for (int t = 1; t < 4; ++t) EXPECT_EQ(seen[t], seen[0]);
+    for (size_t i = 0; i < std::size(codepages); ++i) {
+        ASSERT_NE(seen[0][i], nullptr) << codepages[i];
+        EXPECT_EQ(seen[0][i], get_charset_by_codepage(codepages[i], true));
+    }
+}
+
 }  // namespace
 }  // namespace zobase

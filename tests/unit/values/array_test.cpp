@@ -1,5 +1,8 @@
 #include <gtest/gtest.h>
 
+#include <thread>
+#include <vector>
+
 #include "values/error.h"
 #include "tests/unit/support/error_number.h"
 #include "values/variant.h"
@@ -42,6 +45,27 @@ TEST(ArraySharing, WritingThroughOneCopyLeavesTheOther) {
     EXPECT_NE(a.array.storage, b.array.storage);
     EXPECT_EQ(a.array.read(1)->integer, 1);
     EXPECT_EQ(b.array.read(1)->integer, 99);
+    a.release(nullptr);
+    b.release(nullptr);
+}
+
+// Threads copy and drop one array, as the threads of the language do with an
+// array held in a property of an object they share.
+TEST(ArraySharing, CountsStayExactUnderConcurrentCopies) {
+    Variant a = two_by_three();
+    std::vector<std::thread> threads;
+    for (int t = 0; t < 4; ++t)
+        threads.emplace_back([&a] {
+            for (int i = 0; i < 20000; ++i) {
+                Variant copy(a);
+                copy.release(nullptr);
+            }
+        });
+    for (std::thread& thread : threads) thread.join();
+    EXPECT_EQ(a.array.storage->shares.load(), 1u);
+    Variant b(a);
+    b.array.write(nullptr, 1)->set_integer(7LL);
+    EXPECT_EQ(a.array.read(1)->integer, 1) << "a shared array is still copied on write";
     a.release(nullptr);
     b.release(nullptr);
 }
