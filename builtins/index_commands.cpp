@@ -167,7 +167,7 @@ void void_stackcall_seek(VmStack* stack, unsigned long long) {
     const session_settings_st& settings = stack->sessions->settings();
     int key_option = flags & SEEK_FLAG_PREFIX ? KEY_PREFIX : flags & SEEK_FLAG_EXACT ? KEY_WHOLE : default_key_option(stack);
     unsigned range = SEEK_RANGE_INCLUSIVE;
-    if (flags & SEEK_FLAG_AFTER) range = flags & SEEK_FLAG_SAME ? 3 : SEEK_RANGE_STRICT;
+    if (flags & SEEK_FLAG_AFTER) range = SEEK_RANGE_STRICT | (flags & SEEK_FLAG_SAME ? SEEK_RANGE_INCLUSIVE : 0u);
     const Variant& near_value = argument(stack, 5);
     bool near = is_null_argument(near_value) ? settings.near : near_value.tag == TAG_TRUE;
     int direction = flags & SEEK_FLAG_DESCENDING ? SEEK_BACKWARD : flags & SEEK_FLAG_ASCENDING ? SEEK_FORWARD : 0;
