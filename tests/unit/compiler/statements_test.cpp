@@ -196,9 +196,11 @@ TEST_F(StatementsTest, FunctionLocalsGoBySlot) {
     EXPECT_EQ(count_ops(program, OP_READ_ADD_WRITE_LOCAL), 0u);
     EXPECT_EQ(count_ops(program, OP_READ_ADD_WRITE), 0u);
     ASSERT_EQ(count_ops(program, OP_FOR_NEXT_JUMP), 1u);
-    for (size_t k = 0; k < program.instruction_count(); ++k)
-        if (program.code()[k]->opcode == OP_FOR_NEXT_JUMP)
+    for (size_t k = 0; k < program.instruction_count(); ++k) {
+        if (program.code()[k]->opcode == OP_FOR_NEXT_JUMP) {
             EXPECT_NE(static_cast<const VmOpForNextJump*>(program.code()[k])->variable, 0u);
+        }
+    }
     EXPECT_EQ(count_ops(program, OP_WRITE_MEMVAR_BY_NAME), 0u);
 }
 

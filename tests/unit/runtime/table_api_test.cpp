@@ -305,8 +305,12 @@ TEST_F(TableApiHost, FieldInfoDescribesWhatCreateTableTook) {
         EXPECT_STRCASEEQ(info.name, asked[f].name);
         EXPECT_EQ(info.type, asked[f].type);
         EXPECT_EQ(info.nullable, asked[f].nullable);
-        if (!asked[f].default_length) EXPECT_EQ(info.length, asked[f].length);
-        if (!asked[f].default_decimals) EXPECT_EQ(info.decimals, asked[f].decimals);
+        if (!asked[f].default_length) {
+            EXPECT_EQ(info.length, asked[f].length);
+        }
+        if (!asked[f].default_decimals) {
+            EXPECT_EQ(info.decimals, asked[f].decimals);
+        }
     }
     fielddef_st id;
     GetFieldInfo(table, ID, &id);
