@@ -107,7 +107,7 @@ void index_node_st::decode(uint32_t length, bool compact_tag) {
     geometry.entry_size = static_cast<uint8_t>(bytes[23]);
     const compact_geometry_st& g = geometry;
     if (g.entry_size == 0 || g.entry_size > 8 || g.record_bits > 32 || g.duplicate_bits > 8 || g.trailing_bits > 8 ||
-        g.record_bits + g.duplicate_bits + g.trailing_bits > g.entry_size * 8u ||
+        g.record_bits + g.duplicate_bits + g.trailing_bits > g.entry_size * 8 ||
         static_cast<uint32_t>(count) * g.entry_size > COMPACT_AREA_SIZE || free_space > COMPACT_AREA_SIZE)
         corrupted();
 }

@@ -67,7 +67,9 @@ ObjectHolder<Table_Object> Table_Object_ZoDbf::use(VmStack* stack, const String&
     fs::path canonical = fs::canonical(found, error);
     if (error) throw RuntimeError(ERR_FILESYSTEM_GENERIC, String("canonical"));
     String path(canonical);
-    uint32_t flags = FILE_OPEN_READ | (read_only ? 0 : FILE_OPEN_WRITE) | (shared ? FILE_OPEN_SHARED : 0);
+    uint32_t flags = FILE_OPEN_READ;
+    if (!read_only) flags |= FILE_OPEN_WRITE;
+    if (shared) flags |= FILE_OPEN_SHARED;
     auto table = table_operation(TABLE_USE, [&] { return path; }, [&] { return open_dbf(path, flags); });
     auto* object = new Table_Object_ZoDbf(builtin_class(stack, TABLE_CLASS_NAME), std::move(table));
     ObjectHolder<Table_Object> holder = ObjectHolder<Table_Object>::adopt(object);
