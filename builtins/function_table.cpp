@@ -17,8 +17,6 @@ const library_function_row_st core_function_rows[] = {
     {"__init_if_from_macro", "C.@", stackcall___init_if_from_macro, "L", 0},
     {"__init_do_while_from_macro", "C.@", stackcall___init_do_while_from_macro, "L", 0},
     {"__init_scan_from_macro", "C.@.@", stackcall___init_scan_from_macro, "L", 0},
-    // SCAN
-    {"__scan_next", ".", stackcall___scan_next, "L", 0},
     {"abs", ".?", stackcall_abs, ".?", 0},
     {"acharset", ".@", stackcall_acharset, "I", 0},
     {"acopy", "A.@|III", stackcall_acopy, "I", 0},

@@ -10,8 +10,6 @@ class VmStack;
 void stackcall___init_if_from_macro(VmStack* stack, unsigned long long argc, Variant* result);
 void stackcall___init_do_while_from_macro(VmStack* stack, unsigned long long argc, Variant* result);
 void stackcall___init_scan_from_macro(VmStack* stack, unsigned long long argc, Variant* result);
-// SCAN
-void stackcall___scan_next(VmStack* stack, unsigned long long argc, Variant* result);
 void stackcall_abs(VmStack* stack, unsigned long long argc, Variant* result);
 void stackcall_acos(VmStack* stack, unsigned long long argc, Variant* result);
 void stackcall_alltrim(VmStack* stack, unsigned long long argc, Variant* result);

@@ -348,6 +348,13 @@ int compile_stmt_endfor(const statement_iterator&, statement_iterator& it, Compi
 
 // ---- SCAN ----
 
+void compile_select_loop_area(const document_location_st& location, const CodePath& loop,
+                              CompiledCodeCollection* code, CodePath& path) {
+    compiler_type_info_st type{};
+    compile_read_variable(location, loop.scan.work_area_symbol, true, false, code, path, &type);
+    code->push_back(location, new VmOpCallNativeVoid(require_command(path, "select").handler, 1));
+}
+
 void compile_plain_command(StatementTypes type, const document_location_st& location,
                            CompiledCodeCollection* code, CodePath& path) {
     BasicCommand command(type);
@@ -355,16 +362,12 @@ void compile_plain_command(StatementTypes type, const document_location_st& loca
     compile_basic_command(&command, code, path);
 }
 
-// Every round skips in the loop's own work area, whatever the body selected,
-// and ends at its end of file; one call does both.
+// Every round skips in the loop's own work area, whatever the body selected.
 int compile_scan_loop(const document_location_st& location, CompiledCodeCollection* code, CodePath& path,
                       CodePath& loop, bool closing) {
+    compile_select_loop_area(location, loop, code, path);
     if (closing) code->push_back(loop.scan.end_of_body);
-    compiler_type_info_st type{};
-    code->push_back(location, new VmOpEspAlloc());
-    compile_read_variable(location, loop.scan.work_area_symbol, true, false, code, path, &type);
-    code->push_back(location, new VmOpCallNative(require_function(path, "__scan_next").handler, 1));
-    code->push_back(location, jump_to<VmOpCondTrueJump>(loop.scan.end));
+    compile_plain_command(STMT_SKIP, location, code, path);
     code->push_back(jump_to<VmOpJump>(loop.scan.condition));
     if (!closing || &loop != &path) return 0;
     path.loop_kind = LOOP_NONE;
@@ -416,11 +419,10 @@ int compile_stmt_scan(const statement_iterator& end, statement_iterator& it, Com
     const Option* for_clause = statement->options.find("FOR");
     const Option* while_clause = statement->options.find("WHILE");
     if (!statement->options.has("REST") && !while_clause) compile_plain_command(STMT_GO_TOP, location, code, loop);
+    code->push_back(loop.scan.condition);
+    compile_select_loop_area(location, loop, code, loop);
     compile_call_spec_do(location, require_function(loop, "eof"), none.get(), code, loop, &type);
     code->push_back(location, jump_to<VmOpCondTrueJump>(loop.scan.end));
-    // Each later round comes here from the end of the body, past its end of
-    // file and in its own work area.
-    code->push_back(loop.scan.condition);
     if (for_clause || for_temp)
         compile_scan_clause(for_clause ? for_clause->value.get() : nullptr, for_temp.get(), loop.scan.end_of_body,
                             code, loop);
