@@ -301,17 +301,28 @@ ReadResult read_column(SQLHSTMT hstmt, SQLUSMALLINT column, ColumnReader reader,
     return READ_VALUE;
 }
 
-int64_t fetch_by_rows(VmStack* stack, int64_t id, SQLHSTMT hstmt, const std::vector<fielddef_st>& fields,
-                      const std::vector<ColumnReader>& readers, Table_Object* table) {
-    std::string buffer;
+// Fetches until the result set ends. `take` stores what one fetch brought
+// and answers how many rows that was, or -1 after a failure it has logged.
+template <class Take>
+int64_t fetch_all(VmStack* stack, int64_t id, SQLHSTMT hstmt, Take take) {
     int64_t rows = 0;
     for (;;) {
         SQLRETURN rc = SQLFetch(hstmt);
-        if (rc == SQL_NO_DATA) break;
+        if (rc == SQL_NO_DATA) return rows;
         if (!sql_succeeded(rc)) {
             _sql_log_diag_rec(stack, id, SQL_HANDLE_STMT, hstmt);
             return -1;
         }
+        int64_t taken = take();
+        if (taken < 0) return -1;
+        rows += taken;
+    }
+}
+
+int64_t fetch_by_rows(VmStack* stack, int64_t id, SQLHSTMT hstmt, const std::vector<fielddef_st>& fields,
+                      const std::vector<ColumnReader>& readers, Table_Object* table) {
+    std::string buffer;
+    return fetch_all(stack, id, hstmt, [&]() -> int64_t {
         table->begin_append();
         for (size_t i = 0; i < readers.size(); ++i) {
             ReadResult result = read_column(hstmt, static_cast<SQLUSMALLINT>(i + 1), readers[i], table, i, &buffer);
@@ -323,9 +334,8 @@ int64_t fetch_by_rows(VmStack* stack, int64_t id, SQLHSTMT hstmt, const std::vec
             }
         }
         table->commit(stack);
-        ++rows;
-    }
-    return rows;
+        return 1;
+    });
 }
 
 // ---- blocks of rows into bound buffers: one call to the driver per block
@@ -440,14 +450,8 @@ void store_bound_row(Table_Object* table, const BlockBinding& binding, SQLULEN r
 
 int64_t fetch_by_blocks(VmStack* stack, int64_t id, SQLHSTMT hstmt, const std::vector<fielddef_st>& fields,
                         const BlockBinding& binding, Table_Object* table) {
-    int64_t rows = 0;
-    for (;;) {
-        SQLRETURN rc = SQLFetch(hstmt);
-        if (rc == SQL_NO_DATA) break;
-        if (!sql_succeeded(rc)) {
-            _sql_log_diag_rec(stack, id, SQL_HANDLE_STMT, hstmt);
-            return -1;
-        }
+    return fetch_all(stack, id, hstmt, [&]() -> int64_t {
+        int64_t rows = 0;
         for (SQLULEN row = 0; row < binding.fetched; ++row) {
             SQLUSMALLINT status = binding.status[row];
             if (status == SQL_ROW_NOROW) continue;
@@ -460,8 +464,8 @@ int64_t fetch_by_blocks(VmStack* stack, int64_t id, SQLHSTMT hstmt, const std::v
             table->commit(stack);
             ++rows;
         }
-    }
-    return rows;
+        return rows;
+    });
 }
 
 }  // namespace
