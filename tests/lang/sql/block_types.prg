@@ -6,17 +6,17 @@ lcConnect = GETENV("ZOBASE_SQL_CONNECT")
 llServer = !EMPTY(lcConnect)
 lcConnect = IIF(llServer, lcConnect, "Driver=SQLite3;Database=block_types.db")
 h = sqlstringconnect(lcConnect)
-? "create:", sqlexec(h, "create table kinds (id integer, flag boolean, small smallint, big bigint, " + ;
+? "create:", sqlexec(h, "create table block_kinds (id integer, flag boolean, small smallint, big bigint, " + ;
   "price numeric(10,2), ratio double precision, born date, seen timestamp, at_time time, code char(4), " + ;
   "name varchar(12), note text)")
-= sqlexec(h, "insert into kinds values (1, ?.T., 7, ?(2^40), 1234.56, 1.25, ?DATE(2024, 2, 29), " + ;
+= sqlexec(h, "insert into block_kinds values (1, ?.T., 7, ?(2^40), 1234.56, 1.25, ?DATE(2024, 2, 29), " + ;
   "?DATETIME(2024, 2, 29, 13, 14, 15), '12:34:56', 'AB', ?'Zoë Ångström', 'n')")
-= sqlexec(h, "insert into kinds values (2, ?.F., -32768, ?(0 - 2^40), -0.05, -1e300, ?DATE(1, 1, 1), " + ;
+= sqlexec(h, "insert into block_kinds values (2, ?.F., -32768, ?(0 - 2^40), -0.05, -1e300, ?DATE(1, 1, 1), " + ;
   "?DATETIME(9999, 12, 31, 23, 59, 59), '00:00:00', '', '', 'n')")
-= sqlexec(h, "insert into kinds (id) values (3)")
+= sqlexec(h, "insert into block_kinds (id) values (3)")
 lcColumns = "id, flag, small, big, price, ratio, born, seen, at_time, code, name"
-? "blocks:", sqlexec(h, "select " + lcColumns + " from kinds order by id", "blk")
-? "rows:", sqlexec(h, "select " + lcColumns + ", note from kinds order by id", "one")
+? "blocks:", sqlexec(h, "select " + lcColumns + " from block_kinds order by id", "blk")
+? "rows:", sqlexec(h, "select " + lcColumns + ", note from block_kinds order by id", "one")
 nFields = AFIELDS(aFields, "blk")
 ? "fields:", nFields, "records:", RECCOUNT("blk"), RECCOUNT("one")
 SELECT blk

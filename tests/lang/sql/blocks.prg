@@ -9,18 +9,18 @@ lcConnect = GETENV("ZOBASE_SQL_CONNECT")
 llServer = !EMPTY(lcConnect)
 lcConnect = IIF(llServer, lcConnect, "Driver=SQLite3;Database=blocks.db")
 h = sqlstringconnect(lcConnect)
-? "create:", sqlexec(h, "create table rows (id integer, name varchar(10), amount double precision, day date, note text)")
+? "create:", sqlexec(h, "create table block_rows (id integer, name varchar(10), amount double precision, day date, note text)")
 FOR i = 1 TO 150
   vName = IIF(i % 50 = 0, .NULL., IIF(i % 7 = 0, "Zoë😀" + TRANSFORM(i), "n" + TRANSFORM(i)))
   vAmount = IIF(i % 40 = 0, .NULL., i * 0.25)
-  = sqlexec(h, "insert into rows values (?i, ?vName, ?vAmount, ?(DATE(2024, 1, 1) + i), ?('note ' + TRANSFORM(i)))")
+  = sqlexec(h, "insert into block_rows values (?i, ?vName, ?vAmount, ?(DATE(2024, 1, 1) + i), ?('note ' + TRANSFORM(i)))")
 NEXT
 lcLong = REPLICATE("a", 50)
-= sqlexec(h, "insert into rows values (151, ?IIF(llServer, LEFT(lcLong, 10), lcLong), 1, NULL, NULL)")
+= sqlexec(h, "insert into block_rows values (151, ?IIF(llServer, LEFT(lcLong, 10), lcLong), 1, NULL, NULL)")
 lcLong = REPLICATE("ä", 30)
-= sqlexec(h, "insert into rows values (152, ?IIF(llServer, LEFT(lcLong, 10), lcLong), 2, NULL, NULL)")
+= sqlexec(h, "insert into block_rows values (152, ?IIF(llServer, LEFT(lcLong, 10), lcLong), 2, NULL, NULL)")
 
-? "select:", sqlexec(h, "select id, name, amount, day from rows order by id", "r")
+? "select:", sqlexec(h, "select id, name, amount, day from block_rows order by id", "r")
 ? "rows:", RECCOUNT(), "fields:", AFIELDS(aFields)
 nIds = 0
 nAmount = 0
@@ -44,12 +44,12 @@ FOR k = 1 TO GETWORDCOUNT(lcRecords)
 NEXT
 
 * The same statement handle: an empty result, then one read row by row.
-? "empty:", sqlexec(h, "select id, name from rows where id < 0", "e"), RECCOUNT("e")
-? "memo:", sqlexec(h, "select id, note from rows where id in (64, 65) order by id", "m")
+? "empty:", sqlexec(h, "select id, name from block_rows where id < 0", "e"), RECCOUNT("e")
+? "memo:", sqlexec(h, "select id, note from block_rows where id in (64, 65) order by id", "m")
 SCAN
   ? id, note
 ENDSCAN
-? "again:", sqlexec(h, "select id, day from rows where id between 149 and 151 order by id", "a"), RECCOUNT("a")
+? "again:", sqlexec(h, "select id, day from block_rows where id between 149 and 151 order by id", "a"), RECCOUNT("a")
 SCAN
   ? id, day
 ENDSCAN
