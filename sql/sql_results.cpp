@@ -1,5 +1,7 @@
 // Result sets as cursors: the field of each column by its SQL type, and the
-// rows read with SQLGetData into appended records.
+// rows read into appended records: blocks of rows into bound buffers where
+// every column has a bounded size and the driver takes the binding, else one
+// row at a time with SQLGetData per value (long text, memo, blob).
 #include <cstring>
 #include <string>
 
@@ -168,12 +170,85 @@ ColumnReader reader_of(const fielddef_st& field) {
 
 enum ReadResult : int { READ_VALUE, READ_NULL, READ_FAILED };
 
-// A value of fixed size.
-ReadResult get_fixed(SQLHSTMT hstmt, SQLUSMALLINT column, SQLSMALLINT c_type, void* value) {
-    SQLLEN indicator = 0;
-    if (!sql_succeeded(SQLGetData(hstmt, column, c_type, value, 0, &indicator))) return READ_FAILED;
-    return indicator == SQL_NULL_DATA ? READ_NULL : READ_VALUE;
+// The C type each reader asks the driver for; text crosses as UTF-16, money
+// as decimal text so that no digit passes through a double.
+SQLSMALLINT c_type_of(ColumnReader reader) {
+    switch (reader) {
+    case READ_TEXT: return SQL_C_WCHAR;
+    case READ_BINARY: return SQL_C_BINARY;
+    case READ_INTEGER: return SQL_C_SBIGINT;
+    case READ_MONEY: return SQL_C_CHAR;
+    case READ_DATE: return SQL_C_TYPE_DATE;
+    case READ_DATETIME: return SQL_C_TYPE_TIMESTAMP;
+    case READ_DOUBLE: return SQL_C_DOUBLE;
+    case READ_LOGICAL: return SQL_C_BIT;
+    }
+    return SQL_C_BINARY;
 }
+
+constexpr SQLLEN MONEY_TEXT_BYTES = 64;
+
+// ---- storing one value of the driver's C type into the appended record
+
+// UTF-16 text into the table's charset. Text of plain ASCII, the usual
+// case, is the same bytes in UTF-8 and needs no converter.
+void store_text(Table_Object* table, uint64_t index, const SQLWCHAR* wide, size_t units) {
+    const Charset* charset = table->charset ? table->charset : Charset::utf8;
+    if (charset == Charset::utf8) {
+        char narrow[FIRST_CHUNK];
+        size_t i = 0;
+        if (units <= sizeof narrow)
+            for (; i < units && wide[i] < 0x80; ++i) narrow[i] = static_cast<char>(wide[i]);
+        if (i == units) return table->set_field_string(index, String::fromBytes(narrow, units, charset));
+    }
+    String text = String::fromBytes(reinterpret_cast<const char*>(wide), units * sizeof(SQLWCHAR), Charset::utf16le);
+    text.convert(charset, 0, CSTRAN_SUBSTITUTE);
+    table->set_field_string(index, text);
+}
+
+void store_money(Table_Object* table, uint64_t index, const char* text) {
+    money_type_st value;
+    if (int error = string_to_money(text, std::strlen(text), nullptr, &value, U'.', U','); error != 0)
+        throw RuntimeError(error);
+    table->set_field_money(index, value);
+}
+
+void store_date(Table_Object* table, uint64_t index, const SQL_DATE_STRUCT& value) {
+    date_st date;
+    if (serial_julian_date(value.year, value.month, value.day, &date) != 0) throw RuntimeError(ERR_DATE_INVALID);
+    table->set_field_date(index, date);
+}
+
+void store_datetime(Table_Object* table, uint64_t index, const SQL_TIMESTAMP_STRUCT& value) {
+    datetime_st datetime;
+    if (serial_julian_date(value.year, value.month, value.day, value.hour, value.minute, value.second, &datetime))
+        throw RuntimeError(ERR_DATE_INVALID);
+    datetime.msecs += value.fraction / 1000000u;
+    table->set_field_datetime(index, datetime);
+}
+
+// A value of a fixed-size type, or text of `size` bytes.
+void store_value(Table_Object* table, uint64_t index, ColumnReader reader, const void* value, size_t size) {
+    switch (reader) {
+    case READ_TEXT:
+        return store_text(table, index, static_cast<const SQLWCHAR*>(value), size / sizeof(SQLWCHAR));
+    case READ_BINARY:
+        return table->set_field_string(index, String::fromBytes(static_cast<const char*>(value), size, Charset::binary));
+    case READ_INTEGER: return table->set_field_integer(index, *static_cast<const SQLBIGINT*>(value));
+    case READ_MONEY: return store_money(table, index, static_cast<const char*>(value));
+    case READ_DATE: return store_date(table, index, *static_cast<const SQL_DATE_STRUCT*>(value));
+    case READ_DATETIME: return store_datetime(table, index, *static_cast<const SQL_TIMESTAMP_STRUCT*>(value));
+    case READ_DOUBLE:
+        return table->set_field_numeric(index, numeric_type_st{*static_cast<const SQLDOUBLE*>(value), DECIMALS_UNKNOWN});
+    case READ_LOGICAL: return table->set_field_bool(index, *static_cast<const SQLCHAR*>(value) != 0);
+    }
+}
+
+void store_null(Table_Object* table, uint64_t index, const fielddef_st& field) {
+    if (field.nullable == FIELD_NULLABLE) table->set_field_null(index);
+}
+
+// ---- one row at a time, one SQLGetData per value: any column, any driver
 
 // Long data: a first piece of 256 bytes, then the rest in pieces of what the
 // driver says is left (doubling when it can't say). Text pieces end with a
@@ -202,85 +277,195 @@ ReadResult _sql_read_column_chunked(SQLHSTMT hstmt, SQLUSMALLINT column, SQLSMAL
     return READ_VALUE;
 }
 
-ReadResult read_text(SQLHSTMT hstmt, SQLUSMALLINT column, const Charset* charset, std::string* buffer, String* out) {
-    ReadResult result = _sql_read_column_chunked(hstmt, column, SQL_C_WCHAR, buffer);
-    if (result != READ_VALUE) return result;
-    *out = String::fromBytes(buffer->data(), buffer->size(), Charset::utf16le);
-    out->convert(charset ? charset : Charset::utf8, 0, CSTRAN_SUBSTITUTE);
-    return READ_VALUE;
-}
-
-ReadResult read_money(SQLHSTMT hstmt, SQLUSMALLINT column, money_type_st* out) {
-    char text[64];
-    SQLLEN indicator = 0;
-    if (!sql_succeeded(SQLGetData(hstmt, column, SQL_C_CHAR, text, sizeof text, &indicator))) return READ_FAILED;
-    if (indicator == SQL_NULL_DATA) return READ_NULL;
-    size_t size = std::strlen(text);
-    if (int error = string_to_money(text, size, nullptr, out, U'.', U','); error != 0) throw RuntimeError(error);
-    return READ_VALUE;
-}
-
 // One column of the current row into the appended record.
 ReadResult read_column(SQLHSTMT hstmt, SQLUSMALLINT column, ColumnReader reader, Table_Object* table,
                        uint64_t index, std::string* buffer) {
-    ReadResult result;
+    if (reader == READ_TEXT || reader == READ_BINARY) {
+        ReadResult result = _sql_read_column_chunked(hstmt, column, c_type_of(reader), buffer);
+        if (result == READ_VALUE) store_value(table, index, reader, buffer->data(), buffer->size());
+        return result;
+    }
+    union {
+        SQLBIGINT integer;
+        SQLDOUBLE number;
+        SQLCHAR bit;
+        SQL_DATE_STRUCT date;
+        SQL_TIMESTAMP_STRUCT timestamp;
+        char text[MONEY_TEXT_BYTES];
+    } value = {};
+    SQLLEN indicator = 0;
+    SQLLEN room = reader == READ_MONEY ? MONEY_TEXT_BYTES : 0;
+    if (!sql_succeeded(SQLGetData(hstmt, column, c_type_of(reader), &value, room, &indicator))) return READ_FAILED;
+    if (indicator == SQL_NULL_DATA) return READ_NULL;
+    store_value(table, index, reader, &value, 0);
+    return READ_VALUE;
+}
+
+// Fetches until the result set ends. `take` stores what one fetch brought
+// and answers how many rows that was, or -1 after a failure it has logged.
+template <class Take>
+int64_t fetch_all(VmStack* stack, int64_t id, SQLHSTMT hstmt, Take take) {
+    int64_t rows = 0;
+    for (;;) {
+        SQLRETURN rc = SQLFetch(hstmt);
+        if (rc == SQL_NO_DATA) return rows;
+        if (!sql_succeeded(rc)) {
+            _sql_log_diag_rec(stack, id, SQL_HANDLE_STMT, hstmt);
+            return -1;
+        }
+        int64_t taken = take();
+        if (taken < 0) return -1;
+        rows += taken;
+    }
+}
+
+int64_t fetch_by_rows(VmStack* stack, int64_t id, SQLHSTMT hstmt, const std::vector<fielddef_st>& fields,
+                      const std::vector<ColumnReader>& readers, Table_Object* table) {
+    std::string buffer;
+    return fetch_all(stack, id, hstmt, [&]() -> int64_t {
+        table->begin_append();
+        for (size_t i = 0; i < readers.size(); ++i) {
+            ReadResult result = read_column(hstmt, static_cast<SQLUSMALLINT>(i + 1), readers[i], table, i, &buffer);
+            if (result == READ_NULL) store_null(table, i, fields[i]);
+            if (result == READ_FAILED) {
+                table->revert();
+                _sql_log_diag_rec(stack, id, SQL_HANDLE_STMT, hstmt);
+                return -1;
+            }
+        }
+        table->commit(stack);
+        return 1;
+    });
+}
+
+// ---- blocks of rows into bound buffers: one call to the driver per block
+
+constexpr SQLULEN BLOCK_ROWS = 64;
+
+// The values of one column for a whole block, and their length indicators.
+struct bound_column_st {
+    ColumnReader reader;
+    SQLLEN size;  // bytes of one value
+    std::vector<char> values;
+    std::vector<SQLLEN> indicators;
+};
+
+// The bound buffers of a statement, released with it: the binding and the
+// block size stay with the statement handle, which runs later statements too.
+class BlockBinding {
+public:
+    explicit BlockBinding(SQLHSTMT hstmt) : hstmt_(hstmt) {}
+    ~BlockBinding() { release(); }
+    BlockBinding(const BlockBinding&) = delete;
+    BlockBinding& operator=(const BlockBinding&) = delete;
+
+    // Binds every column; false, with nothing bound, when a column holds
+    // data of no fixed bound (memo, blob, binary) or the driver refuses.
+    bool bind(const std::vector<ColumnReader>& readers, Table_Object* table);
+    SQLULEN fetched = 0;
+    std::vector<SQLUSMALLINT> status;
+    std::vector<bound_column_st> columns;
+
+private:
+    bool attach();
+    void release();
+    SQLHSTMT hstmt_;
+    bool bound_ = false;
+};
+
+// Text is bound with room for twice as many UTF-16 units as the field has
+// bytes: whatever the driver cuts off would not have fitted the field.
+SQLLEN bound_size(ColumnReader reader, const table_field_info_st& field) {
     switch (reader) {
-    case READ_TEXT: {
-        String text;
-        result = read_text(hstmt, column, table->charset, buffer, &text);
-        if (result == READ_VALUE) table->set_field_string(index, text);
-        return result;
+    case READ_TEXT:
+        if (field.type != FIELD_TYPE_CHARACTER && field.type != FIELD_TYPE_VARCHAR) return 0;
+        return static_cast<SQLLEN>((2 * field.width + 1) * sizeof(SQLWCHAR));
+    case READ_BINARY: return 0;
+    case READ_INTEGER: return sizeof(SQLBIGINT);
+    case READ_MONEY: return MONEY_TEXT_BYTES;
+    case READ_DATE: return sizeof(SQL_DATE_STRUCT);
+    case READ_DATETIME: return sizeof(SQL_TIMESTAMP_STRUCT);
+    case READ_DOUBLE: return sizeof(SQLDOUBLE);
+    case READ_LOGICAL: return sizeof(SQLCHAR);
     }
-    case READ_BINARY:
-        result = _sql_read_column_chunked(hstmt, column, SQL_C_BINARY, buffer);
-        if (result == READ_VALUE) table->set_field_string(index, String::fromBytes(buffer->data(), buffer->size(), Charset::binary));
-        return result;
-    case READ_INTEGER: {
-        SQLBIGINT value = 0;
-        result = get_fixed(hstmt, column, SQL_C_SBIGINT, &value);
-        if (result == READ_VALUE) table->set_field_integer(index, value);
-        return result;
+    return 0;
+}
+
+bool BlockBinding::bind(const std::vector<ColumnReader>& readers, Table_Object* table) {
+    for (size_t i = 0; i < readers.size(); ++i) {
+        SQLLEN size = bound_size(readers[i], table->get_field_info(i));
+        if (size == 0) return false;
+        columns.push_back({readers[i], size, std::vector<char>(static_cast<size_t>(size) * BLOCK_ROWS),
+                           std::vector<SQLLEN>(BLOCK_ROWS)});
     }
-    case READ_MONEY: {
-        money_type_st value;
-        result = read_money(hstmt, column, &value);
-        if (result == READ_VALUE) table->set_field_money(index, value);
-        return result;
+    status.resize(BLOCK_ROWS);
+    bound_ = true;
+    if (attach()) return true;
+    release();
+    return false;
+}
+
+bool BlockBinding::attach() {
+    if (!sql_succeeded(SQLSetStmtAttr(hstmt_, SQL_ATTR_ROW_BIND_TYPE, reinterpret_cast<SQLPOINTER>(SQL_BIND_BY_COLUMN), 0)) ||
+        !sql_succeeded(SQLSetStmtAttr(hstmt_, SQL_ATTR_ROW_ARRAY_SIZE, reinterpret_cast<SQLPOINTER>(BLOCK_ROWS), 0)) ||
+        !sql_succeeded(SQLSetStmtAttr(hstmt_, SQL_ATTR_ROWS_FETCHED_PTR, &fetched, 0)) ||
+        !sql_succeeded(SQLSetStmtAttr(hstmt_, SQL_ATTR_ROW_STATUS_PTR, status.data(), 0)))
+        return false;
+    for (size_t i = 0; i < columns.size(); ++i) {
+        bound_column_st& column = columns[i];
+        if (!sql_succeeded(SQLBindCol(hstmt_, static_cast<SQLUSMALLINT>(i + 1), c_type_of(column.reader),
+                                      column.values.data(), column.size, column.indicators.data())))
+            return false;
     }
-    case READ_DATE: {
-        SQL_DATE_STRUCT value = {};
-        result = get_fixed(hstmt, column, SQL_C_TYPE_DATE, &value);
-        if (result != READ_VALUE) return result;
-        date_st date;
-        if (serial_julian_date(value.year, value.month, value.day, &date) != 0) throw RuntimeError(ERR_DATE_INVALID);
-        table->set_field_date(index, date);
-        return result;
+    return true;
+}
+
+// The statement reads one row per fetch again, into nothing bound.
+void BlockBinding::release() {
+    if (!bound_) return;
+    bound_ = false;
+    SQLFreeStmt(hstmt_, SQL_UNBIND);
+    SQLSetStmtAttr(hstmt_, SQL_ATTR_ROW_ARRAY_SIZE, reinterpret_cast<SQLPOINTER>(1), 0);
+    SQLSetStmtAttr(hstmt_, SQL_ATTR_ROWS_FETCHED_PTR, nullptr, 0);
+    SQLSetStmtAttr(hstmt_, SQL_ATTR_ROW_STATUS_PTR, nullptr, 0);
+}
+
+// The bytes of a text value: what the driver stored, without the
+// terminator, when it had to cut.
+size_t bound_text_bytes(const bound_column_st& column, SQLLEN indicator) {
+    SQLLEN room = column.size - static_cast<SQLLEN>(sizeof(SQLWCHAR));
+    return static_cast<size_t>(indicator == SQL_NO_TOTAL || indicator > room ? room : indicator);
+}
+
+void store_bound_row(Table_Object* table, const BlockBinding& binding, SQLULEN row,
+                     const std::vector<fielddef_st>& fields) {
+    for (size_t i = 0; i < binding.columns.size(); ++i) {
+        const bound_column_st& column = binding.columns[i];
+        SQLLEN indicator = column.indicators[row];
+        const char* value = column.values.data() + row * static_cast<size_t>(column.size);
+        if (indicator == SQL_NULL_DATA) store_null(table, i, fields[i]);
+        else store_value(table, i, column.reader, value, column.reader == READ_TEXT ? bound_text_bytes(column, indicator) : 0);
     }
-    case READ_DATETIME: {
-        SQL_TIMESTAMP_STRUCT value = {};
-        result = get_fixed(hstmt, column, SQL_C_TYPE_TIMESTAMP, &value);
-        if (result != READ_VALUE) return result;
-        datetime_st datetime;
-        if (serial_julian_date(value.year, value.month, value.day, value.hour, value.minute, value.second, &datetime))
-            throw RuntimeError(ERR_DATE_INVALID);
-        datetime.msecs += value.fraction / 1000000u;
-        table->set_field_datetime(index, datetime);
-        return result;
-    }
-    case READ_DOUBLE: {
-        SQLDOUBLE value = 0;
-        result = get_fixed(hstmt, column, SQL_C_DOUBLE, &value);
-        if (result == READ_VALUE) table->set_field_numeric(index, numeric_type_st{value, DECIMALS_UNKNOWN});
-        return result;
-    }
-    case READ_LOGICAL: {
-        SQLCHAR value = 0;
-        result = get_fixed(hstmt, column, SQL_C_BIT, &value);
-        if (result == READ_VALUE) table->set_field_bool(index, value != 0);
-        return result;
-    }
-    }
-    return READ_FAILED;
+}
+
+int64_t fetch_by_blocks(VmStack* stack, int64_t id, SQLHSTMT hstmt, const std::vector<fielddef_st>& fields,
+                        const BlockBinding& binding, Table_Object* table) {
+    return fetch_all(stack, id, hstmt, [&]() -> int64_t {
+        int64_t rows = 0;
+        for (SQLULEN row = 0; row < binding.fetched; ++row) {
+            SQLUSMALLINT status = binding.status[row];
+            if (status == SQL_ROW_NOROW) continue;
+            if (status == SQL_ROW_ERROR) {
+                _sql_log_diag_rec(stack, id, SQL_HANDLE_STMT, hstmt);
+                return -1;
+            }
+            table->begin_append();
+            store_bound_row(table, binding, row, fields);
+            table->commit(stack);
+            ++rows;
+        }
+        return rows;
+    });
 }
 
 }  // namespace
@@ -290,29 +475,9 @@ int64_t _sql_fetch_records(VmStack* stack, int64_t id, SQLHSTMT hstmt, const std
     ZO_TRACE();
     std::vector<ColumnReader> readers;
     for (const fielddef_st& field : fields) readers.push_back(reader_of(field));
-    std::string buffer;
-    int64_t rows = 0;
-    for (;;) {
-        SQLRETURN rc = SQLFetch(hstmt);
-        if (rc == SQL_NO_DATA) break;
-        if (!sql_succeeded(rc)) {
-            _sql_log_diag_rec(stack, id, SQL_HANDLE_STMT, hstmt);
-            return -1;
-        }
-        table->begin_append();
-        for (size_t i = 0; i < readers.size(); ++i) {
-            ReadResult result = read_column(hstmt, static_cast<SQLUSMALLINT>(i + 1), readers[i], table, i, &buffer);
-            if (result == READ_NULL && fields[i].nullable == FIELD_NULLABLE) table->set_field_null(i);
-            if (result == READ_FAILED) {
-                table->revert();
-                _sql_log_diag_rec(stack, id, SQL_HANDLE_STMT, hstmt);
-                return -1;
-            }
-        }
-        table->commit(stack);
-        ++rows;
-    }
-    return rows;
+    BlockBinding binding(hstmt);
+    if (binding.bind(readers, table)) return fetch_by_blocks(stack, id, hstmt, fields, binding, table);
+    return fetch_by_rows(stack, id, hstmt, fields, readers, table);
 }
 
 }  // namespace zobase

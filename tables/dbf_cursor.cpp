@@ -6,6 +6,19 @@
 
 namespace zobase {
 
+namespace {
+
+// Nobody else writes a table held alone, so its records are read in place
+// from the mapping of the file, without a call to the system and without the
+// block; null for a shared table, or past the mapped end (the last records of
+// a file that has grown), where the block is read.
+const char* record_in_place(DbfFile& table, uint64_t number) {
+    if (table.file->is_shared()) return nullptr;
+    return table.file->view(table.record_position(number), table.record_length);
+}
+
+}  // namespace
+
 bool DbfFile::go(uint64_t number, char* target, unsigned bits) {
     if (bits & READAHEAD_DROP) readahead_count = 0;
     uint64_t got = 0;
@@ -18,6 +31,10 @@ bool DbfFile::go(uint64_t number, char* target, unsigned bits) {
             if (number == 0) throw dbf_error_record_out_of_range();
             if (in_pending(number)) {
                 std::memcpy(target, pending_record(number), record_length);
+                return true;
+            }
+            if (const char* in_place = record_in_place(*this, number)) {
+                std::memcpy(target, in_place, record_length);
                 return true;
             }
             readahead_first = number;
@@ -33,10 +50,7 @@ bool DbfFile::go(uint64_t number, char* target, unsigned bits) {
             std::memcpy(target, pending_record(number), record_length);
             return true;
         }
-        // Nobody else writes a table held alone: its records are read in
-        // place, without a call to the system for each.
-        const char* in_place = file->is_shared() ? nullptr : file->view(record_position(number), record_length);
-        if (in_place) {
+        if (const char* in_place = record_in_place(*this, number)) {
             std::memcpy(target, in_place, record_length);
             got = record_length;
         } else {

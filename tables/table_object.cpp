@@ -133,7 +133,7 @@ void Table_Object::evaluate(VmStack* stack, const Program* program, Variant* res
 
 bool Table_Object::record_in_range(VmStack* stack) {
     if (stack->sessions->settings().deleted && deleted()) return false;
-    if (below_scope() || above_scope()) return false;
+    if (scoped() && (below_scope() || above_scope())) return false;
     if (!filter_) return true;
     Variant value;
     evaluate(stack, filter_.get(), &value);

@@ -364,8 +364,10 @@ private:
     // the high one); false off any key.
     bool below_scope();
     bool above_scope();
-    bool before_scope() { return descending() ? above_scope() : below_scope(); }
-    bool after_scope() { return descending() ? below_scope() : above_scope(); }
+    // Most walks have no scope; they don't ask the order's direction.
+    bool scoped() const noexcept { return low_.set || high_.set; }
+    bool before_scope() { return scoped() && (descending() ? above_scope() : below_scope()); }
+    bool after_scope() { return scoped() && (descending() ? below_scope() : above_scope()); }
     void end_outside_scope();
     scope_st low_, high_;
 

@@ -17,6 +17,11 @@ fi
 
 work=$(mktemp -d)
 cluster=$work/cluster
+# The socket lies in this run's own folder, but the port also keys the
+# server's shared memory, and two servers starting at the same moment on one
+# port race for the same key. So each run takes its own port, from its
+# process id.
+port=$((10000 + $$ % 50000))
 # The server refuses to run as root: as root the cluster belongs to postgres.
 as_owner() { "$@"; }
 if [ "$(id -u)" -eq 0 ]; then
@@ -33,12 +38,12 @@ trap 'exit 1' INT TERM HUP
 as_owner "$bin/initdb" -D "$cluster" -U postgres -A trust --no-sync -E UTF8 --locale=C.UTF-8 >"$work/initdb.log" 2>&1 ||
   { cat "$work/initdb.log"; exit 1; }
 as_owner "$bin/pg_ctl" -D "$cluster" -l "$work/server.log" -w \
-  -o "-k $work -c listen_addresses='' -c fsync=off" start >/dev/null ||
+  -o "-k $work -p $port -c listen_addresses='' -c fsync=off" start >/dev/null ||
   { cat "$work/server.log"; exit 1; }
-as_owner "$bin/createdb" -h "$work" -U postgres zotest || exit 1
+as_owner "$bin/createdb" -h "$work" -p "$port" -U postgres zotest || exit 1
 
 # BoolsAsChar=0: booleans come as BIT (logical fields), not as text.
-ZOBASE_SQL_CONNECT="Driver=PostgreSQL Unicode;Servername=$work;Database=zotest;Username=postgres;BoolsAsChar=0"
+ZOBASE_SQL_CONNECT="Driver=PostgreSQL Unicode;Servername=$work;Port=$port;Database=zotest;Username=postgres;BoolsAsChar=0"
 export ZOBASE_SQL_CONNECT
 LC_ALL=C.UTF-8
 export LC_ALL

@@ -95,3 +95,29 @@ TRY
 CATCH TO e
   ? "no table:", e.errorno
 ENDTRY
+* A body that closes the loop's table ends the loop at its next round, and
+* a scan over records all hidden by SET DELETED runs no round at all.
+CREATE CURSOR closing (n N(3))
+FOR i = 1 TO 3
+  APPEND BLANK
+  REPLACE n WITH i
+NEXT
+TRY
+  SCAN
+    ? "round", n
+    USE
+  ENDSCAN
+CATCH TO e
+  ? "closed:", e.errorno, used("closing")
+ENDTRY
+CREATE CURSOR hidden (n N(3))
+APPEND BLANK
+DELETE
+APPEND BLANK
+DELETE
+SET DELETED ON
+SCAN
+  ? "never"
+ENDSCAN
+? "all hidden:", recno(), eof()
+SET DELETED OFF

@@ -131,6 +131,40 @@ TEST_F(DbfCursor, BlockReadsSeeWrittenRecords) {
     EXPECT_EQ(qty_of(table.get()), 77);
 }
 
+// A table held alone fills its block from the mapping of the file: every
+// record in its place, up to the last block that the file cuts short, and
+// records written to the file after the mapping was made.
+TEST_F(DbfCursor, UnsharedWalksReadEveryRecordInPlace) {
+    String name = make(301);
+    auto table = open_table(name);
+    auto walk = [&](int expected) {
+        int seen = 0;
+        for (table->go_top(); !table->eof; table->go_next()) {
+            if (qty_of(table.get()) != ++seen) break;
+        }
+        EXPECT_EQ(seen, expected);
+    };
+    walk(301);
+    int total = 301 + static_cast<int>(table->pending_capacity) + 5;
+    for (int i = 302; i <= total; ++i) append(table.get(), "g", i);
+    table->flush();
+    walk(total);
+}
+
+// A shared table's block is read when the walk reaches it, so what another
+// opener wrote before that moment shows.
+TEST_F(DbfCursor, SharedWalksSeeWritesMadeBeforeTheirBlock) {
+    String name = make(300);
+    auto reader = open_table(name, SHARED);
+    auto writer = open_table(name, SHARED);
+    reader->go_top();
+    writer->go_to(nullptr, 250);
+    writer->set_integer(1, 9999);
+    writer->update(nullptr);
+    while (reader->recno < 250) reader->go_next();
+    EXPECT_EQ(qty_of(reader.get()), 9999);
+}
+
 TEST_F(DbfCursor, UpdateWithoutChangeWritesNothing) {
     auto table = open_table(make(1), FILE_OPEN_READ);
     table->go_top();
