@@ -526,8 +526,9 @@ String map_case(const String& s, case_mapping map, bool ascii) {
 
 }  // namespace
 
-String String::lower() const { return map_case(*this, u_tolower, charset_ == Charset::utf8 && known_ascii()); }
+// Text that is all ASCII maps byte by byte in any charset that writes ASCII as itself.
+String String::lower() const { return map_case(*this, u_tolower, ascii_transparent(charset_) && known_ascii()); }
 
-String String::upper() const { return map_case(*this, u_toupper, charset_ == Charset::utf8 && known_ascii()); }
+String String::upper() const { return map_case(*this, u_toupper, ascii_transparent(charset_) && known_ascii()); }
 
 }  // namespace zobase

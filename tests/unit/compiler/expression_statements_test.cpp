@@ -62,7 +62,8 @@ TEST_F(ExpressionStatementTest, LocalSlotIsUsedOnlyWhenCertain) {
     EXPECT_EQ(opcodes().back(), OP_WRITE_MEMVAR_BY_OFFSET);
     compiler.code.clear();
     compile_statement("? n");
-    EXPECT_EQ(opcodes().front(), OP_READ_BY_NAME);  // a plain name may still be a field
+    // A plain name may still be a field: the instruction asks before it reads the slot.
+    EXPECT_EQ(opcodes().front(), OP_READ_BARE_LOCAL);
 }
 
 TEST_F(ExpressionStatementTest, MethodBodyTakesThisAndEndsWithReturn) {
