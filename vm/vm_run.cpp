@@ -52,8 +52,15 @@ void pop_scalar(VmStack* stack) {
     return false;
 }
 
-// left *= right for two numerics, as the general product gives it.
+// left *= right for two integers whose product fits, or two numerics, as
+// the general product gives it.
 bool multiply_in_place(Variant* left, const Variant* right) {
+    if (both_integers(left, right)) {
+        long long product;
+        if (__builtin_mul_overflow(left->integer, right->integer, &product)) return false;
+        left->integer = product;
+        return true;
+    }
     if (left->tag != TAG_NUMERIC || right->tag != TAG_NUMERIC) return false;
     left->numeric = {left->numeric.value * right->numeric.value,
                      product_decimals(left->numeric.decimals, right->numeric.decimals)};
@@ -311,12 +318,43 @@ void push_pointer(VmStack* stack, Memvar* var) { var->ref(stack, stack->push(), 
 
 void pop_slots(VmStack* stack, uint64_t count) { stack->pop_to(stack->esp + count); }
 
+// The element of a one-subscript array at an integer subscript in range;
+// null: the general way decides (objects, two subscripts, errors).
+[[gnu::always_inline]] inline Variant* plain_element(Variant* var, uint64_t n, const Memvar* subscript) {
+    Variant* target = var->follow();
+    if (n != 1 || target->tag != TAG_ARRAY || subscript->tag != TAG_INTEGER) return nullptr;
+    uint64_t index = static_cast<uint64_t>(subscript->integer);
+    // Wraps for 0 and negative subscripts, which then fail the range test too.
+    if (index - 1 >= target->array.count) return nullptr;
+    return &target->array.storage->elements[index - 1];
+}
+
 void read_array(VmStack* stack, Memvar* var, uint64_t n) {
+    if (const Variant* element = plain_element(var, n, stack->esp)) {
+        Variant copy;
+        copy_value(&copy, element);
+        Memvar* dest = stack->esp + 1;
+        dest->release(stack);
+        take_value_bits(dest, &copy);
+        pop_scalar(stack);
+        return;
+    }
     read_array_item(stack, var, n, stack->esp + n);
     pop_slots(stack, n);
 }
 
+// An array held by this value alone takes the value in place; a shared one
+// is copied first, the general way.
 void write_array(VmStack* stack, Memvar* var, uint64_t n) {
+    Variant* element = plain_element(var, n, stack->esp + 1);
+    if (element && stack->esp->tag != TAG_POINTER &&
+        var->follow()->array.storage->shares.load(std::memory_order_acquire) == 1) {
+        element->release(stack);
+        take_value_bits(element, stack->esp);
+        pop_scalar(stack);
+        pop_scalar(stack);
+        return;
+    }
     write_array_item(stack, var, n);
     pop_slots(stack, n + 1);
 }
