@@ -119,7 +119,9 @@ void execute_program(VmStack* stack, size_t argc, bool has_this, const Program* 
     if (argc > program->parameter_count) throw RuntimeError(ERR_MISSING_PARAMETERS);
     size_t slot_count = argc + (has_this ? 1 : 0);
 
-    VmFrame frame{};
+    // Every field is set one by one below: an empty-brace frame is cleared
+    // with a string store, slow to start and slow to read back from.
+    VmFrame frame;
     frame.depth = stack->frame ? stack->frame->depth + 1 : 1;
     if (frame.depth > MAX_FRAME_DEPTH) throw RuntimeError(ERR_NESTING_TOO_DEEP);
     Memvar* locals = stack->esp + slot_count;
@@ -132,6 +134,8 @@ void execute_program(VmStack* stack, size_t argc, bool has_this, const Program* 
     }
 
     frame.previous = stack->frame;
+    frame.saved_ip = nullptr;
+    frame.try_scopes = nullptr;
     frame.program = program;
     frame.stack = stack;
     frame.saved_locals = stack->locals;
