@@ -194,7 +194,7 @@ const VmOp* second_site(const VmOp* op) {
     return nullptr;
 }
 
-void write_slot(VmStack* stack, Memvar* slot);
+[[gnu::always_inline]] inline void write_slot(VmStack* stack, Memvar* slot);
 
 // Exchanges the top two slots, temporaries both, without touching what they own.
 void swap_top_slots(VmStack* stack) {
@@ -293,7 +293,7 @@ void cast_logical_or_object(VmStack* stack, const VmOp* op, bool object) {
 
 // Assigning to a whole array fills every element and keeps the array; an
 // array assigned to it (DIMENSION, STORE, a function's result) replaces it.
-void write_slot(VmStack* stack, Memvar* slot) {
+[[gnu::always_inline]] inline void write_slot(VmStack* stack, Memvar* slot) {
     Variant* target = slot->follow();
     if (target->tag == TAG_ARRAY && stack->esp->tag != TAG_ARRAY) [[unlikely]] {
         target->store_recursive(stack, stack->esp);
