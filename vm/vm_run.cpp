@@ -226,6 +226,31 @@ void add_to_bare_name(VmStack* stack, const VmOp* op, uint32_t symbol, uint64_t 
     write_slot(stack, offset ? local_slot(stack, offset) : assignable_memvar(stack, second_site(op), symbol));
 }
 
+// AddBareToBare keeps its source's answer at a third place inside itself.
+const VmOp* source_site(const VmOpAddBareToBare& add) {
+    static_assert(sizeof(VmOpAddBareToBare) > 32);
+    return reinterpret_cast<const VmOp*>(reinterpret_cast<const char*>(&add) + 32);
+}
+
+// The variable a bare name stands for now, or null when that is not known
+// without a look-up (a field may hide it, or nothing is kept).
+[[gnu::always_inline]] inline Memvar* bare_variable(VmStack* stack, const VmOp* site, uint32_t symbol,
+                                                    uint64_t offset) {
+    if (offset && stack->sessions->bare_names_free()) return local_slot(stack, offset);
+    return kept_bare_variable(stack, site, symbol);
+}
+
+// Two numbers add in place with nothing pushed; anything else goes as the
+// read of the source and then AddToBareName would.
+void add_bare_to_bare(VmStack* stack, const VmOpAddBareToBare& add) {
+    const Memvar* source = bare_variable(stack, source_site(add), add.source, add.source_offset);
+    Memvar* target = bare_variable(stack, &add, add.symbol, add.offset);
+    if (source && target && add_in_place(target, source)) return;
+    if (source) copy_value(stack->push(), source);
+    else read_by_name(stack, source_site(add), add.source);
+    add_to_bare_name(stack, &add, add.symbol, add.offset);
+}
+
 // The step in place, then the test of the loop's head on value, limit and
 // step; true: go round again.
 // While no field hides the bare name, it is the variable the step goes to.
@@ -709,6 +734,7 @@ void run_loop(VmStack* stack, VmOp*** ip, Variant* ret) {
             add_to_bare_name(stack, op, add.symbol, add.offset);
             break;
         }
+        case OP_ADD_BARE_TO_BARE: add_bare_to_bare(stack, op_as<VmOpAddBareToBare>(op)); break;
         case OP_STORE: store(stack); break;
         case OP_WRITE_MEMVAR_BY_NAME:
             write_slot(stack, assignable_memvar(stack, op, op_as<VmOpWriteMemarByName>(op).symbol));
