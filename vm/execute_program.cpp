@@ -145,6 +145,8 @@ void execute_program(VmStack* stack, size_t argc, bool has_this, const Program* 
     frame.saved_argc = stack->argc;
     frame.saved_dynamic_locals = stack->dynamic_locals;
 
+    // Kept here rather than read back through the previous frame on the way out.
+    const uint64_t saved_program_id = stack->frame_program_id;
     stack->frame = &frame;
     stack->frame_program_id = program->id;
     stack->locals = locals;
@@ -170,7 +172,7 @@ void execute_program(VmStack* stack, size_t argc, bool has_this, const Program* 
     stack->undo_top = frame.saved_undo_top;
     stack->dynamic_locals = frame.saved_dynamic_locals;
     stack->frame = frame.previous;
-    stack->frame_program_id = frame.previous ? frame.previous->program->id : 0;
+    stack->frame_program_id = saved_program_id;
     stack->argc = frame.saved_argc;
     free_try_scopes(&frame);
     if (deferred.action != DEFER_NOTHING) run_deferred(stack, deferred);
