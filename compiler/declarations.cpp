@@ -110,6 +110,29 @@ bool is_self_add(unsigned target, const Operand* value, CodePath& path) {
     return variable_symbol(binary->left.get(), path) == target;
 }
 
+// A right side that compiled to the read of one bare name joins the add:
+// the read is taken back and AddBareToBare does both.
+bool fuse_bare_source(CompiledCodeCollection* code, size_t before, const document_location_st& location,
+                      unsigned symbol, unsigned long long offset) {
+    const VmOp* last = code->last_instruction();
+    if (code->size() != before + 1 || !last) return false;
+    auto* add = new VmOpAddBareToBare();
+    add->offset = offset;
+    add->symbol = symbol;
+    if (last->opcode == OP_READ_BY_NAME) {
+        add->source = static_cast<const VmOpReadByName*>(last)->symbol;
+    } else if (last->opcode == OP_READ_BARE_LOCAL) {
+        add->source = static_cast<const VmOpReadBareLocal*>(last)->symbol;
+        add->source_offset = static_cast<const VmOpReadBareLocal*>(last)->offset;
+    } else {
+        delete add;
+        return false;
+    }
+    code->truncate(before);
+    code->push_back(location, add);
+    return true;
+}
+
 bool compile_system_variable_write(const Operand_Variable* target, const Operand* value,
                                    CompiledCodeCollection* code, CodePath& path) {
     if (target->memvar_only) return false;
@@ -130,10 +153,13 @@ void compile_assign_to_variable(const Operand_Variable* target, const Operand* v
         compile_assign_to_variable(symbol, target->location, code, path);
         return;
     }
+    size_t before = code->size();
     compile_value(static_cast<const BinaryOperator*>(value)->right.get(), code, path);
     unsigned long long offset;
     bool certain = false;
-    if (path.variable_get(symbol, &offset, &certain) && certain)
+    if (!(path.variable_get(symbol, &offset, &certain) && certain)) offset = 0;
+    if (fuse_bare_source(code, before, target->location, symbol, offset)) return;
+    if (offset)
         code->push_back(target->location, new VmOpAddToBareLocal(offset, symbol));
     else
         code->push_back(target->location, new VmOpAddToBareName(symbol));

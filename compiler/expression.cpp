@@ -729,7 +729,12 @@ void compile_read_variable(const document_location_st& location, unsigned symbol
         compile_call_spec_do(location, *reader, &none, code, path, type);
         return;
     }
-    code->push_back(location, new VmOpReadByName(symbol));
+    unsigned long long offset;
+    bool certain = false;
+    if (path.variable_get(symbol, &offset, &certain) && certain)
+        code->push_back(location, new VmOpReadBareLocal(offset, symbol));
+    else
+        code->push_back(location, new VmOpReadByName(symbol));
 }
 
 void compile_operand_variable_ref(const Operand_Variable* variable, bool create, CompiledCodeCollection* code,

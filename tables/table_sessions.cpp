@@ -113,7 +113,10 @@ TableDataSessions& table_sessions(VmStack* stack) {
 // current work area.
 bool TableDataSessions::find_field(VmStack*, uint32_t symbol, field_ref_st* out) {
     Table_Object* table = expression_table_ ? expression_table_ : current_->current_table();
-    if (!table) return false;
+    if (!table) {
+        note_bare_names_free();
+        return false;
+    }
     int index = table->get_field_by_symbol_id(symbol);
     if (index < 0) return false;
     *out = {table, static_cast<uint32_t>(index)};

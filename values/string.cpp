@@ -498,12 +498,27 @@ typedef UChar32 (*case_mapping)(UChar32);
 
 // Binary bytes are not characters; only their ASCII letters change case.
 // The same loop serves text known to be ASCII.
+// The mapping's answers for the 128 ASCII characters, asked once: a byte
+// then costs a table read instead of a call into ICU.
+struct ascii_case_table_st {
+    unsigned char to[128];
+    explicit ascii_case_table_st(case_mapping map) {
+        for (int c = 0; c < 128; ++c) to[c] = static_cast<unsigned char>(map(c));
+    }
+};
+
+const ascii_case_table_st& ascii_case_table(case_mapping map) {
+    static const ascii_case_table_st upper(u_toupper), lower(u_tolower);
+    return map == u_toupper ? upper : lower;
+}
+
 String map_binary_case(const String& s, case_mapping map) {
+    const ascii_case_table_st& table = ascii_case_table(map);
     String out = String::fromBytes(s.read(), s.size(), s.get_charset());
     char* p = out.write();
     for (size_t i = 0; i < out.size(); ++i) {
         auto byte = static_cast<unsigned char>(p[i]);
-        if (byte < 0x80) p[i] = static_cast<char>(map(byte));
+        if (byte < 0x80) p[i] = static_cast<char>(table.to[byte]);
     }
     return out;
 }
@@ -526,8 +541,9 @@ String map_case(const String& s, case_mapping map, bool ascii) {
 
 }  // namespace
 
-String String::lower() const { return map_case(*this, u_tolower, charset_ == Charset::utf8 && known_ascii()); }
+// Text that is all ASCII maps byte by byte in any charset that writes ASCII as itself.
+String String::lower() const { return map_case(*this, u_tolower, ascii_transparent(charset_) && known_ascii()); }
 
-String String::upper() const { return map_case(*this, u_toupper, charset_ == Charset::utf8 && known_ascii()); }
+String String::upper() const { return map_case(*this, u_toupper, ascii_transparent(charset_) && known_ascii()); }
 
 }  // namespace zobase

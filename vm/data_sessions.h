@@ -42,6 +42,10 @@ public:
     // session or the expression's table changed. What the VM keeps about
     // names stands while it stays (vm/name_cache.h).
     uint64_t fields_version() const noexcept { return fields_version_; }
+    // True while no table can hide a bare name: none runs an expression and
+    // the current work area has none. Known only once find_field found no
+    // table at the current fields version; false while unknown.
+    bool bare_names_free() const noexcept { return free_version_ == fields_version_; }
 
     // The current session's id, as SET DATASESSION and set("DATASESSION")
     // know it; the first session is 1.
@@ -73,17 +77,21 @@ protected:
     // An implementation calls this whenever its current session changes.
     void use_settings_of(session_settings_st* current) noexcept { settings_ = current; }
     void fields_changed() noexcept { ++fields_version_; }
+    // find_field saw no table to look in: bare names are free until the
+    // fields version moves.
+    void note_bare_names_free() noexcept { free_version_ = fields_version_; }
 
 private:
     session_settings_st* settings_;
     uint64_t fields_version_ = 0;
+    uint64_t free_version_ = ~0ull;
 };
 
 // The data sessions of a stack before the table engine: one session, no
 // work areas, so a bare name is never a field.
 class PlainDataSessions final : public DataSessions {
 public:
-    PlainDataSessions() noexcept : DataSessions(&session_) {}
+    PlainDataSessions() noexcept : DataSessions(&session_) { note_bare_names_free(); }
 
     int32_t session_id() const override { return 1; }
     bool find_field(VmStack*, uint32_t, field_ref_st*) override { return false; }

@@ -119,7 +119,9 @@ void execute_program(VmStack* stack, size_t argc, bool has_this, const Program* 
     if (argc > program->parameter_count) throw RuntimeError(ERR_MISSING_PARAMETERS);
     size_t slot_count = argc + (has_this ? 1 : 0);
 
-    VmFrame frame{};
+    // Every field is set one by one below: an empty-brace frame is cleared
+    // with a string store, slow to start and slow to read back from.
+    VmFrame frame;
     frame.depth = stack->frame ? stack->frame->depth + 1 : 1;
     if (frame.depth > MAX_FRAME_DEPTH) throw RuntimeError(ERR_NESTING_TOO_DEEP);
     Memvar* locals = stack->esp + slot_count;
@@ -132,6 +134,8 @@ void execute_program(VmStack* stack, size_t argc, bool has_this, const Program* 
     }
 
     frame.previous = stack->frame;
+    frame.saved_ip = nullptr;
+    frame.try_scopes = nullptr;
     frame.program = program;
     frame.stack = stack;
     frame.saved_locals = stack->locals;
@@ -141,6 +145,8 @@ void execute_program(VmStack* stack, size_t argc, bool has_this, const Program* 
     frame.saved_argc = stack->argc;
     frame.saved_dynamic_locals = stack->dynamic_locals;
 
+    // Kept here rather than read back through the previous frame on the way out.
+    const uint64_t saved_program_id = stack->frame_program_id;
     stack->frame = &frame;
     stack->frame_program_id = program->id;
     stack->locals = locals;
@@ -166,7 +172,7 @@ void execute_program(VmStack* stack, size_t argc, bool has_this, const Program* 
     stack->undo_top = frame.saved_undo_top;
     stack->dynamic_locals = frame.saved_dynamic_locals;
     stack->frame = frame.previous;
-    stack->frame_program_id = frame.previous ? frame.previous->program->id : 0;
+    stack->frame_program_id = saved_program_id;
     stack->argc = frame.saved_argc;
     free_try_scopes(&frame);
     if (deferred.action != DEFER_NOTHING) run_deferred(stack, deferred);

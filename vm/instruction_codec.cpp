@@ -446,6 +446,25 @@ struct shape_codec<VmOpForNextJump> {
     }
 };
 
+template <>
+struct shape_codec<VmOpAddBareToBare> {
+    static void encode(const VmOp& op, module_writer& out) {
+        const auto& add = static_cast<const VmOpAddBareToBare&>(op);
+        out.u64(add.offset);
+        out.symbol(add.symbol);
+        out.u64(add.source_offset);
+        out.symbol(add.source);
+    }
+    static VmOp* decode(opcode_decoder_stack_st& decoder, std::istream& in) {
+        auto add = std::make_unique<VmOpAddBareToBare>();
+        add->offset = read_u64(in);
+        add->symbol = decoder.symbol(in);
+        add->source_offset = read_u64(in);
+        add->source = decoder.symbol(in);
+        return add.release();
+    }
+};
+
 template <class Op>
 void encode_as(const VmOp* const& slot, module_writer& out) {
     shape_codec<Op>::encode(*slot, out);
@@ -489,6 +508,7 @@ namespace file_ids {
 #define ZO_CODEC_SHAPE_UNRESOLVED ZO_CODEC_ROW
 #define ZO_CODEC_SHAPE_TRY ZO_CODEC_ROW
 #define ZO_CODEC_SHAPE_FOR_NEXT ZO_CODEC_ROW
+#define ZO_CODEC_SHAPE_ADD_BARE ZO_CODEC_ROW
 #define ZO_CODEC_SHAPE_UNUSED ZO_CODEC_UNUSED
 
 const std::vector<instruction_codec_st> codec_rows = {

@@ -5,6 +5,7 @@
 #include <cstdint>
 
 #include "vm/program.h"
+#include "vm/value_bits.h"
 #include "vm/vm_op.h"
 #include "vm/vm_stack.h"
 
@@ -75,7 +76,7 @@ inline Memvar* assignable_memvar(VmStack* stack, const VmOp* op, uint32_t symbol
     const name_cache_entry_st* entry = kept_entry(stack, op, name_key(symbol, NAME_FIELD_OR_VARIABLE));
     if (entry && entry->fields_version == stack->sessions->fields_version()) {
         if (entry->field.table) return stack->sessions->read_field(stack, entry->field, stack->push());
-        if (const Memvar* var = kept_variable(stack, *entry)) return stack->push()->set_variant(var);
+        if (const Memvar* var = kept_variable(stack, *entry)) return copy_value(stack->push(), var);
     }
     lookup_by_name(stack, op, symbol);
 }
@@ -84,7 +85,7 @@ inline Memvar* assignable_memvar(VmStack* stack, const VmOp* op, uint32_t symbol
 inline void read_file_object_or_memvar(VmStack* stack, const VmOp* op, uint32_t symbol) {
     const name_cache_entry_st* entry = kept_entry(stack, op, name_key(symbol, NAME_ALIAS_OR_VARIABLE));
     if (entry && entry->fields_version == stack->sessions->fields_version())
-        if (const Memvar* var = kept_variable(stack, *entry)) return stack->push()->set_variant(var);
+        if (const Memvar* var = kept_variable(stack, *entry)) return copy_value(stack->push(), var);
     lookup_file_object_or_memvar(stack, op, symbol);
 }
 // Pushes a field of the expression table by its position.

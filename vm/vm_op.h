@@ -221,8 +221,20 @@ public:
     VmOpForNextJump() : VmOpJumpBase(OP_FOR_NEXT_JUMP) {}
 };
 
+// `x = x + y` with y a bare name: AddToBareName (or AddToBareLocal, with the
+// slot) whose right side is read as ReadByName (or ReadBareLocal) reads it.
+// One instruction instead of two, and two numbers add with no slot pushed.
+class VmOpAddBareToBare : public VmOp {
+public:
+    uint64_t offset = 0;  // the target's frame slot; 0: by name
+    uint32_t symbol = 0;
+    uint64_t source_offset = 0;  // the source's frame slot; 0: by name
+    uint32_t source = 0;
+    VmOpAddBareToBare() : VmOp(OP_ADD_BARE_TO_BARE) {}
+};
+
 // The class of each row whose operands have a template shape; the rows of
-// shape CALL, CHECK, UNRESOLVED, FOR_NEXT and TRY name the classes above and in
+// shape CALL, CHECK, UNRESOLVED, FOR_NEXT, ADD_BARE and TRY name the classes above and in
 // vm/try_scope.h.
 #define ZO_SHAPE_NONE(Name, ENUM) using VmOp##Name = VmOpPlain<OP_##ENUM>;
 #define ZO_SHAPE_SYMBOL(Name, ENUM) using VmOp##Name = VmOpSymbol<OP_##ENUM>;
@@ -247,6 +259,7 @@ public:
 #define ZO_SHAPE_UNRESOLVED(Name, ENUM)
 #define ZO_SHAPE_TRY(Name, ENUM)
 #define ZO_SHAPE_FOR_NEXT(Name, ENUM)
+#define ZO_SHAPE_ADD_BARE(Name, ENUM)
 #define ZO_SHAPE_UNUSED(Name, ENUM)
 #define ZO_INSTRUCTION(code, Name, ENUM, operands, pops, pushes, meaning) ZO_SHAPE_##operands(Name, ENUM)
 #include "vm/instructions.def"
@@ -274,6 +287,7 @@ public:
 #undef ZO_SHAPE_UNRESOLVED
 #undef ZO_SHAPE_TRY
 #undef ZO_SHAPE_FOR_NEXT
+#undef ZO_SHAPE_ADD_BARE
 #undef ZO_SHAPE_UNUSED
 
 // The n operand of an instruction that has one, else 0.

@@ -1,6 +1,8 @@
 // The dispatch loop: one switch over the opcode byte.
 #include "vm/vm_run.h"
 
+#include <algorithm>
+#include <cmath>
 #include <string>
 
 #include "values/numeric.h"
@@ -35,7 +37,7 @@ void pop_scalar(VmStack* stack) {
 }
 
 // left += right for two integers that do not overflow, or two numerics.
-bool add_in_place(Variant* left, const Variant* right) {
+[[gnu::always_inline]] inline bool add_in_place(Variant* left, const Variant* right) {
     long long sum;
     if (both_integers(left, right)) {
         if (__builtin_add_overflow(left->integer, right->integer, &sum)) return false;
@@ -50,11 +52,55 @@ bool add_in_place(Variant* left, const Variant* right) {
     return false;
 }
 
-// left *= right for two numerics, as the general product gives it.
+// left *= right for two integers whose product fits, or two numerics, as
+// the general product gives it.
 bool multiply_in_place(Variant* left, const Variant* right) {
+    if (both_integers(left, right)) {
+        long long product;
+        if (__builtin_mul_overflow(left->integer, right->integer, &product)) return false;
+        left->integer = product;
+        return true;
+    }
     if (left->tag != TAG_NUMERIC || right->tag != TAG_NUMERIC) return false;
     left->numeric = {left->numeric.value * right->numeric.value,
                      product_decimals(left->numeric.decimals, right->numeric.decimals)};
+    return true;
+}
+
+// left /= right for a numeric left and a numeric or integer right, when the
+// quotient is plainly not a whole number: the general quotient then gives
+// that double with unknown decimals. Near a whole number it decides itself.
+bool divide_in_place(Variant* left, const Variant* right) {
+    if (left->tag != TAG_NUMERIC) return false;
+    double divisor;
+    if (right->tag == TAG_NUMERIC) divisor = right->numeric.value;
+    else if (right->tag == TAG_INTEGER) divisor = static_cast<double>(right->integer);
+    else return false;
+    double quotient = left->numeric.value / divisor;
+    double magnitude = std::fabs(quotient);
+    if (!(magnitude < 1e15)) return false;
+    double fraction = magnitude - static_cast<double>(static_cast<long long>(magnitude));
+    double to_whole = std::min(fraction, 1.0 - fraction);
+    // The general test's bound grows with the nearest whole number, which is
+    // at most magnitude + 1: beyond this bound both agree it is no whole number.
+    if (!(to_whole > DOUBLE_TOLERANCE * (4 * (magnitude + 1) + 1))) return false;
+    left->set_float(quotient, DECIMALS_UNKNOWN);
+    return true;
+}
+
+// left %= right for two integers small enough that the general rule's double
+// quotient is exact: the remainder of the floored quotient, an integer,
+// taking the divisor's sign, as that rule gives it.
+bool modulo_in_place(Variant* left, const Variant* right) {
+    if (!both_integers(left, right)) return false;
+    constexpr long long LIMIT = 1ll << 31;
+    long long dividend = left->integer;
+    long long divisor = right->integer;
+    if (divisor == 0 || dividend <= -LIMIT || dividend >= LIMIT || divisor <= -LIMIT || divisor >= LIMIT)
+        return false;
+    long long remainder = dividend % divisor;
+    if (remainder != 0 && (remainder < 0) != (divisor < 0)) remainder += divisor;
+    left->integer = remainder;
     return true;
 }
 
@@ -141,14 +187,14 @@ const VmOp* second_site(const VmOp* op) {
 }
 
 // What the bare name means while it is kept as a variable no field hides.
-const Memvar* kept_bare_variable(VmStack* stack, const VmOp* site, uint32_t symbol) {
+[[gnu::always_inline]] inline Memvar* kept_bare_variable(VmStack* stack, const VmOp* site, uint32_t symbol) {
     const name_cache_entry_st* entry = kept_entry(stack, site, name_key(symbol, NAME_FIELD_OR_VARIABLE));
     if (entry && entry->fields_version == stack->sessions->fields_version() && !entry->field.table)
         return kept_variable(stack, *entry);
     return nullptr;
 }
 
-void write_slot(VmStack* stack, Memvar* slot);
+[[gnu::always_inline]] inline void write_slot(VmStack* stack, Memvar* slot);
 
 // Exchanges the top two slots, temporaries both, without touching what they own.
 void swap_top_slots(VmStack* stack) {
@@ -162,7 +208,7 @@ void swap_top_slots(VmStack* stack) {
 // field hides it, the field's value plus top goes to the target, which is
 // the slot, or found as assigning to the name finds it.
 void add_to_bare_name(VmStack* stack, const VmOp* op, uint32_t symbol, uint64_t offset) {
-    if (Memvar* variable = const_cast<Memvar*>(kept_bare_variable(stack, op, symbol))) {
+    if (Memvar* variable = kept_bare_variable(stack, op, symbol)) {
         if (add_in_place(variable, stack->esp)) pop_scalar(stack);
         else {
             inline_variant_add(variable, stack->esp);
@@ -180,15 +226,43 @@ void add_to_bare_name(VmStack* stack, const VmOp* op, uint32_t symbol, uint64_t 
     write_slot(stack, offset ? local_slot(stack, offset) : assignable_memvar(stack, second_site(op), symbol));
 }
 
+// AddBareToBare keeps its source's answer at a third place inside itself.
+const VmOp* source_site(const VmOpAddBareToBare& add) {
+    static_assert(sizeof(VmOpAddBareToBare) > 32);
+    return reinterpret_cast<const VmOp*>(reinterpret_cast<const char*>(&add) + 32);
+}
+
+// The variable a bare name stands for now, or null when that is not known
+// without a look-up (a field may hide it, or nothing is kept).
+[[gnu::always_inline]] inline Memvar* bare_variable(VmStack* stack, const VmOp* site, uint32_t symbol,
+                                                    uint64_t offset) {
+    if (offset && stack->sessions->bare_names_free()) return local_slot(stack, offset);
+    return kept_bare_variable(stack, site, symbol);
+}
+
+// Two numbers add in place with nothing pushed; anything else goes as the
+// read of the source and then AddToBareName would.
+void add_bare_to_bare(VmStack* stack, const VmOpAddBareToBare& add) {
+    const Memvar* source = bare_variable(stack, source_site(add), add.source, add.source_offset);
+    Memvar* target = bare_variable(stack, &add, add.symbol, add.offset);
+    if (source && target && add_in_place(target, source)) return;
+    if (source) copy_value(stack->push(), source);
+    else read_by_name(stack, source_site(add), add.source);
+    add_to_bare_name(stack, &add, add.symbol, add.offset);
+}
+
 // The step in place, then the test of the loop's head on value, limit and
 // step; true: go round again.
+// While no field hides the bare name, it is the variable the step goes to.
 bool for_next_continues(VmStack* stack, const VmOpForNextJump& next) {
-    Memvar* variable = next.variable ? local_slot(stack, next.variable) : find_memvar(stack, &next, next.symbol);
+    const VmOp* site = second_site(&next);
+    Memvar* value = kept_bare_variable(stack, site, next.symbol);
+    Memvar* variable = next.variable ? local_slot(stack, next.variable)
+                       : value       ? value
+                                     : find_memvar(stack, &next, next.symbol);
     const Memvar* step = local_slot(stack, next.step);
     const Memvar* limit = local_slot(stack, next.limit);
     if (!add_in_place(variable, step)) inline_variant_add(variable, step);
-    const VmOp* site = second_site(&next);
-    const Memvar* value = kept_bare_variable(stack, site, next.symbol);
     if (value && both_integers(value, limit) && step->tag == TAG_INTEGER)
         return three_way(value->integer, limit->integer) != three_way(step->integer, 0);
     stack->push()->set_variant(step);
@@ -244,7 +318,7 @@ void cast_logical_or_object(VmStack* stack, const VmOp* op, bool object) {
 
 // Assigning to a whole array fills every element and keeps the array; an
 // array assigned to it (DIMENSION, STORE, a function's result) replaces it.
-void write_slot(VmStack* stack, Memvar* slot) {
+[[gnu::always_inline]] inline void write_slot(VmStack* stack, Memvar* slot) {
     Variant* target = slot->follow();
     if (target->tag == TAG_ARRAY && stack->esp->tag != TAG_ARRAY) [[unlikely]] {
         target->store_recursive(stack, stack->esp);
@@ -252,22 +326,60 @@ void write_slot(VmStack* stack, Memvar* slot) {
         return;
     }
     target->release(stack);
+    // The value moves: what top owns becomes the target's, and top is left
+    // clean. A pointer delivers a copy of its target instead.
+    if (stack->esp->tag != TAG_POINTER) {
+        take_value_bits(target, stack->esp);
+        pop_scalar(stack);
+        return;
+    }
     stack->esp->deliver(target);
     stack->pop();
 }
 
-void push_copy(VmStack* stack, const Memvar* var) { stack->push()->set_variant(var); }
+void push_copy(VmStack* stack, const Memvar* var) { copy_value(stack->push(), var); }
 
 void push_pointer(VmStack* stack, Memvar* var) { var->ref(stack, stack->push(), nullptr); }
 
 void pop_slots(VmStack* stack, uint64_t count) { stack->pop_to(stack->esp + count); }
 
+// The element of a one-subscript array at an integer subscript in range;
+// null: the general way decides (objects, two subscripts, errors).
+[[gnu::always_inline]] inline Variant* plain_element(Variant* var, uint64_t n, const Memvar* subscript) {
+    Variant* target = var->follow();
+    if (n != 1 || target->tag != TAG_ARRAY || subscript->tag != TAG_INTEGER) return nullptr;
+    uint64_t index = static_cast<uint64_t>(subscript->integer);
+    // Wraps for 0 and negative subscripts, which then fail the range test too.
+    if (index - 1 >= target->array.count) return nullptr;
+    return &target->array.storage->elements[index - 1];
+}
+
 void read_array(VmStack* stack, Memvar* var, uint64_t n) {
+    if (const Variant* element = plain_element(var, n, stack->esp)) {
+        Variant copy;
+        copy_value(&copy, element);
+        Memvar* dest = stack->esp + 1;
+        dest->release(stack);
+        take_value_bits(dest, &copy);
+        pop_scalar(stack);
+        return;
+    }
     read_array_item(stack, var, n, stack->esp + n);
     pop_slots(stack, n);
 }
 
+// An array held by this value alone takes the value in place; a shared one
+// is copied first, the general way.
 void write_array(VmStack* stack, Memvar* var, uint64_t n) {
+    Variant* element = plain_element(var, n, stack->esp + 1);
+    if (element && stack->esp->tag != TAG_POINTER &&
+        var->follow()->array.storage->shares.load(std::memory_order_acquire) == 1) {
+        element->release(stack);
+        take_value_bits(element, stack->esp);
+        pop_scalar(stack);
+        pop_scalar(stack);
+        return;
+    }
     write_array_item(stack, var, n);
     pop_slots(stack, n + 1);
 }
@@ -367,12 +479,20 @@ void run_loop(VmStack* stack, VmOp*** ip, Variant* ret) {
             binary_with_null_rule(stack, [stack](Variant* l, Variant* r) { l->mul(stack, *r); });
             break;
         case OP_BINARY_DIV:
+            if (divide_in_place(stack->esp + 1, stack->esp)) {
+                pop_scalar(stack);
+                break;
+            }
             binary_with_null_rule(stack, [stack](Variant* l, Variant* r) { l->div(stack, *r); });
             break;
         case OP_BINARY_POW:
             binary_with_null_rule(stack, [stack](Variant* l, Variant* r) { l->pow(stack, *r); });
             break;
         case OP_BINARY_MOD:
+            if (modulo_in_place(stack->esp + 1, stack->esp)) {
+                pop_scalar(stack);
+                break;
+            }
             binary_with_null_rule(stack, [stack](Variant* l, Variant* r) {
                 Variant result;
                 variant_mod(stack, l, r, &result);
@@ -546,8 +666,7 @@ void run_loop(VmStack* stack, VmOp*** ip, Variant* ret) {
             continue;
         case OP_RETURN_VALUE:
             ret->release(stack);
-            std::memcpy(static_cast<void*>(ret), static_cast<const Variant*>(stack->esp),
-                        sizeof(Variant));
+            take_value_bits(ret, stack->esp);
             stack->esp->tag = TAG_FALSE;
             stack->pop();
             completed(false);
@@ -569,6 +688,12 @@ void run_loop(VmStack* stack, VmOp*** ip, Variant* ret) {
             }
             break;
         case OP_READ_BY_NAME: read_by_name(stack, op, op_as<VmOpReadByName>(op).symbol); break;
+        case OP_READ_BARE_LOCAL: {
+            const auto& read = op_as<VmOpReadBareLocal>(op);
+            if (stack->sessions->bare_names_free()) copy_value(stack->push(), local_slot(stack, read.offset));
+            else read_by_name(stack, op, read.symbol);
+            break;
+        }
         case OP_READ_MEMVAR_BY_NAME:
             push_copy(stack, find_memvar(stack, op, op_as<VmOpReadMemvarByName>(op).symbol));
             break;
@@ -609,6 +734,7 @@ void run_loop(VmStack* stack, VmOp*** ip, Variant* ret) {
             add_to_bare_name(stack, op, add.symbol, add.offset);
             break;
         }
+        case OP_ADD_BARE_TO_BARE: add_bare_to_bare(stack, op_as<VmOpAddBareToBare>(op)); break;
         case OP_STORE: store(stack); break;
         case OP_WRITE_MEMVAR_BY_NAME:
             write_slot(stack, assignable_memvar(stack, op, op_as<VmOpWriteMemarByName>(op).symbol));
@@ -626,7 +752,7 @@ void run_loop(VmStack* stack, VmOp*** ip, Variant* ret) {
         case OP_UNRESOLVED_CALL: throw assert_failed_exception("VmOpUnresolvedCall");
         case OP_READ_LOCAL_MEMVAR_BY_OFFSET: {
             const Memvar* slot = local_slot(stack, op_as<VmOpReadLocalMemvarByOffset>(op).offset);
-            stack->push()->set_variant(slot);
+            copy_value(stack->push(), slot);
             break;
         }
         case OP_READ_LOCAL_MEMVAR_POINTER_BY_OFFSET: {

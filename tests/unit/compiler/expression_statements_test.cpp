@@ -26,6 +26,19 @@ TEST_F(ExpressionStatementTest, SelfAddIsOneAddToTheBareName) {
     EXPECT_EQ(opcodes(), (std::vector<uint8_t>{OP_READ_CONST_INTEGER, OP_ADD_TO_BARE_NAME}));
 }
 
+// Only a right side that is one bare name joins the add: m.y, an expression
+// or a constant keep their own instructions.
+TEST_F(ExpressionStatementTest, SelfAddOfABareNameIsOneInstruction) {
+    compile_statement("x = x + y");
+    EXPECT_EQ(opcodes(), (std::vector<uint8_t>{OP_ADD_BARE_TO_BARE}));
+    compiler.code.clear();
+    compile_statement("x = x + m.y");
+    EXPECT_EQ(opcodes(), (std::vector<uint8_t>{OP_READ_MEMVAR_BY_NAME, OP_ADD_TO_BARE_NAME}));
+    compiler.code.clear();
+    compile_statement("x = x + y * 2");
+    EXPECT_EQ(opcodes().back(), OP_ADD_TO_BARE_NAME);
+}
+
 TEST_F(ExpressionStatementTest, AddWithTheNameOnTheRightIsAPlainStore) {
     compile_statement("x = 1 + x");
     EXPECT_EQ(opcodes(), (std::vector<uint8_t>{OP_READ_CONST_INTEGER, OP_READ_BY_NAME, OP_BINARY_ADD,
@@ -62,7 +75,8 @@ TEST_F(ExpressionStatementTest, LocalSlotIsUsedOnlyWhenCertain) {
     EXPECT_EQ(opcodes().back(), OP_WRITE_MEMVAR_BY_OFFSET);
     compiler.code.clear();
     compile_statement("? n");
-    EXPECT_EQ(opcodes().front(), OP_READ_BY_NAME);  // a plain name may still be a field
+    // A plain name may still be a field: the instruction asks before it reads the slot.
+    EXPECT_EQ(opcodes().front(), OP_READ_BARE_LOCAL);
 }
 
 TEST_F(ExpressionStatementTest, MethodBodyTakesThisAndEndsWithReturn) {

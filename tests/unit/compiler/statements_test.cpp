@@ -191,8 +191,15 @@ TEST_F(StatementsTest, FunctionLocalsGoBySlot) {
     const UserFunction* f = module->find_function(runtime->symbols().symbolize("f"));
     ASSERT_NE(f, nullptr);
     const Program& program = *f->program();
-    // s = s + i in place; the FOR round's end steps i by its slot.
-    EXPECT_EQ(count_ops(program, OP_ADD_TO_BARE_LOCAL), 1u);
+    // s = s + i in place, both by their slots; the FOR round's end steps i by its slot.
+    ASSERT_EQ(count_ops(program, OP_ADD_BARE_TO_BARE), 1u);
+    for (size_t k = 0; k < program.instruction_count(); ++k)
+        if (program.code()[k]->opcode == OP_ADD_BARE_TO_BARE) {
+            const auto* add = static_cast<const VmOpAddBareToBare*>(program.code()[k]);
+            EXPECT_NE(add->offset, 0u);
+            EXPECT_NE(add->source_offset, 0u);
+            EXPECT_NE(add->offset, add->source_offset);
+        }
     EXPECT_EQ(count_ops(program, OP_READ_ADD_WRITE_LOCAL), 0u);
     EXPECT_EQ(count_ops(program, OP_READ_ADD_WRITE), 0u);
     ASSERT_EQ(count_ops(program, OP_FOR_NEXT_JUMP), 1u);
