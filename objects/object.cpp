@@ -148,6 +148,7 @@ void Object::virtual_call(VmStack* stack, unsigned symbol, size_t argc, Variant*
 void Object::virtual_access(VmStack* stack, unsigned symbol, size_t argc, Variant* ret) {
     Object* holder;
     const ClassMember* member = visible_member(stack, this, symbol, &holder);
+    if (argc == 0 && member->plain_read) return read_plain(holder, member, ret);
     if (!member->access) raise_member_not_found(stack, symbol);
     MemberScope scope(stack, this, holder, member, MEMBER_MODE_ACCESS);
     member->access(stack, argc, ret);
@@ -169,6 +170,7 @@ void Object::virtual_access_ref(VmStack* stack, unsigned symbol, size_t argc, Va
 void Object::virtual_assign(VmStack* stack, unsigned symbol, size_t argc) {
     Object* holder;
     const ClassMember* member = visible_member(stack, this, symbol, &holder);
+    if (argc == 1 && member->plain_write) return write_stored(stack, holder, plain_place(holder, member), 1);
     if (!member->assign) {
         if (member->type != MEMBER_PROPERTY) raise_member_not_found(stack, symbol);
         throw RuntimeError(ERR_PROPERTY_READ_ONLY, member->name);
@@ -248,6 +250,8 @@ std::unique_ptr<ClassMember> added_member(VmStack* stack, const new_property_st&
     member->access = added_property_access;
     member->access_ref = added_property_access_ref;
     member->assign = added_property_assign;
+    member->plain_storage = PLAIN_MEMBER_VALUE;
+    member->plain_read = member->plain_write = true;
     if (item.value) item.value->follow()->copy(&member->value);
     return member;
 }

@@ -116,6 +116,9 @@ void UserClass::compile(Symtable& symbols) {
         if (!member->access_ref) member->access_ref = user_class_generic_read_ref;
         if (!member->assign) member->assign = user_class_generic_write;
         member->stored = true;
+        member->plain_storage = PLAIN_LINK_SLOT;
+        member->plain_read = member->access == user_class_generic_read;
+        member->plain_write = member->assign == user_class_generic_write;
     }
     for (const auto& [name, index] : members_by_name()) {
         ClassMember* member = member_tables()->members[index];
