@@ -125,6 +125,7 @@ public:
     const uint32_t symbol;
     object_factory_fn factory;  // null for an abstract class
     bool is_custom = false;     // the root of user classes: its subclasses are roots
+    bool user_defined = false;  // a UserClass: its objects keep Object's member operations
 
 private:
     std::mutex mutex_;

@@ -145,10 +145,21 @@ void Object::virtual_call(VmStack* stack, unsigned symbol, size_t argc, Variant*
     member->call(stack, argc, ret);
 }
 
+// Only user classes' objects are sure to keep Object's operations.
+bool Object::read_plain(VmStack* stack, unsigned symbol, Variant* ret) {
+    if (!object_class || !object_class->user_defined) return false;
+    const ClassMember* member;
+    Object* holder;
+    if (!get_member(symbol, &member, &holder) || !member->plain_read) return false;
+    if (member->visibility != MEMBER_PUBLIC && !member_visible(stack, this, holder, member)) return false;
+    read_plain_value(holder, member, ret);
+    return true;
+}
+
 void Object::virtual_access(VmStack* stack, unsigned symbol, size_t argc, Variant* ret) {
     Object* holder;
     const ClassMember* member = visible_member(stack, this, symbol, &holder);
-    if (argc == 0 && member->plain_read) return read_plain(holder, member, ret);
+    if (argc == 0 && member->plain_read) return read_plain_value(holder, member, ret);
     if (!member->access) raise_member_not_found(stack, symbol);
     MemberScope scope(stack, this, holder, member, MEMBER_MODE_ACCESS);
     member->access(stack, argc, ret);

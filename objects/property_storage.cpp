@@ -93,7 +93,7 @@ Variant* plain_place(Object* holder, const ClassMember* member) {
     return const_cast<Variant*>(&member->value);
 }
 
-void read_plain(Object* holder, const ClassMember* member, Variant* ret) {
+void read_plain_value(Object* holder, const ClassMember* member, Variant* ret) {
     const Variant* stored = plain_place(holder, member);
     std::shared_lock guard(holder->lock);
     stored->copy(ret);

@@ -26,6 +26,6 @@ void write_stored(VmStack* stack, Object* holder, Variant* stored, unsigned long
 // The place of the value in the link that holds the member:
 Variant* plain_place(Object* holder, const ClassMember* member);
 // A copy of the value, as the access handler would give it.
-void read_plain(Object* holder, const ClassMember* member, Variant* ret);
+void read_plain_value(Object* holder, const ClassMember* member, Variant* ret);
 
 }  // namespace zobase

@@ -66,6 +66,7 @@ void value_first(VmStack* stack, unsigned long long argc) {
 
 UserClass::UserClass(const String& class_name, uint32_t class_symbol, const parent_clause_st& parent)
     : Class(class_name, class_symbol, create_user_object), parent_(parent) {
+    user_defined = true;
     define_common_members(this);
     common_members_ = member_tables()->members.size();
 }

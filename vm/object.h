@@ -62,6 +62,11 @@ public:
     virtual void virtual_access_ref(VmStack* stack, unsigned symbol, size_t argc, Variant* ret);
     // A property write; the value is the last of the argc slots, above any subscripts.
     virtual void virtual_assign(VmStack* stack, unsigned symbol, size_t argc);
+    // A read without subscripts that needs no handler: a plain stored
+    // property the caller may see, of an object whose operations are the
+    // default ones. Copies it into ret (clean) and answers true; otherwise
+    // answers false having changed nothing, and the read goes the usual way.
+    bool read_plain(VmStack* stack, unsigned symbol, Variant* ret);
     // This link's members in the order of its member vector.
     virtual int enum_properties(enum_properties_fn callback, void* context);
 

@@ -149,6 +149,13 @@ void object_read_pointer(VmStack* stack, uint32_t symbol, uint64_t n) {
     member_by_reference(stack, symbol, n, &Object::virtual_access_ref, ERR_UNSAFE_POINTER);
 }
 
+void read_this_member(VmStack* stack, const Memvar* slot, uint32_t symbol) {
+    Memvar* result = stack->push();
+    if (object_in(slot)->read_plain(stack, symbol, result)) return;
+    stack->push()->set_variant(slot);
+    object_read(stack, symbol, 0);
+}
+
 void object_write(VmStack* stack, uint32_t symbol, uint64_t n) {
     ZO_TRACE();
     Memvar* object_slot = stack->esp + n;

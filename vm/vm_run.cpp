@@ -609,6 +609,11 @@ void run_loop(VmStack* stack, VmOp*** ip, Variant* ret) {
             add_to_bare_name(stack, op, add.symbol, add.offset);
             break;
         }
+        case OP_READ_THIS_MEMBER: {
+            const auto& read = op_as<VmOpReadThisMember>(op);
+            read_this_member(stack, local_slot(stack, read.offset), read.symbol);
+            break;
+        }
         case OP_STORE: store(stack); break;
         case OP_WRITE_MEMVAR_BY_NAME:
             write_slot(stack, assignable_memvar(stack, op, op_as<VmOpWriteMemarByName>(op).symbol));
