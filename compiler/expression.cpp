@@ -363,20 +363,6 @@ void compile_path_root_with(const Path*, const PathItem* item, CompiledCodeColle
     compile_read_variable(item->location, path.with_stack.back(), true, false, code, path, type);
 }
 
-// The slot of THIS when a path starts with THIS.name in a method, which one
-// instruction reads; 0 otherwise.
-unsigned long long this_member_root(const Path* path_operand, CodePath& path) {
-    const PathItem* root = path_operand->root.get();
-    if (root->kind != PATH_ITEM_NAME || path_operand->items.empty() ||
-        path_operand->items[0]->kind != PATH_ITEM_NAME)
-        return 0;
-    unsigned symbol = path.symbolize(item_name(root));
-    unsigned long long offset = 0;
-    bool certain = false;
-    if (!is_method_this(symbol, path) || !path.variable_get(symbol, &offset, &certain) || !certain) return 0;
-    return offset;
-}
-
 const std::unordered_map<int, root_fn> root_table = {
     {PATH_ITEM_NAME, compile_path_root_name},
     {PATH_ITEM_NAME_INDEX, compile_path_root_name_with_index},
@@ -751,6 +737,18 @@ void compile_operand_variable_ref(const Operand_Variable* variable, bool create,
     unsigned symbol = path.symbolize(variable->name);
     if (create) code->push_back(variable->location, new VmOpReadMemvarPointerCreate(symbol));
     else code->push_back(variable->location, new VmOpReadMemvarPointerByName(symbol));
+}
+
+unsigned long long this_member_root(const Path* path_operand, CodePath& path) {
+    const PathItem* root = path_operand->root.get();
+    if (root->kind != PATH_ITEM_NAME || path_operand->items.empty() ||
+        path_operand->items[0]->kind != PATH_ITEM_NAME)
+        return 0;
+    unsigned symbol = path.symbolize(item_name(root));
+    unsigned long long offset = 0;
+    bool certain = false;
+    if (!is_method_this(symbol, path) || !path.variable_get(symbol, &offset, &certain) || !certain) return 0;
+    return offset;
 }
 
 void compile_evaluate_path(const Path* path_operand, bool stop_before_last, CompiledCodeCollection* code,

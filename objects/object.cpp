@@ -145,15 +145,34 @@ void Object::virtual_call(VmStack* stack, unsigned symbol, size_t argc, Variant*
     member->call(stack, argc, ret);
 }
 
+namespace {
+
+// The member for a read or write without a handler, or null when it needs one.
 // Only user classes' objects are sure to keep Object's operations.
-bool Object::read_plain(VmStack* stack, unsigned symbol, Variant* ret) {
-    if (!object_class || !object_class->user_defined) return false;
+const ClassMember* plain_member(VmStack* stack, const Object* object, unsigned symbol, bool write,
+                               Object** holder) {
+    if (!object->object_class || !object->object_class->user_defined) return nullptr;
     const ClassMember* member;
+    if (!object->get_member(symbol, &member, holder) || !(write ? member->plain_write : member->plain_read))
+        return nullptr;
+    if (member->visibility != MEMBER_PUBLIC && !member_visible(stack, object, *holder, member)) return nullptr;
+    return member;
+}
+
+}  // namespace
+
+bool Object::read_plain(VmStack* stack, unsigned symbol, Variant* ret) {
     Object* holder;
-    if (!get_member(symbol, &member, &holder) || !member->plain_read) return false;
-    if (member->visibility != MEMBER_PUBLIC && !member_visible(stack, this, holder, member)) return false;
-    read_plain_value(holder, member, ret);
-    return true;
+    const ClassMember* member = plain_member(stack, this, symbol, false, &holder);
+    if (member) read_plain_value(holder, member, ret);
+    return member;
+}
+
+bool Object::write_plain(VmStack* stack, unsigned symbol) {
+    Object* holder;
+    const ClassMember* member = plain_member(stack, this, symbol, true, &holder);
+    if (member) write_stored(stack, holder, plain_place(holder, member), 1);
+    return member;
 }
 
 void Object::virtual_access(VmStack* stack, unsigned symbol, size_t argc, Variant* ret) {

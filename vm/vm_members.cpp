@@ -156,6 +156,17 @@ void read_this_member(VmStack* stack, const Memvar* slot, uint32_t symbol) {
     object_read(stack, symbol, 0);
 }
 
+void write_this_member(VmStack* stack, const Memvar* slot, uint32_t symbol) {
+    if (object_in(slot)->write_plain(stack, symbol)) return stack->pop();
+    // The usual write wants the object under the value.
+    stack->push()->set_variant(slot);
+    alignas(Memvar) unsigned char object[sizeof(Memvar)];
+    std::memcpy(object, static_cast<void*>(stack->esp), sizeof(Memvar));
+    std::memcpy(static_cast<void*>(stack->esp), static_cast<void*>(stack->esp + 1), sizeof(Memvar));
+    std::memcpy(static_cast<void*>(stack->esp + 1), object, sizeof(Memvar));
+    object_write(stack, symbol, 1);
+}
+
 void object_write(VmStack* stack, uint32_t symbol, uint64_t n) {
     ZO_TRACE();
     Memvar* object_slot = stack->esp + n;

@@ -614,6 +614,11 @@ void run_loop(VmStack* stack, VmOp*** ip, Variant* ret) {
             read_this_member(stack, local_slot(stack, read.offset), read.symbol);
             break;
         }
+        case OP_WRITE_THIS_MEMBER: {
+            const auto& write = op_as<VmOpWriteThisMember>(op);
+            write_this_member(stack, local_slot(stack, write.offset), write.symbol);
+            break;
+        }
         case OP_STORE: store(stack); break;
         case OP_WRITE_MEMVAR_BY_NAME:
             write_slot(stack, assignable_memvar(stack, op, op_as<VmOpWriteMemarByName>(op).symbol));

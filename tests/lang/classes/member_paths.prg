@@ -45,6 +45,14 @@ h = CREATEOBJECT("Plain")
 h.nValue = CREATEOBJECT("Noisy")
 h.nValue = 1
 ? "after the write", h.nValue
+* THIS.name = value where the value's code rebinds THIS by reference: the
+* write still goes to the object THIS was when the statement began.
+w = CREATEOBJECT("Rebinder")
+? "rebound:", w.Rebind(), w.nValue
+* Writes from inside the class meet the assign method of a subclass.
+g = CREATEOBJECT("Guarded")
+g.SetFromInside(4)
+? "assign from inside:", g.nValue
 
 FUNCTION Show(toObject)
    RETURN toObject.nValue
@@ -72,7 +80,23 @@ ENDFUNC
 
 DEFINE CLASS Plain AS Custom
    nValue = 0
+   PROCEDURE SetFromInside(tvValue)
+      This.nValue = tvValue
+   ENDPROC
 ENDDEFINE
+
+DEFINE CLASS Rebinder AS Plain
+   FUNCTION Rebind
+      This.nValue = Replaced(@This)
+      RETURN This.nValue
+   ENDFUNC
+ENDDEFINE
+
+FUNCTION Replaced(toTarget)
+   toTarget = CREATEOBJECT("Plain")
+   toTarget.nValue = -1
+   RETURN 5
+ENDFUNC
 
 DEFINE CLASS Computed AS Plain
    FUNCTION nValue_access
