@@ -141,6 +141,11 @@ void object_call_pointer(VmStack* stack, uint32_t symbol, uint64_t n) {
 
 void object_read(VmStack* stack, uint32_t symbol, uint64_t n) {
     ZO_TRACE();
+    if (n == 0) {
+        Memvar* object_slot = stack->esp;
+        Memvar* result = object_slot + 1;
+        if (result->tag == TAG_FALSE && object_in(object_slot)->read_plain(stack, symbol, result)) return stack->pop();
+    }
     member_through_temporary(stack, symbol, n, &Object::virtual_access);
 }
 
