@@ -1,6 +1,7 @@
 // Declarations and assignment: LOCAL, PUBLIC, PRIVATE, parameters,
 // DIMENSION, STORE and DECLARE, and the store into any kind of target.
 #include <functional>
+#include <iterator>
 #include <memory>
 #include <string>
 
@@ -34,11 +35,58 @@ void compile_write_array(const Operand_Variable* variable, size_t count, Compile
         code->push_back(variable->location, new VmOpWriteArrayByName(symbol, count));
 }
 
+// Whether the code emitted from item `first` on leaves the running frame's
+// LOCALs as they were. A frame's own LOCAL changes only through a reference
+// taken to it or through text compiled in the frame (a macro, a native such
+// as EVALUATE); the instructions below do neither, and what they call runs
+// in frames of its own.
+bool leaves_locals_alone(const CompiledCodeCollection& code, size_t first) {
+    auto item = code.items.begin();
+    std::advance(item, first);
+    for (; item != code.items.end(); ++item) {
+        if (item->kind != 0) continue;
+        uint8_t opcode = item->op->opcode;
+        bool harmless = (opcode >= OP_BINARY_ADD && opcode <= OP_BINARY_EQEQ) || opcode == OP_CALL_USER_FUNCTION ||
+                        (opcode >= OP_CAST_TO_BOOLEAN && opcode <= OP_CHECK_NOT_NULL) ||
+                        (opcode >= OP_COND_TRUE_JUMP && opcode <= OP_COND_FALSE_OR_NULL_JUMP_KEEP_ESP) ||
+                        opcode == OP_ESP_ALLOC || opcode == OP_JUMP || opcode == OP_OBJECT_CALL ||
+                        (opcode >= OP_READ_BY_NAME && opcode <= OP_READ_CONST_NULL) || opcode == OP_OBJECT_READ ||
+                        opcode == OP_UNARY_NOT || opcode == OP_UNARY_NEG || opcode == OP_READ_FIELD_BY_INDEX ||
+                        opcode == OP_READ_THIS_MEMBER;
+        if (!harmless) return false;
+    }
+    return true;
+}
+
+// THIS.name = value in a method: THIS is read after the value, in the write
+// itself, when the value's code cannot have changed the slot; otherwise THIS
+// goes in ahead of the value's code and the usual write follows.
+bool compile_write_this_member(const Path* target, const value_emitter& emit_value, CompiledCodeCollection* code,
+                               CodePath& path) {
+    if (target->items.size() != 1 || target->items[0]->kind != PATH_ITEM_NAME) return false;
+    unsigned long long offset = this_member_root(target, path);
+    if (!offset) return false;
+    const PathItem* item = target->items[0].get();
+    unsigned symbol = path.symbolize(static_cast<const NamePathItem*>(item)->name);
+    size_t first = code->size();
+    emit_value();
+    if (leaves_locals_alone(*code, first)) {
+        code->push_back(item->location, new VmOpWriteThisMember(offset, symbol));
+        return true;
+    }
+    code->push_back(target->root->location, new VmOpReadLocalMemvarByOffset(offset));
+    code->items.splice(std::next(code->items.begin(), static_cast<std::ptrdiff_t>(first)), code->items,
+                       std::prev(code->items.end()));
+    code->push_back(item->location, new VmOpObjectWrite(symbol, 1));
+    return true;
+}
+
 // The VM takes the value last, above the object and any subscripts, and
 // counts it among the arguments of the write.
 void compile_write_property(const Path* target, const value_emitter& emit_value, CompiledCodeCollection* code,
                             CodePath& path) {
     if (target->items.empty()) throw assert_failed_exception("property assignment without a member");
+    if (compile_write_this_member(target, emit_value, code, path)) return;
     compiler_type_info_st type{};
     compile_evaluate_path(target, true, code, path, &type);
     const PathItem* last = target->items.back().get();

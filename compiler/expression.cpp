@@ -744,15 +744,34 @@ void compile_operand_variable_ref(const Operand_Variable* variable, bool create,
     else code->push_back(variable->location, new VmOpReadMemvarPointerByName(symbol));
 }
 
+unsigned long long this_member_root(const Path* path_operand, CodePath& path) {
+    const PathItem* root = path_operand->root.get();
+    if (root->kind != PATH_ITEM_NAME || path_operand->items.empty() ||
+        path_operand->items[0]->kind != PATH_ITEM_NAME)
+        return 0;
+    unsigned symbol = path.symbolize(item_name(root));
+    unsigned long long offset = 0;
+    bool certain = false;
+    if (!is_method_this(symbol, path) || !path.variable_get(symbol, &offset, &certain) || !certain) return 0;
+    return offset;
+}
+
 void compile_evaluate_path(const Path* path_operand, bool stop_before_last, CompiledCodeCollection* code,
                            CodePath& path, compiler_type_info_st* type) {
     *type = fresh_type();
     type->type = STATIC_TYPE_UNKNOWN;
     if (!stop_before_last && compile_dotted_builtin(path_operand, code, path, type)) return;
     size_t count = path_operand->items.size() - (stop_before_last && !path_operand->items.empty() ? 1 : 0);
-    for (size_t i = 0; i < count; ++i) code->push_back(path_operand->location, new VmOpEspAlloc());
-    find_row(root_table, path_operand->root->kind)(path_operand, path_operand->root.get(), code, path, type);
-    for (size_t i = 0; i < count; ++i) {
+    unsigned long long this_offset = count ? this_member_root(path_operand, path) : 0;
+    size_t first = this_offset ? 1 : 0;
+    for (size_t i = first; i < count; ++i) code->push_back(path_operand->location, new VmOpEspAlloc());
+    if (this_offset) {
+        const PathItem* item = path_operand->items[0].get();
+        code->push_back(item->location, new VmOpReadThisMember(this_offset, path.symbolize(item_name(item))));
+    } else {
+        find_row(root_table, path_operand->root->kind)(path_operand, path_operand->root.get(), code, path, type);
+    }
+    for (size_t i = first; i < count; ++i) {
         const PathItem* item = path_operand->items[i].get();
         find_row(item_table, item->kind)(item, code, path, type);
     }

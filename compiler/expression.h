@@ -49,6 +49,9 @@ void compile_read_variable(const document_location_st& location, unsigned symbol
                            CompiledCodeCollection* code, CodePath& path, compiler_type_info_st* type);
 void compile_operand_variable_ref(const Operand_Variable* variable, bool create, CompiledCodeCollection* code,
                                   CodePath& path);
+// The slot of THIS when a path starts with THIS.name in a method, which one
+// instruction reads or writes; 0 otherwise.
+unsigned long long this_member_root(const Path* path_operand, CodePath& path);
 void compile_evaluate_path(const Path* path_operand, bool stop_before_last, CompiledCodeCollection* code,
                            CodePath& path, compiler_type_info_st* type);
 void compile_evaluate_path_ref(const Path* path_operand, CompiledCodeCollection* code, CodePath& path,

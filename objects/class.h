@@ -28,6 +28,11 @@ enum MemberType : uint32_t { MEMBER_UNDEFINED = 0, MEMBER_PROPERTY = 1, MEMBER_M
 // Visibility is a mask: the caller's level must contain it (see objects/object.cpp).
 enum MemberVisibility : uint32_t { MEMBER_PUBLIC = 1, MEMBER_PROTECTED = 3, MEMBER_HIDDEN = 7 };
 
+// Where a plain property keeps its value: in the storage of the link that
+// holds it (a user class's declared property), or in the member record (a
+// member added to one instance).
+enum PlainStorage : uint8_t { PLAIN_NONE = 0, PLAIN_LINK_SLOT = 1, PLAIN_MEMBER_VALUE = 2 };
+
 // Handlers take their object from the stack's call context and their
 // arguments through Param (vm/param.h): call, access and access_ref have the
 // form of a native function, assign that of a native command, whose value is
@@ -49,6 +54,11 @@ struct ClassMember {
     // place in the link's storage, and the methods that serve the member.
     uint64_t slot = 0;
     bool stored = false;
+    // Where the value of a property whose handler would only copy it lies:
+    // the VM's member operations reach it without entering the handler.
+    uint8_t plain_storage = PLAIN_NONE;
+    bool plain_read = false;   // access only copies the stored value out
+    bool plain_write = false;  // assign only replaces it
     const UserFunction* method = nullptr;
     const UserFunction* access_method = nullptr;
     const UserFunction* assign_method = nullptr;
@@ -115,6 +125,7 @@ public:
     const uint32_t symbol;
     object_factory_fn factory;  // null for an abstract class
     bool is_custom = false;     // the root of user classes: its subclasses are roots
+    bool user_defined = false;  // a UserClass: its objects keep Object's member operations
 
 private:
     std::mutex mutex_;

@@ -145,9 +145,40 @@ void Object::virtual_call(VmStack* stack, unsigned symbol, size_t argc, Variant*
     member->call(stack, argc, ret);
 }
 
+namespace {
+
+// The member for a read or write without a handler, or null when it needs one.
+// Only user classes' objects are sure to keep Object's operations.
+const ClassMember* plain_member(VmStack* stack, const Object* object, unsigned symbol, bool write,
+                               Object** holder) {
+    if (!object->object_class || !object->object_class->user_defined) return nullptr;
+    const ClassMember* member;
+    if (!object->get_member(symbol, &member, holder) || !(write ? member->plain_write : member->plain_read))
+        return nullptr;
+    if (member->visibility != MEMBER_PUBLIC && !member_visible(stack, object, *holder, member)) return nullptr;
+    return member;
+}
+
+}  // namespace
+
+bool Object::read_plain(VmStack* stack, unsigned symbol, Variant* ret) {
+    Object* holder;
+    const ClassMember* member = plain_member(stack, this, symbol, false, &holder);
+    if (member) read_plain_value(holder, member, ret);
+    return member;
+}
+
+bool Object::write_plain(VmStack* stack, unsigned symbol) {
+    Object* holder;
+    const ClassMember* member = plain_member(stack, this, symbol, true, &holder);
+    if (member) write_stored(stack, holder, plain_place(holder, member), 1);
+    return member;
+}
+
 void Object::virtual_access(VmStack* stack, unsigned symbol, size_t argc, Variant* ret) {
     Object* holder;
     const ClassMember* member = visible_member(stack, this, symbol, &holder);
+    if (argc == 0 && member->plain_read) return read_plain_value(holder, member, ret);
     if (!member->access) raise_member_not_found(stack, symbol);
     MemberScope scope(stack, this, holder, member, MEMBER_MODE_ACCESS);
     member->access(stack, argc, ret);
@@ -169,6 +200,7 @@ void Object::virtual_access_ref(VmStack* stack, unsigned symbol, size_t argc, Va
 void Object::virtual_assign(VmStack* stack, unsigned symbol, size_t argc) {
     Object* holder;
     const ClassMember* member = visible_member(stack, this, symbol, &holder);
+    if (argc == 1 && member->plain_write) return write_stored(stack, holder, plain_place(holder, member), 1);
     if (!member->assign) {
         if (member->type != MEMBER_PROPERTY) raise_member_not_found(stack, symbol);
         throw RuntimeError(ERR_PROPERTY_READ_ONLY, member->name);
@@ -248,6 +280,8 @@ std::unique_ptr<ClassMember> added_member(VmStack* stack, const new_property_st&
     member->access = added_property_access;
     member->access_ref = added_property_access_ref;
     member->assign = added_property_assign;
+    member->plain_storage = PLAIN_MEMBER_VALUE;
+    member->plain_read = member->plain_write = true;
     if (item.value) item.value->follow()->copy(&member->value);
     return member;
 }

@@ -7,6 +7,7 @@
 
 #include "objects/class.h"
 #include "objects/object.h"
+#include "objects/user_class.h"
 #include "values/error.h"
 #include "vm/param.h"
 #include "vm/vm_instructions.h"
@@ -85,6 +86,17 @@ void write_stored(VmStack* stack, Object* holder, Variant* stored, unsigned long
         value->deliver(target);
     }
     replaced.release(stack);
+}
+
+Variant* plain_place(Object* holder, const ClassMember* member) {
+    if (member->plain_storage == PLAIN_LINK_SLOT) return &static_cast<UserObject*>(holder)->values[member->slot];
+    return const_cast<Variant*>(&member->value);
+}
+
+void read_plain_value(Object* holder, const ClassMember* member, Variant* ret) {
+    const Variant* stored = plain_place(holder, member);
+    std::shared_lock guard(holder->lock);
+    stored->copy(ret);
 }
 
 }  // namespace zobase

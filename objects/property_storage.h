@@ -20,4 +20,12 @@ void read_stored_ref(VmStack* stack, Object* holder, Variant* stored, unsigned l
 // property, otherwise an element or the default member as read_stored has it.
 void write_stored(VmStack* stack, Object* holder, Variant* stored, unsigned long long argc);
 
+// Plain properties (ClassMember::plain_read, plain_write): no handler runs
+// for a read without subscripts or a write of the whole value, and nothing
+// of the language can run meanwhile, so the call context is left alone.
+// The place of the value in the link that holds the member:
+Variant* plain_place(Object* holder, const ClassMember* member);
+// A copy of the value, as the access handler would give it.
+void read_plain_value(Object* holder, const ClassMember* member, Variant* ret);
+
 }  // namespace zobase

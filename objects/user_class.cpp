@@ -66,6 +66,7 @@ void value_first(VmStack* stack, unsigned long long argc) {
 
 UserClass::UserClass(const String& class_name, uint32_t class_symbol, const parent_clause_st& parent)
     : Class(class_name, class_symbol, create_user_object), parent_(parent) {
+    user_defined = true;
     define_common_members(this);
     common_members_ = member_tables()->members.size();
 }
@@ -116,6 +117,9 @@ void UserClass::compile(Symtable& symbols) {
         if (!member->access_ref) member->access_ref = user_class_generic_read_ref;
         if (!member->assign) member->assign = user_class_generic_write;
         member->stored = true;
+        member->plain_storage = PLAIN_LINK_SLOT;
+        member->plain_read = member->access == user_class_generic_read;
+        member->plain_write = member->assign == user_class_generic_write;
     }
     for (const auto& [name, index] : members_by_name()) {
         ClassMember* member = member_tables()->members[index];

@@ -38,10 +38,49 @@ ModuleCache::~ModuleCache() {
 
 String canonical_path(const String& path) { return String(fs::canonical(fs::path(path))); }
 
-void ModuleCache::retire(std::map<String, ModuleDomain*, StringLessThan_Unicode_Machine>::iterator entry) {
+void ModuleCache::retire(domain_map::iterator entry) {
     in_use_order_.remove(entry->second);
     retired_.push_back(entry->second);
     by_path_.erase(entry);
+}
+
+std::vector<ModuleDomain*> ModuleCache::domains() const {
+    std::shared_lock guard(mutex_);
+    return {in_use_order_.begin(), in_use_order_.end()};
+}
+
+module_map ModuleCache::procedures() const {
+    std::shared_lock guard(mutex_);
+    return procedures_;
+}
+
+const Module* ModuleCache::cached(const String& path, int64_t write_time, CachePolicy policy) const {
+    auto found = by_path_.find(path);
+    if (found == by_path_.end()) return nullptr;
+    const ModuleDomain* domain = found->second;
+    if (policy == CACHE_AS_IS || (policy == CACHE_CHECK_TIME && domain->write_time == write_time))
+        return domain->entry;
+    return nullptr;
+}
+
+// Another thread may have entered the same file while this one compiled:
+// a copy of the same write time that the policy takes wins, and ours is
+// set aside unused.
+const Module* ModuleCache::enter(std::unique_ptr<ModuleDomain> domain, CachePolicy policy) {
+    std::unique_lock guard(mutex_);
+    if (policy != CACHE_RELOAD)
+        if (const Module* other = cached(domain->path, domain->write_time, policy)) {
+            retired_.push_back(domain.release());
+            return other;
+        }
+    auto stale = by_path_.find(domain->path);
+    if (stale != by_path_.end()) retire(stale);
+    in_use_order_.push_back(domain.get());
+    by_path_.emplace(domain->path, domain.get());
+    // A SET PROCEDURE module that was compiled again is reached in its new form.
+    auto procedure = procedures_.find(domain->path);
+    if (procedure != procedures_.end()) procedure->second = domain->entry;
+    return domain.release()->entry;
 }
 
 // The standard library's filesystem errors are reported as the generic one.
@@ -53,12 +92,9 @@ const Module* ModuleCache::load_from_disk(VmStack* stack, const String& file, Ca
         String path = canonical_path(found);
         stack->runtime->screen->on_load_module(stack, path);
         int64_t write_time = last_write_time(path);
-        auto cached = by_path_.find(path);
-        if (cached != by_path_.end()) {
-            ModuleDomain* domain = cached->second;
-            if (policy == CACHE_AS_IS || (policy == CACHE_CHECK_TIME && domain->write_time == write_time))
-                return domain->entry;
-            retire(cached);
+        {
+            std::shared_lock guard(mutex_);
+            if (const Module* module = cached(path, write_time, policy)) return module;
         }
         auto domain = std::make_unique<ModuleDomain>();
         domain->path = path;
@@ -66,12 +102,7 @@ const Module* ModuleCache::load_from_disk(VmStack* stack, const String& file, Ca
         domain->entry = compile(stack, path, &domain->modules);
         domain->modules.try_emplace(path, domain->entry);
         domain->entry->domain = domain.get();
-        in_use_order_.push_back(domain.get());
-        by_path_.emplace(path, domain.get());
-        // A SET PROCEDURE module that was compiled again is reached in its new form.
-        auto procedure = procedures_.find(path);
-        if (procedure != procedures_.end()) procedure->second = domain->entry;
-        return domain.release()->entry;
+        return enter(std::move(domain), policy);
     } catch (const fs::filesystem_error& error) {
         throw RuntimeError(ERR_FILESYSTEM_GENERIC, String(error.what()));
     }
@@ -93,7 +124,13 @@ Module* compile_module_file(VmStack* stack, const String& path, module_map*) {
 
 void ModuleCache::add_procedure(VmStack* stack, const String& file) {
     const Module* module = load_from_disk(stack, file, CACHE_CHECK_TIME);
+    std::unique_lock guard(mutex_);
     procedures_.insert_or_assign(module->domain->path, const_cast<Module*>(module));
+}
+
+void ModuleCache::clear_procedures() {
+    std::unique_lock guard(mutex_);
+    procedures_.clear();
 }
 
 }  // namespace zobase

@@ -51,17 +51,14 @@ public:
     }
 
     const UserFunction* find_procedure(uint32_t symbol) const override {
-        for (const auto& [path, module] : runtime_->module_cache().procedures())
-            if (const UserFunction* function = module->find_function(symbol)) return function;
-        return nullptr;
+        return runtime_->module_cache().first_procedure<const UserFunction>(
+            [symbol](const Module* module) { return module->find_function(symbol); });
     }
 
     const UserFunction* find_loaded_program(uint32_t symbol) const override {
         String name = symbol_text(symbol);
-        for (const ModuleDomain* domain : runtime_->module_cache().domains())
-            for (const auto& [path, module] : domain->modules)
-                if (const UserFunction* function = find_in_module(*module, symbol, name)) return function;
-        return nullptr;
+        return runtime_->module_cache().first_loaded<const UserFunction>(
+            [&](const Module* module) { return find_in_module(*module, symbol, name); });
     }
 
     uint32_t symbolize(const String& name) const override {
@@ -118,12 +115,10 @@ public:
         if (stack->frame && stack->frame->program->module)
             if (Class* found = module_of(stack->frame->program)->find_class(symbol)) return found;
         if (Class* found = runtime_->library()->find_class(symbol)) return found;
-        for (const auto& [path, module] : runtime_->module_cache().procedures())
-            if (Class* found = module->find_class(symbol)) return found;
-        for (const ModuleDomain* domain : runtime_->module_cache().domains())
-            for (const auto& [path, module] : domain->modules)
-                if (Class* found = module->find_class(symbol)) return found;
-        return nullptr;
+        auto in_module = [symbol](const Module* module) { return module->find_class(symbol); };
+        const ModuleCache& cache = runtime_->module_cache();
+        if (Class* found = cache.first_procedure<Class>(in_module)) return found;
+        return cache.first_loaded<Class>(in_module);
     }
 
     Class* find_builtin_class(uint32_t symbol) const override { return runtime_->library()->find_class(symbol); }

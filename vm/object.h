@@ -62,6 +62,14 @@ public:
     virtual void virtual_access_ref(VmStack* stack, unsigned symbol, size_t argc, Variant* ret);
     // A property write; the value is the last of the argc slots, above any subscripts.
     virtual void virtual_assign(VmStack* stack, unsigned symbol, size_t argc);
+    // A read without subscripts that needs no handler: a plain stored
+    // property the caller may see, of an object whose operations are the
+    // default ones. Copies it into ret (clean) and answers true; otherwise
+    // answers false having changed nothing, and the read goes the usual way.
+    bool read_plain(VmStack* stack, unsigned symbol, Variant* ret);
+    // A write of the whole value that needs no handler, as read_plain has
+    // it: the value is the top of the stack, which stays to be popped.
+    bool write_plain(VmStack* stack, unsigned symbol);
     // This link's members in the order of its member vector.
     virtual int enum_properties(enum_properties_fn callback, void* context);
 

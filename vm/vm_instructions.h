@@ -116,5 +116,13 @@ void object_call_pointer(VmStack* stack, uint32_t symbol, uint64_t n);
 void object_read(VmStack* stack, uint32_t symbol, uint64_t n);
 void object_read_pointer(VmStack* stack, uint32_t symbol, uint64_t n);
 void object_write(VmStack* stack, uint32_t symbol, uint64_t n);
+// A property of a method's THIS, pushed: as ObjectRead without subscripts on
+// a copy of the slot, which is made only when a handler must run. The slot
+// keeps the object alive meanwhile: only the method's own code could change it.
+void read_this_member(VmStack* stack, const Memvar* slot, uint32_t symbol);
+// The top into a property of a method's THIS, popped: as ObjectWrite with
+// the object under the value, which the compiler emits only where the
+// value's code could not have changed the slot.
+void write_this_member(VmStack* stack, const Memvar* slot, uint32_t symbol);
 
 }  // namespace zobase

@@ -141,12 +141,35 @@ void object_call_pointer(VmStack* stack, uint32_t symbol, uint64_t n) {
 
 void object_read(VmStack* stack, uint32_t symbol, uint64_t n) {
     ZO_TRACE();
+    if (n == 0) {
+        Memvar* object_slot = stack->esp;
+        Memvar* result = object_slot + 1;
+        if (result->tag == TAG_FALSE && object_in(object_slot)->read_plain(stack, symbol, result)) return stack->pop();
+    }
     member_through_temporary(stack, symbol, n, &Object::virtual_access);
 }
 
 void object_read_pointer(VmStack* stack, uint32_t symbol, uint64_t n) {
     ZO_TRACE();
     member_by_reference(stack, symbol, n, &Object::virtual_access_ref, ERR_UNSAFE_POINTER);
+}
+
+void read_this_member(VmStack* stack, const Memvar* slot, uint32_t symbol) {
+    Memvar* result = stack->push();
+    if (object_in(slot)->read_plain(stack, symbol, result)) return;
+    stack->push()->set_variant(slot);
+    object_read(stack, symbol, 0);
+}
+
+void write_this_member(VmStack* stack, const Memvar* slot, uint32_t symbol) {
+    if (object_in(slot)->write_plain(stack, symbol)) return stack->pop();
+    // The usual write wants the object under the value.
+    stack->push()->set_variant(slot);
+    alignas(Memvar) unsigned char object[sizeof(Memvar)];
+    std::memcpy(object, static_cast<void*>(stack->esp), sizeof(Memvar));
+    std::memcpy(static_cast<void*>(stack->esp), static_cast<void*>(stack->esp + 1), sizeof(Memvar));
+    std::memcpy(static_cast<void*>(stack->esp + 1), object, sizeof(Memvar));
+    object_write(stack, symbol, 1);
 }
 
 void object_write(VmStack* stack, uint32_t symbol, uint64_t n) {

@@ -735,6 +735,16 @@ void run_loop(VmStack* stack, VmOp*** ip, Variant* ret) {
             break;
         }
         case OP_ADD_BARE_TO_BARE: add_bare_to_bare(stack, op_as<VmOpAddBareToBare>(op)); break;
+        case OP_READ_THIS_MEMBER: {
+            const auto& read = op_as<VmOpReadThisMember>(op);
+            read_this_member(stack, local_slot(stack, read.offset), read.symbol);
+            break;
+        }
+        case OP_WRITE_THIS_MEMBER: {
+            const auto& write = op_as<VmOpWriteThisMember>(op);
+            write_this_member(stack, local_slot(stack, write.offset), write.symbol);
+            break;
+        }
         case OP_STORE: store(stack); break;
         case OP_WRITE_MEMVAR_BY_NAME:
             write_slot(stack, assignable_memvar(stack, op, op_as<VmOpWriteMemarByName>(op).symbol));

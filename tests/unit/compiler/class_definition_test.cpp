@@ -106,8 +106,9 @@ TEST_F(ClassDefinitionTest, MethodsHoldThisInTheirFirstSlot) {
     for (size_t i = 0; i < program->instruction_count(); ++i) {
         const VmOp* op = program->code()[i];
         EXPECT_NE(op->opcode, OP_READ_FILE_OBJECT_OR_MEMVAR_BY_NAME) << "no work area is looked for under THIS";
-        if (op->opcode == OP_READ_LOCAL_MEMVAR_BY_OFFSET)
-            this_from_slot |= static_cast<const VmOpReadLocalMemvarByOffset*>(op)->offset == 1;
+        EXPECT_NE(op->opcode, OP_OBJECT_READ) << "This.x is read in one instruction";
+        if (op->opcode == OP_READ_THIS_MEMBER)
+            this_from_slot |= static_cast<const VmOpReadThisMember*>(op)->offset == 1;
     }
     EXPECT_TRUE(this_from_slot);
 }
