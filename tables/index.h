@@ -130,14 +130,18 @@ public:
     Index& operator=(const Index&) = delete;
 
     uint32_t key_length() const noexcept { return header.key_length; }
-    bool compact() const noexcept { return header.has(INDEX_OPTION_COMPACT); }
+    bool binary() const noexcept { return header.has(INDEX_OPTION_BINARY); }
+    LeafKind leaf_kind() const noexcept {
+        return binary() ? LEAF_BITMAP : header.has(INDEX_OPTION_COMPACT) ? LEAF_COMPACT : LEAF_BASIC;
+    }
     bool unique() const noexcept { return header.has(INDEX_OPTION_UNIQUE); }
 
     // ---- the header. Reading refuses the unknown bit 4 with error 1001.
     void read_header();
     void write_header();
-    // A new tag: header and an empty compact root leaf whose entries hold
-    // record numbers up to `record_hint`. Both are allocated at the end.
+    // A new tag: header and an empty root leaf, a bitmap for a binary tag,
+    // else compact with entries holding record numbers up to `record_hint`.
+    // Both are allocated at the end.
     static std::unique_ptr<Index> create(IndexFile* file, const index_header_st& header, char pad,
                                          uint64_t record_hint);
     // In a shared file, the header is read again unless the lock is held
@@ -163,6 +167,8 @@ public:
     bool eval_filter(VmStack* stack) const;
     String key_text(const Charset* charset) const;
     String filter_text(const Charset* charset) const;
+    // What REINDEX would make this tag again from.
+    internal_indexdef_st definition(const Charset* charset) const;
 
     // ---- finding keys. A search key may be shorter than the tag's keys:
     // it then matches every key it begins.
@@ -190,14 +196,18 @@ public:
     void insert_key(const char* key, uint32_t record);
     // False when there is no such entry.
     bool delete_key(const char* key, uint32_t record);
-    // Fills a new, empty tag with entries sorted by (key, record), building
-    // the tree bottom-up with full nodes (index_build.cpp).
+    // A binary tag: the bit of a record it holds already, set when the key
+    // begins with T. A record it does not hold raises dbf_index_file_corrupted.
+    void update_bit(const char* key, uint32_t record);
+    // Fills a new, empty tag with entries sorted by (key, record), a binary
+    // tag's by record alone, building the tree bottom-up with full nodes
+    // (index_build.cpp).
     void build(const node_entries_st& sorted);
 
-    // ---- the whole tree checked: keys ordered in every node, each interior
-    // entry equal to its child's last key, sibling chains consistent at
-    // every level. Returns the leaf entries in order; raises
-    // dbf_index_file_corrupted naming what is wrong.
+    // ---- the whole tree checked: keys ordered in every node (a binary
+    // tag's records), each interior entry equal to its child's last key,
+    // sibling chains consistent at every level. Returns the leaf entries in
+    // order; raises dbf_index_file_corrupted naming what is wrong.
     std::vector<std::pair<std::string, uint32_t>> check_structure();
 
 private:
@@ -232,6 +242,8 @@ private:
     // node's bytes hold the entries already.
     void store_node(std::vector<waypoint_st>& path, index_node_st& node, node_entries_st& entries,
                     bool appended = false, bool encoded = false);
+    // A root over the nodes `up` names, which were the tree's top level.
+    void new_root(node_entries_st& up);
     // The parent at the end of `path` takes `up` for its entry of `child`.
     void carry_up(std::vector<waypoint_st>& path, uint32_t child, node_entries_st& up, bool appended);
     void replace_entry(std::vector<waypoint_st>& path, index_node_st& parent, size_t i, uint32_t child,
@@ -239,6 +251,16 @@ private:
     std::vector<index_node_st> split_entries(index_node_st& node, const node_entries_st& entries, bool appended,
                                              std::vector<node_entries_st>* parts);
     void unlink_node(const index_node_st& node);
+    // A binary tag's changes: a record behind the last one held takes its
+    // bit in the last leaf, or in a new leaf chained behind it when that is
+    // full.
+    void insert_bit(const char* key, uint32_t record);
+    // The leaf holding `record` and its bit, with the way down; false when
+    // no leaf holds it.
+    bool find_bit(uint32_t record, std::vector<waypoint_st>* path, index_node_st* leaf, uint32_t* bit);
+    // What the parent of a bitmap leaf holds for it: its last record under
+    // a key of pad bytes.
+    void push_bitmap_entry(const index_node_st& leaf, node_entries_st* up) const;
     // Finds the cursor's entry again after the tree changed; true when it
     // still exists, else the cursor stands on the entry that follows it.
     bool revalidate(index_cursor_st* cursor);

@@ -24,7 +24,7 @@ double Index::position(const index_cursor_st& cursor, bool from_end) {
         width /= count;
     };
     for (const waypoint_st& step : path)
-        narrow(static_cast<double>(step.index), file->node(step.position, key_length(), compact()).count);
+        narrow(static_cast<double>(step.index), file->node(step.position, key_length(), leaf_kind()).count);
     narrow(static_cast<double>(cursor.index), static_cast<double>(cursor.entries.size()));
     return share;
 }

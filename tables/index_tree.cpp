@@ -29,7 +29,7 @@ int compare_entry(const char* a, uint32_t ra, const char* b, uint32_t rb, uint32
 }  // namespace
 
 void Index::read_node(uint32_t position, index_node_st* node) {
-    file->read_node(position, key_length(), compact(), node);
+    file->read_node(position, key_length(), leaf_kind(), node);
 }
 
 uint32_t Index::descend(const char* key, uint64_t length, const uint32_t* record, std::vector<waypoint_st>* path) {
@@ -37,10 +37,11 @@ uint32_t Index::descend(const char* key, uint64_t length, const uint32_t* record
     uint32_t position = header.root;
     // Interior nodes are searched in place, never expanded.
     for (size_t depth = 0;; ++depth) {
-        const index_node_st& node = file->node(position, key_length(), compact());
+        const index_node_st& node = file->node(position, key_length(), leaf_kind());
         if (node.leaf) return position;
         if (depth > MAX_TREE_DEPTH || node.count == 0) throw dbf_index_file_corrupted(file->file->name);
-        size_t i = basic_lower_bound(node, key, record ? key_length() : length, record);
+        size_t i = binary() && record ? basic_record_bound(node, *record)
+                                      : basic_lower_bound(node, key, record ? key_length() : length, record);
         if (i == node.count) --i;
         if (path) path->push_back({position, i});
         position = basic_child(node, i);
@@ -48,8 +49,8 @@ uint32_t Index::descend(const char* key, uint64_t length, const uint32_t* record
 }
 
 void Index::load_leaf(uint32_t position, index_cursor_st* cursor) {
-    const node_entries_st& entries = file->entries(position, key_length(), compact(), pad);
-    const index_node_st& leaf = file->node(position, key_length(), compact());
+    const node_entries_st& entries = file->entries(position, key_length(), leaf_kind(), pad);
+    const index_node_st& leaf = file->node(position, key_length(), leaf_kind());
     // A leaf's entries have no children: keys and records are all a cursor reads.
     cursor->entries.key_length = entries.key_length;
     cursor->entries.keys.assign(entries.keys.begin(), entries.keys.end());
@@ -123,7 +124,7 @@ bool Index::go_edge(index_cursor_st* cursor, bool last) {
     check_version();
     uint32_t position = header.root;
     for (size_t depth = 0;; ++depth) {
-        const index_node_st& node = file->node(position, key_length(), compact());
+        const index_node_st& node = file->node(position, key_length(), leaf_kind());
         if (node.leaf) break;
         if (node.count == 0 || depth > MAX_TREE_DEPTH) throw dbf_index_file_corrupted(file->file->name);
         position = basic_child(node, last ? node.count - 1u : 0u);
@@ -160,7 +161,7 @@ bool Index::go_next(index_cursor_st* cursor) {
     std::memcpy(last, cursor->entries.key(cursor->entries.size() - 1), key_length());
     uint32_t from = cursor->leaf;
     uint32_t next = cursor->right;
-    const index_node_st& node = file->node(next, key_length(), compact());
+    const index_node_st& node = file->node(next, key_length(), leaf_kind());
     if (!node.leaf || node.left != from) throw dbf_index_file_corrupted(file->file->name);
     load_leaf(next, cursor);
     if (cursor->entries.size() == 0 ||
@@ -186,7 +187,7 @@ bool Index::go_prev(index_cursor_st* cursor) {
     std::memcpy(first, cursor->entries.key(0), key_length());
     uint32_t from = cursor->leaf;
     uint32_t next = cursor->left;
-    const index_node_st& node = file->node(next, key_length(), compact());
+    const index_node_st& node = file->node(next, key_length(), leaf_kind());
     if (!node.leaf || node.right != from) throw dbf_index_file_corrupted(file->file->name);
     load_leaf(next, cursor);
     size_t n = cursor->entries.size();
@@ -204,7 +205,7 @@ Index::leaf_place_st Index::find_leaf_place(const char* key, uint32_t record) {
     check_version();
     leaf_place_st place;
     uint32_t position = descend(key, key_length(), &record, &place.path);
-    file->take_entries(position, key_length(), compact(), pad, &place.entries);
+    file->take_entries(position, key_length(), leaf_kind(), pad, &place.entries);
     read_node(position, &place.leaf);
     place.index = place.entries.lower_bound(key, record);
     place.found = place.index < place.entries.size() &&
@@ -214,6 +215,7 @@ Index::leaf_place_st Index::find_leaf_place(const char* key, uint32_t record) {
 }
 
 void Index::insert_key(const char* key, uint32_t record) {
+    if (binary()) return insert_bit(key, record);
     leaf_place_st place = find_leaf_place(key, record);
     if (place.found) throw dbf_index_file_corrupted(file->file->name);
     bool appended = place.index == place.entries.size() && place.leaf.right == NO_NODE;
@@ -224,6 +226,7 @@ void Index::insert_key(const char* key, uint32_t record) {
 }
 
 bool Index::delete_key(const char* key, uint32_t record) {
+    if (binary()) throw assert_failed_exception("a binary tag holds every record");
     leaf_place_st place = find_leaf_place(key, record);
     if (!place.found) return false;
     place.entries.erase(place.index);
@@ -259,17 +262,19 @@ void Index::store_node(std::vector<waypoint_st>& path, index_node_st& node, node
         std::vector<index_node_st> nodes = split_entries(node, entries, appended, &parts);
         for (size_t i = 0; i < nodes.size(); ++i)
             up.push(parts[i].key(parts[i].size() - 1), parts[i].records.back(), nodes[i].position);
-        if (was_root) {
-            index_node_st root;
-            init_basic_node(&root, key_length(), NODE_ROOT);
-            root.position = file->allocate(INDEX_NODE_SIZE);
-            header.root = root.position;
-            std::vector<waypoint_st> none;
-            return store_node(none, root, up);
-        }
+        if (was_root) return new_root(up);
     }
     if (path.empty()) return;
     carry_up(path, node.position, up, appended);
+}
+
+void Index::new_root(node_entries_st& up) {
+    index_node_st root;
+    init_basic_node(&root, key_length(), NODE_ROOT);
+    root.position = file->allocate(INDEX_NODE_SIZE);
+    header.root = root.position;
+    std::vector<waypoint_st> none;
+    store_node(none, root, up);
 }
 
 void Index::carry_up(std::vector<waypoint_st>& path, uint32_t child, node_entries_st& up, bool appended) {
@@ -279,7 +284,7 @@ void Index::carry_up(std::vector<waypoint_st>& path, uint32_t child, node_entrie
     read_node(at.position, &parent);
     if (up.size() == 1 && !parent.leaf) return replace_entry(path, parent, at.index, child, up);
     node_entries_st siblings;
-    file->take_entries(at.position, key_length(), compact(), pad, &siblings);
+    file->take_entries(at.position, key_length(), leaf_kind(), pad, &siblings);
     if (at.index >= siblings.size() || siblings.children[at.index] != child)
         throw dbf_index_file_corrupted(file->file->name);
     if (up.size() == 1 && compare_entry(siblings.key(at.index), siblings.records[at.index], up.key(0), up.records[0],
@@ -369,6 +374,77 @@ void Index::unlink_node(const index_node_st& node) {
     }
 }
 
+// ---- binary tags
+
+void Index::push_bitmap_entry(const index_node_st& leaf, node_entries_st* up) const {
+    char key[MAX_KEY_LENGTH];
+    std::memset(key, pad, key_length());
+    up->push(key, leaf.first_record + leaf.count - 1u, leaf.position);
+}
+
+bool Index::find_bit(uint32_t record, std::vector<waypoint_st>* path, index_node_st* leaf, uint32_t* bit) {
+    if (!file->locked) throw dbf_error_index_file_not_locked();
+    check_version();
+    read_node(descend(nullptr, 0, &record, path), leaf);
+    if (!leaf->bitmap) throw dbf_index_file_corrupted(file->file->name);
+    return goto_bitmap_entry(*leaf, record, bit);
+}
+
+void Index::insert_bit(const char* key, uint32_t record) {
+    std::vector<waypoint_st> path;
+    index_node_st leaf;
+    uint32_t bit = 0;
+    // Records arrive in their order: one held already, or one before the
+    // end of the tag, means the file and the table disagree.
+    if (record == 0 || find_bit(record, &path, &leaf, &bit) ||
+        (leaf.count && (record < leaf.first_record || leaf.right != NO_NODE)))
+        throw dbf_index_file_corrupted(file->file->name);
+    node_entries_st up;
+    up.clear(key_length());
+    if (leaf.count == 0) leaf.first_record = record;
+    if (record - leaf.first_record < BITMAP_CAPACITY) {
+        // Records skipped on the way (none, as appends come) stay clear.
+        bit = record - leaf.first_record;
+        leaf.count = static_cast<uint16_t>(bit + 1);
+        leaf.set_bit(bit, key[0] == 'T');
+        leaf.encode_header();
+        file->write_node(leaf);
+        push_bitmap_entry(leaf, &up);
+        if (!path.empty()) carry_up(path, leaf.position, up, false);
+        return changed();
+    }
+    index_node_st next;
+    init_bitmap_node(&next, key_length(), 0);
+    next.position = file->allocate(INDEX_NODE_SIZE);
+    next.first_record = record;
+    next.count = 1;
+    next.set_bit(0, key[0] == 'T');
+    next.left = leaf.position;
+    next.encode_header();
+    bool was_root = leaf.root;
+    leaf.right = next.position;
+    leaf.attributes &= static_cast<uint16_t>(~NODE_ROOT);
+    leaf.root = false;
+    leaf.encode_header();
+    file->write_node(leaf);
+    file->write_node(next);
+    push_bitmap_entry(leaf, &up);
+    push_bitmap_entry(next, &up);
+    if (was_root) new_root(up);
+    else carry_up(path, leaf.position, up, true);
+    changed();
+}
+
+void Index::update_bit(const char* key, uint32_t record) {
+    index_node_st leaf;
+    uint32_t bit = 0;
+    if (!find_bit(record, nullptr, &leaf, &bit)) throw dbf_index_file_corrupted(file->file->name);
+    if (leaf.bit(bit) == (key[0] == 'T')) return;
+    leaf.set_bit(bit, key[0] == 'T');
+    file->write_node(leaf);
+    changed();
+}
+
 // ---- the structure check
 
 std::vector<std::pair<std::string, uint32_t>> Index::check_structure() {
@@ -379,6 +455,10 @@ std::vector<std::pair<std::string, uint32_t>> Index::check_structure() {
     std::vector<std::pair<std::string, uint32_t>> keys;
     std::vector<uint32_t> level{header.root};
     uint32_t k = key_length();
+    // A binary tag orders by record alone; its leaves must be bitmaps.
+    auto order = [&](const char* a, uint32_t ra, const char* b, uint32_t rb) {
+        return binary() ? (ra < rb ? -1 : ra > rb ? 1 : 0) : compare_entry(a, ra, b, rb, k);
+    };
     for (size_t depth = 0; !level.empty(); ++depth) {
         if (depth > MAX_TREE_DEPTH) fail("tree too deep", header.root);
         std::vector<uint32_t> below;
@@ -395,12 +475,13 @@ std::vector<std::pair<std::string, uint32_t>> Index::check_structure() {
             if ((depth == 0) != node.root) fail("root flag wrong", node.position);
             if (depth > 0 && node.count == 0) fail("empty node", node.position);
             leaves = node.leaf;
+            if (node.leaf && binary() != node.bitmap) fail("leaf of the wrong kind", node.position);
             node_entries_st entries;
             decode_entries(node, pad, &entries);
             for (size_t j = 0; j < entries.size(); ++j) {
                 std::string key(entries.key(j), k);
                 if (!last_key.empty() || j || i)
-                    if (compare_entry(last_key.data(), last_record, key.data(), entries.records[j], k) >= 0)
+                    if (order(last_key.data(), last_record, key.data(), entries.records[j]) >= 0)
                         fail("keys out of order", node.position);
                 last_key = key;
                 last_record = entries.records[j];
@@ -413,8 +494,8 @@ std::vector<std::pair<std::string, uint32_t>> Index::check_structure() {
                 node_entries_st child_entries;
                 decode_entries(child, pad, &child_entries);
                 size_t n = child_entries.size();
-                if (n == 0 || compare_entry(child_entries.key(n - 1), child_entries.records[n - 1], key.data(),
-                                            entries.records[j], k) != 0)
+                if (n == 0 ||
+                    order(child_entries.key(n - 1), child_entries.records[n - 1], key.data(), entries.records[j]))
                     fail("parent entry differs from the child's last key", child.position);
                 below.push_back(entries.children[j]);
             }
