@@ -297,6 +297,7 @@ void DbfFile::select_index(VmStack* stack, const String& name, int direction) {
     order.next = &DbfFile::go_next_in_index;
     order.previous = &DbfFile::go_prev_in_index;
     order.to_bottom = &DbfFile::go_bottom_in_index;
+    order_unsettled = false;
     if (!eof && recno <= record_count && !appending) go_to_in_index(stack);
 }
 
@@ -306,14 +307,24 @@ void DbfFile::select_index(VmStack* stack, uint64_t number, int direction) {
     select_index(stack, tags[number - 1]->name, direction);
 }
 
-void DbfFile::unselect_index() { order = dbf_order_st(); }
+void DbfFile::unselect_index() {
+    order = dbf_order_st();
+    order_unsettled = false;
+}
 
 uint64_t DbfFile::eval_key(VmStack* stack, char* out, uint64_t) const {
     if (!order.index) throw dbf_error_no_index_selected();
     return order.index->eval_key(stack, out);
 }
 
-const char* DbfFile::current_key() const {
+void DbfFile::settle_order() {
+    if (!order_unsettled) return;
+    order_unsettled = false;
+    if (order.index) order.index->seek_record(unsettled_key, unsettled_record, order_cursor.get());
+}
+
+const char* DbfFile::current_key() {
+    settle_order();
     return order.index && order_cursor && order_cursor->on_key() ? order_cursor->key() : nullptr;
 }
 
@@ -322,6 +333,7 @@ const char* DbfFile::current_key() const {
 void DbfFile::go_to_in_index(VmStack* stack) {
     Index* tag = order.index;
     if (!tag) throw dbf_error_no_index_selected();
+    order_unsettled = false;
     if (!tag->eval_filter(stack)) {
         tag->go_bottom(order_cursor.get());
         return;
@@ -371,6 +383,7 @@ void prefetch_ahead(DbfFile* table) {
 void DbfFile::go_top_in_index() {
     if (!order.index) throw dbf_error_no_index_selected();
     bof = eof = false;
+    order_unsettled = false;
     index_cursor_st* cursor = order_cursor.get();
     if (order.descending ? order.index->go_bottom(cursor) : order.index->go_top(cursor))
         return show_key_record(this);
@@ -380,6 +393,7 @@ void DbfFile::go_top_in_index() {
 void DbfFile::go_bottom_in_index() {
     if (!order.index) throw dbf_error_no_index_selected();
     bof = eof = false;
+    order_unsettled = false;
     index_cursor_st* cursor = order_cursor.get();
     if (order.descending ? order.index->go_top(cursor) : order.index->go_bottom(cursor))
         return show_key_record(this);
@@ -390,6 +404,7 @@ void DbfFile::go_next_in_index() {
     if (!order.index) throw dbf_error_no_index_selected();
     if (eof) return;
     bof = false;
+    settle_order();
     index_cursor_st* cursor = order_cursor.get();
     if (order.descending ? order.index->go_prev(cursor) : order.index->go_next(cursor)) {
         prefetch_ahead(this);
@@ -402,6 +417,7 @@ void DbfFile::go_next_in_index() {
 void DbfFile::go_prev_in_index() {
     if (!order.index) throw dbf_error_no_index_selected();
     bof = eof = false;
+    settle_order();
     index_cursor_st* cursor = order_cursor.get();
     if (order.descending ? order.index->go_next(cursor) : order.index->go_prev(cursor))
         return show_key_record(this);
@@ -413,6 +429,7 @@ bool DbfFile::seek(const char* key, uint64_t length, unsigned range, int directi
     Index* tag = order.index;
     if (!tag) throw dbf_error_no_index_selected();
     SeekDir dir = direction == SEEK_BACKWARD ? SEEK_BACKWARD : SEEK_FORWARD;
+    order_unsettled = false;
     SeekResult result = tag->seek(key, length, order_cursor.get(), dir, range);
     if (result == SEEK_RESULT_END || !order_cursor->on_key()) {
         go_eof();
@@ -468,8 +485,11 @@ void DbfFile::update_keys(VmStack* stack) {
         if (tag->new_marked) tag->insert_key(tag->new_key, record);
     }
     // The order follows its record to where its key now stands.
-    if (order.index && order.index->new_marked)
-        order.index->seek_record(order.index->new_key, static_cast<uint32_t>(recno), order_cursor.get());
+    if (order.index && order.index->new_marked) {
+        order_unsettled = true;
+        unsettled_record = static_cast<uint32_t>(recno);
+        std::memcpy(unsettled_key, order.index->new_key, order.index->key_length());
+    }
 }
 
 }  // namespace zobase

@@ -32,6 +32,7 @@ double Index::position(const index_cursor_st& cursor, bool from_end) {
 // A descending order runs the tag from its end.
 double DbfFile::index_position() {
     if (eof) return 1;
+    settle_order();
     if (bof || !order_cursor || !order_cursor->on_key()) return 0;
     return order.index->position(*order_cursor, order.descending);
 }

@@ -136,6 +136,10 @@ uint64_t Table_Object_ZoDbf::create_index_key(VmStack*, const Variant* value, bo
     });
 }
 
+const char* Table_Object_ZoDbf::get_index_key() {
+    return table_operation(TABLE_SEEK, no_detail, [&] { return table_->current_key(); });
+}
+
 uint64_t Table_Object_ZoDbf::get_index_key_length() {
     if (!table_->order.index) throw RuntimeError(ERR_NO_INDEX_ORDER);
     return table_->order.index->key_length();
