@@ -224,7 +224,10 @@ private:
         size_t index = 0;
         bool found = false;  // the entry is there
     };
-    leaf_place_st find_leaf_place(const char* key, uint32_t record);
+    // Fills place_, whose vectors are kept from change to change so that a
+    // change allocates nothing.
+    leaf_place_st& find_leaf_place(const char* key, uint32_t record);
+    leaf_place_st place_;
     void read_node(uint32_t position, index_node_st* node);
     // Down to the leaf for (key, record), or by key prefix when record is
     // null; the interior levels are noted in `path` when given. Returns the

@@ -209,7 +209,7 @@ size_t node_entries_st::lower_bound(const char* wanted, uint32_t record) const n
     size_t low = 0, high = size();
     while (low < high) {
         size_t mid = (low + high) / 2;
-        int c = std::memcmp(key(mid), wanted, key_length);
+        int c = compare_key_bytes(key(mid), wanted, key_length);
         if (c < 0 || (c == 0 && records[mid] < record)) low = mid + 1;
         else high = mid;
     }
@@ -220,7 +220,7 @@ size_t node_entries_st::lower_bound_prefix(const char* wanted, uint64_t length) 
     size_t low = 0, high = size();
     while (low < high) {
         size_t mid = (low + high) / 2;
-        if (std::memcmp(key(mid), wanted, length) < 0) low = mid + 1;
+        if (compare_key_bytes(key(mid), wanted, length) < 0) low = mid + 1;
         else high = mid;
     }
     return low;
@@ -234,7 +234,7 @@ size_t basic_lower_bound(const index_node_st& node, const char* wanted, uint64_t
     while (low < high) {
         size_t mid = (low + high) / 2;
         const char* at = area + mid * size;
-        int c = std::memcmp(at, wanted, length);
+        int c = compare_key_bytes(at, wanted, length);
         if (c < 0 || (c == 0 && record && read_be32(at + node.key_length) < *record)) low = mid + 1;
         else high = mid;
     }

@@ -21,7 +21,7 @@ namespace {
 constexpr size_t MAX_TREE_DEPTH = 32;
 
 int compare_entry(const char* a, uint32_t ra, const char* b, uint32_t rb, uint32_t length) noexcept {
-    int c = std::memcmp(a, b, length);
+    int c = compare_key_bytes(a, b, length);
     if (c) return c;
     return ra < rb ? -1 : ra > rb ? 1 : 0;
 }
@@ -200,10 +200,10 @@ bool Index::go_prev(index_cursor_st* cursor) {
 
 // ---- changing
 
-Index::leaf_place_st Index::find_leaf_place(const char* key, uint32_t record) {
+Index::leaf_place_st& Index::find_leaf_place(const char* key, uint32_t record) {
     if (!file->locked) throw dbf_error_index_file_not_locked();
     check_version();
-    leaf_place_st place;
+    leaf_place_st& place = place_;
     uint32_t position = descend(key, key_length(), &record, &place.path);
     file->take_entries(position, key_length(), leaf_kind(), pad, &place.entries);
     read_node(position, &place.leaf);
@@ -216,18 +216,23 @@ Index::leaf_place_st Index::find_leaf_place(const char* key, uint32_t record) {
 
 void Index::insert_key(const char* key, uint32_t record) {
     if (binary()) return insert_bit(key, record);
-    leaf_place_st place = find_leaf_place(key, record);
+    leaf_place_st& place = find_leaf_place(key, record);
     if (place.found) throw dbf_index_file_corrupted(file->file->name);
     bool appended = place.index == place.entries.size() && place.leaf.right == NO_NODE;
     place.entries.insert(place.index, key, record, NO_NODE);
     bool encoded = place.leaf.compact && insert_compact_entry(&place.leaf, pad, place.entries, place.index);
+    if (encoded && place.index + 1 < place.entries.size()) {
+        // The leaf's greatest entry stays: the parent has nothing to learn.
+        file->write_node(place.leaf, &place.entries);
+        return changed();
+    }
     store_node(place.path, place.leaf, place.entries, appended, encoded);
     changed();
 }
 
 bool Index::delete_key(const char* key, uint32_t record) {
     if (binary()) throw assert_failed_exception("a binary tag holds every record");
-    leaf_place_st place = find_leaf_place(key, record);
+    leaf_place_st& place = find_leaf_place(key, record);
     if (!place.found) return false;
     place.entries.erase(place.index);
     store_node(place.path, place.leaf, place.entries);
