@@ -220,7 +220,7 @@ private:
     struct leaf_place_st {
         std::vector<waypoint_st> path;
         node_entries_st entries;
-        index_node_st leaf;
+        uint32_t leaf = NO_NODE;
         size_t index = 0;
         bool found = false;  // the entry is there
     };
@@ -249,7 +249,7 @@ private:
     void new_root(node_entries_st& up);
     // The parent at the end of `path` takes `up` for its entry of `child`.
     void carry_up(std::vector<waypoint_st>& path, uint32_t child, node_entries_st& up, bool appended);
-    void replace_entry(std::vector<waypoint_st>& path, index_node_st& parent, size_t i, uint32_t child,
+    void replace_entry(std::vector<waypoint_st>& path, uint32_t parent, size_t i, uint32_t child,
                        node_entries_st& up);
     std::vector<index_node_st> split_entries(index_node_st& node, const node_entries_st& entries, bool appended,
                                              std::vector<node_entries_st>* parts);

@@ -126,6 +126,10 @@ const index_node_st& IndexFile::node(uint32_t position, uint32_t key_length, Lea
     return fetch(position, key_length, leaves).node;
 }
 
+index_node_st& IndexFile::node_to_change(uint32_t position, uint32_t key_length, LeafKind leaves) {
+    return fetch(position, key_length, leaves).node;
+}
+
 const node_entries_st& IndexFile::entries(uint32_t position, uint32_t key_length, LeafKind leaves, char pad) {
     cache_entry_st& entry = fetch(position, key_length, leaves);
     if (!entry.expanded) {
@@ -146,7 +150,7 @@ void IndexFile::take_entries(uint32_t position, uint32_t key_length, LeafKind le
 void IndexFile::write_node(const index_node_st& node, node_entries_st* entries) {
     cache_entry_st* found = find(node.position);
     cache_entry_st& entry = found ? *found : claim(node.position);
-    entry.node = node;
+    if (&entry.node != &node) entry.node = node;
     entry.changed = true;
     entry.used = true;
     entry.expanded = entries != nullptr;

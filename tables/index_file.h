@@ -58,6 +58,9 @@ public:
     // The same without a copy: valid until the next call that reads or
     // writes a node.
     const index_node_st& node(uint32_t position, uint32_t key_length, LeafKind leaves);
+    // The cached node itself, to change in place and hand to write_node
+    // before any other node is read or written (which may take its place).
+    index_node_st& node_to_change(uint32_t position, uint32_t key_length, LeafKind leaves);
     // A node's entries expanded, kept in the cache beside its bytes until
     // the node changes or leaves the cache; valid as long as `node` is.
     const node_entries_st& entries(uint32_t position, uint32_t key_length, LeafKind leaves, char pad);

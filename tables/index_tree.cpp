@@ -206,7 +206,7 @@ Index::leaf_place_st& Index::find_leaf_place(const char* key, uint32_t record) {
     leaf_place_st& place = place_;
     uint32_t position = descend(key, key_length(), &record, &place.path);
     file->take_entries(position, key_length(), leaf_kind(), pad, &place.entries);
-    read_node(position, &place.leaf);
+    place.leaf = position;
     place.index = place.entries.lower_bound(key, record);
     place.found = place.index < place.entries.size() &&
                   compare_entry(place.entries.key(place.index), place.entries.records[place.index], key, record,
@@ -218,15 +218,20 @@ void Index::insert_key(const char* key, uint32_t record) {
     if (binary()) return insert_bit(key, record);
     leaf_place_st& place = find_leaf_place(key, record);
     if (place.found) throw dbf_index_file_corrupted(file->file->name);
-    bool appended = place.index == place.entries.size() && place.leaf.right == NO_NODE;
     place.entries.insert(place.index, key, record, NO_NODE);
-    bool encoded = place.leaf.compact && insert_compact_entry(&place.leaf, pad, place.entries, place.index);
+    // The entry goes into the leaf where the cache holds it, which fails
+    // leaving the bytes unchanged when the leaf must be laid out anew.
+    index_node_st& leaf = file->node_to_change(place.leaf, key_length(), leaf_kind());
+    bool appended = place.index + 1 == place.entries.size() && leaf.right == NO_NODE;
+    bool encoded = leaf.compact && insert_compact_entry(&leaf, pad, place.entries, place.index);
     if (encoded && place.index + 1 < place.entries.size()) {
         // The leaf's greatest entry stays: the parent has nothing to learn.
-        file->write_node(place.leaf, &place.entries);
+        file->write_node(leaf, &place.entries);
         return changed();
     }
-    store_node(place.path, place.leaf, place.entries, appended, encoded);
+    // A copy: the nodes read on the way up may take the cache's place of this one.
+    index_node_st changed_leaf = leaf;
+    store_node(place.path, changed_leaf, place.entries, appended, encoded);
     changed();
 }
 
@@ -235,7 +240,9 @@ bool Index::delete_key(const char* key, uint32_t record) {
     leaf_place_st& place = find_leaf_place(key, record);
     if (!place.found) return false;
     place.entries.erase(place.index);
-    store_node(place.path, place.leaf, place.entries);
+    index_node_st leaf;
+    read_node(place.leaf, &leaf);
+    store_node(place.path, leaf, place.entries);
     changed();
     return true;
 }
@@ -285,9 +292,10 @@ void Index::new_root(node_entries_st& up) {
 void Index::carry_up(std::vector<waypoint_st>& path, uint32_t child, node_entries_st& up, bool appended) {
     waypoint_st at = path.back();
     path.pop_back();
+    if (up.size() == 1 && !file->node(at.position, key_length(), leaf_kind()).leaf)
+        return replace_entry(path, at.position, at.index, child, up);
     index_node_st parent;
     read_node(at.position, &parent);
-    if (up.size() == 1 && !parent.leaf) return replace_entry(path, parent, at.index, child, up);
     node_entries_st siblings;
     file->take_entries(at.position, key_length(), leaf_kind(), pad, &siblings);
     if (at.index >= siblings.size() || siblings.children[at.index] != child)
@@ -303,18 +311,21 @@ void Index::carry_up(std::vector<waypoint_st>& path, uint32_t child, node_entrie
 
 // An interior entry takes the key and record of `up` in place, its child
 // unchanged; the level above hears of it only when it was the node's last.
-void Index::replace_entry(std::vector<waypoint_st>& path, index_node_st& parent, size_t i, uint32_t child,
+void Index::replace_entry(std::vector<waypoint_st>& path, uint32_t position, size_t i, uint32_t child,
                           node_entries_st& up) {
     const uint32_t k = key_length();
+    // Changed where the cache holds it, and written before any other node is read.
+    index_node_st& parent = file->node_to_change(position, k, leaf_kind());
     if (i >= parent.count || basic_child(parent, i) != child) throw dbf_index_file_corrupted(file->file->name);
     char* entry = parent.bytes + BASIC_AREA_START + i * (k + 8);
     if (compare_entry(entry, read_be32(entry + k), up.key(0), up.records[0], k) == 0) return;
     std::memcpy(entry, up.key(0), k);
     write_be32(entry + k, up.records[0]);
+    bool last = i + 1 == parent.count;
     file->write_node(parent);
-    if (i + 1 < parent.count || path.empty()) return;
-    up.children[0] = parent.position;
-    carry_up(path, parent.position, up, false);
+    if (!last || path.empty()) return;
+    up.children[0] = position;
+    carry_up(path, position, up, false);
 }
 
 // The node keeps the first part; each further part gets a new node, linked
