@@ -86,7 +86,9 @@ struct index_header_st {
 
 // A position in a tag: the keys of one leaf, expanded, and the entry within
 // (-1 before the first, the count behind the last). The tag's version at
-// the time tells whether the tree has changed under it since.
+// the time tells whether the tree has changed under it since. A seek
+// copies only the entry it finds (`partial`, the entry's place in its leaf
+// in `leaf_index`); a step from there loads the whole leaf (Index::expand).
 struct index_cursor_st {
     uint32_t leaf = NO_NODE;
     uint32_t left = NO_NODE;
@@ -94,6 +96,8 @@ struct index_cursor_st {
     node_entries_st entries;
     int64_t index = -1;
     uint32_t version = 0;
+    bool partial = false;
+    int64_t leaf_index = -1;
 
     bool on_key() const noexcept { return index >= 0 && index < static_cast<int64_t>(entries.size()); }
     const char* key() const noexcept { return entries.key(static_cast<size_t>(index)); }
@@ -186,6 +190,8 @@ public:
     // by the cursor's entry.
     bool go_next(index_cursor_st* cursor);
     bool go_prev(index_cursor_st* cursor);
+    // A partial cursor takes its whole leaf.
+    void expand(index_cursor_st* cursor);
     // The share of the tag's entries before the cursor's entry, or with
     // `from_end` behind it (index_position.cpp).
     double position(const index_cursor_st& cursor, bool from_end);

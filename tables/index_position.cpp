@@ -34,6 +34,7 @@ double DbfFile::index_position() {
     if (eof) return 1;
     settle_order();
     if (bof || !order_cursor || !order_cursor->on_key()) return 0;
+    order.index->expand(order_cursor.get());
     return order.index->position(*order_cursor, order.descending);
 }
 

@@ -60,16 +60,39 @@ void Index::load_leaf(uint32_t position, index_cursor_st* cursor) {
     cursor->left = leaf.left;
     cursor->right = leaf.right;
     cursor->version = header.version;
+    cursor->partial = false;
+}
+
+void Index::expand(index_cursor_st* cursor) {
+    if (!cursor->partial) return;
+    int64_t i = cursor->leaf_index;
+    load_leaf(cursor->leaf, cursor);
+    cursor->index = i;
 }
 
 // ---- finding
 
 SeekResult Index::internal_seek(const char* key, uint64_t length, index_cursor_st* cursor) {
     check_version();
-    load_leaf(descend(key, length, nullptr, nullptr), cursor);
-    size_t i = cursor->entries.lower_bound_prefix(key, length);
-    cursor->index = static_cast<int64_t>(i);
-    if (i == cursor->entries.size()) return SEEK_RESULT_END;
+    uint32_t position = descend(key, length, nullptr, nullptr);
+    const node_entries_st& entries = file->entries(position, key_length(), leaf_kind(), pad);
+    size_t i = entries.lower_bound_prefix(key, length);
+    if (i == entries.size()) {
+        load_leaf(position, cursor);
+        cursor->index = static_cast<int64_t>(i);
+        return SEEK_RESULT_END;
+    }
+    // Only the entry found is copied: most seeks read one record and go.
+    const index_node_st& leaf = file->node(position, key_length(), leaf_kind());
+    cursor->entries.clear(key_length());
+    cursor->entries.push(entries.key(i), entries.records[i], NO_NODE);
+    cursor->leaf = position;
+    cursor->left = leaf.left;
+    cursor->right = leaf.right;
+    cursor->version = header.version;
+    cursor->partial = true;
+    cursor->leaf_index = static_cast<int64_t>(i);
+    cursor->index = 0;
     return std::memcmp(cursor->key(), key, length) == 0 ? SEEK_RESULT_FOUND : SEEK_RESULT_GREATER;
 }
 
@@ -148,6 +171,7 @@ bool Index::revalidate(index_cursor_st* cursor) {
 bool Index::go_next(index_cursor_st* cursor) {
     check_version();
     if (cursor->version != header.version && cursor->on_key() && !revalidate(cursor)) return cursor->on_key();
+    expand(cursor);
     if (cursor->index + 1 < static_cast<int64_t>(cursor->entries.size())) {
         ++cursor->index;
         return true;
@@ -174,6 +198,7 @@ bool Index::go_next(index_cursor_st* cursor) {
 bool Index::go_prev(index_cursor_st* cursor) {
     check_version();
     if (cursor->version != header.version && cursor->on_key()) revalidate(cursor);
+    expand(cursor);
     if (cursor->index > 0 && cursor->index <= static_cast<int64_t>(cursor->entries.size())) {
         --cursor->index;
         return true;
