@@ -229,7 +229,7 @@ void stackcall_descending(VmStack* stack, unsigned long long, Variant* result) {
     result->set_bool(table && table->descending());
 }
 
-// One row per tag: name, "REGULAR" or "CANDIDATE", key, filter,
+// One row per tag: name, "REGULAR", "CANDIDATE" or "BINARY", key, filter,
 // "ASCENDING" or "DESCENDING", collation. The count of tags.
 void stackcall_ataginfo(VmStack* stack, unsigned long long, Variant* result) {
     Table_Object* table = work_area_argument(stack, 0, 1, false);
@@ -240,7 +240,7 @@ void stackcall_ataginfo(VmStack* stack, unsigned long long, Variant* result) {
     table_index_info_st info;
     for (uint64_t row = 1; row <= count && table->get_index_info(row, &info); ++row) {
         put_text(stack, array, row, 1, info.name);
-        put_text(stack, array, row, 2, String(info.unique ? "CANDIDATE" : "REGULAR"));
+        put_text(stack, array, row, 2, String(info.binary ? "BINARY" : info.unique ? "CANDIDATE" : "REGULAR"));
         put_text(stack, array, row, 3, info.key_expression);
         put_text(stack, array, row, 4, info.filter_expression);
         put_text(stack, array, row, 5, String(info.descending ? "DESCENDING" : "ASCENDING"));

@@ -87,6 +87,7 @@ indexdef_st* allocated_definition_of(const table_index_info_st& info) {
     }
     definition->unique = info.unique;
     definition->descending = info.descending;
+    definition->binary = info.binary;
     return definition;
 }
 

@@ -127,6 +127,12 @@ public:
     std::unique_ptr<Index> directory;
     std::vector<std::unique_ptr<Index>> tags;
     std::unique_ptr<index_cursor_st> order_cursor;
+    // A write moves the order's record to its new key; the cursor is found
+    // there again only when something reads it (settle_order), so that a
+    // run of appends does not seek after each.
+    bool order_unsettled = false;
+    uint32_t unsettled_record = 0;
+    char unsettled_key[MAX_KEY_LENGTH] = {};
     // The fields that key and filter expressions read, by the table object.
     const compiler_table_context_st* expression_fields = nullptr;
     // The records this object holds locked, in a shared writable table.
@@ -325,7 +331,9 @@ public:
     // to the end of the file. True when the cursor stands on a key.
     bool seek(const char* key, uint64_t length, unsigned range, int direction);
     // The key the order stands on, null when it stands on none.
-    const char* current_key() const;
+    const char* current_key();
+    // The order's cursor onto the record written last, if it is not there yet.
+    void settle_order();
     // Where the cursor stands in the order, from 0 at its first record to 1
     // at its end (index_position.cpp).
     double index_position();

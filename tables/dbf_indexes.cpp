@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <optional>
 
+#include "base/error_numbers.h"
 #include "tables/dbf_file.h"
 #include "tables/index.h"
 #include "tables/index_file.h"
@@ -116,7 +117,6 @@ void DbfFile::open_compound_auto_open_index_file(VmStack* stack) {
         auto tag = std::make_unique<Index>(cdx.get(), cursor.record());
         tag->name = String(name.c_str());
         tag->read_header();
-        if (tag->header.has(INDEX_OPTION_BINARY)) raise_not_available("binary index");
         tag->open(stack, this);
         tags.push_back(std::move(tag));
     }
@@ -141,7 +141,6 @@ void DbfFile::unlock_indizes() {
 
 void DbfFile::create_index_tag(VmStack* stack, const createopts_st* options, const internal_indexdef_st* definition) {
     DbfRecursionGuard guard(this);
-    if (definition->binary) raise_not_available("binary index");
     Collation* collation = collation_for_group(charset, definition->collation);
     IndexExpressionInfo info;
     std::unique_ptr<Program> key_program;
@@ -156,6 +155,12 @@ void DbfFile::create_index_tag(VmStack* stack, const createopts_st* options, con
             filter_program = Index::analze_expression(stack, this, definition->filter_expression, collation, &filter);
             if (filter.kind != KEY_LOGICAL) throw dbf_index_filter_must_be_logical();
         }
+    }
+    if (definition->binary) {
+        // A bitmap holds one bit per record: a logical key, every record.
+        if (info.kind != KEY_LOGICAL) throw RuntimeError(ERR_BINARY_INDEX_EXPRESSION);
+        if (filter_program) raise_not_available("Binary index with filter");
+        if (definition->unique) raise_not_available("Binary index with unique keys");
     }
     std::string name;
     try {
@@ -181,6 +186,7 @@ void DbfFile::create_index_tag(VmStack* stack, const createopts_st* options, con
     if (info.nullable) header.options |= INDEX_OPTION_NULLABLE;
     if (definition->unique) header.options |= INDEX_OPTION_UNIQUE;
     if (filter_program) header.options |= INDEX_OPTION_FILTER;
+    if (definition->binary) header.options |= INDEX_OPTION_BINARY;
     header.collation = collation_group_name(collation->group());
     if (header.collation == "MACHINE") header.collation.clear();
     header.descending = definition->descending;
@@ -219,7 +225,7 @@ void DbfFile::create_index_tag(VmStack* stack, const createopts_st* options, con
             made->eval_key(stack, made->new_key);
             entries.push(made->new_key, static_cast<uint32_t>(number), NO_NODE);
         }
-        sort_entries(&entries);
+        if (!made->binary()) sort_entries(&entries);
         if (made->unique())
             for (size_t i = 1; i < entries.size(); ++i)
                 if (std::memcmp(entries.key(i - 1), entries.key(i), made->key_length()) == 0)
@@ -268,17 +274,7 @@ void DbfFile::reindex(VmStack* stack) {
     std::vector<internal_indexdef_st> definitions;
     String selected = order.index ? order.index->name : String();
     int direction = order.descending ? SEEK_BACKWARD : SEEK_FORWARD;
-    for (const auto& tag : tags) {
-        internal_indexdef_st d;
-        d.tag = tag->name;
-        d.key_expression = tag->key_text(charset);
-        d.filter_expression = tag->filter_text(charset);
-        d.collation = String(tag->header.collation.c_str());
-        d.defined = tag->header.has(INDEX_OPTION_DEFINED);
-        d.unique = tag->unique();
-        d.descending = tag->header.descending;
-        definitions.push_back(d);
-    }
+    for (const auto& tag : tags) definitions.push_back(tag->definition(charset));
     delete_all_index_tags();
     for (const internal_indexdef_st& d : definitions) create_index_tag(stack, nullptr, &d);
     if (selected.size()) select_index(stack, selected, direction);
@@ -289,6 +285,7 @@ void DbfFile::reindex(VmStack* stack) {
 void DbfFile::select_index(VmStack* stack, const String& name, int direction) {
     Index* tag = find_tag(name);
     if (!tag) throw dbf_error_unknown_index_tag(name);
+    if (tag->binary()) throw dbf_select_binary_index_not_supported();
     bool descending = direction == 0 ? tag->header.descending : direction == SEEK_BACKWARD;
     order.index = tag;
     order.descending = descending;
@@ -300,6 +297,7 @@ void DbfFile::select_index(VmStack* stack, const String& name, int direction) {
     order.next = &DbfFile::go_next_in_index;
     order.previous = &DbfFile::go_prev_in_index;
     order.to_bottom = &DbfFile::go_bottom_in_index;
+    order_unsettled = false;
     if (!eof && recno <= record_count && !appending) go_to_in_index(stack);
 }
 
@@ -309,14 +307,24 @@ void DbfFile::select_index(VmStack* stack, uint64_t number, int direction) {
     select_index(stack, tags[number - 1]->name, direction);
 }
 
-void DbfFile::unselect_index() { order = dbf_order_st(); }
+void DbfFile::unselect_index() {
+    order = dbf_order_st();
+    order_unsettled = false;
+}
 
 uint64_t DbfFile::eval_key(VmStack* stack, char* out, uint64_t) const {
     if (!order.index) throw dbf_error_no_index_selected();
     return order.index->eval_key(stack, out);
 }
 
-const char* DbfFile::current_key() const {
+void DbfFile::settle_order() {
+    if (!order_unsettled) return;
+    order_unsettled = false;
+    if (order.index) order.index->seek_record(unsettled_key, unsettled_record, order_cursor.get());
+}
+
+const char* DbfFile::current_key() {
+    settle_order();
     return order.index && order_cursor && order_cursor->on_key() ? order_cursor->key() : nullptr;
 }
 
@@ -325,6 +333,7 @@ const char* DbfFile::current_key() const {
 void DbfFile::go_to_in_index(VmStack* stack) {
     Index* tag = order.index;
     if (!tag) throw dbf_error_no_index_selected();
+    order_unsettled = false;
     if (!tag->eval_filter(stack)) {
         tag->go_bottom(order_cursor.get());
         return;
@@ -374,6 +383,7 @@ void prefetch_ahead(DbfFile* table) {
 void DbfFile::go_top_in_index() {
     if (!order.index) throw dbf_error_no_index_selected();
     bof = eof = false;
+    order_unsettled = false;
     index_cursor_st* cursor = order_cursor.get();
     if (order.descending ? order.index->go_bottom(cursor) : order.index->go_top(cursor))
         return show_key_record(this);
@@ -383,6 +393,7 @@ void DbfFile::go_top_in_index() {
 void DbfFile::go_bottom_in_index() {
     if (!order.index) throw dbf_error_no_index_selected();
     bof = eof = false;
+    order_unsettled = false;
     index_cursor_st* cursor = order_cursor.get();
     if (order.descending ? order.index->go_top(cursor) : order.index->go_bottom(cursor))
         return show_key_record(this);
@@ -393,6 +404,7 @@ void DbfFile::go_next_in_index() {
     if (!order.index) throw dbf_error_no_index_selected();
     if (eof) return;
     bof = false;
+    settle_order();
     index_cursor_st* cursor = order_cursor.get();
     if (order.descending ? order.index->go_prev(cursor) : order.index->go_next(cursor)) {
         prefetch_ahead(this);
@@ -405,6 +417,7 @@ void DbfFile::go_next_in_index() {
 void DbfFile::go_prev_in_index() {
     if (!order.index) throw dbf_error_no_index_selected();
     bof = eof = false;
+    settle_order();
     index_cursor_st* cursor = order_cursor.get();
     if (order.descending ? order.index->go_next(cursor) : order.index->go_prev(cursor))
         return show_key_record(this);
@@ -416,6 +429,7 @@ bool DbfFile::seek(const char* key, uint64_t length, unsigned range, int directi
     Index* tag = order.index;
     if (!tag) throw dbf_error_no_index_selected();
     SeekDir dir = direction == SEEK_BACKWARD ? SEEK_BACKWARD : SEEK_FORWARD;
+    order_unsettled = false;
     SeekResult result = tag->seek(key, length, order_cursor.get(), dir, range);
     if (result == SEEK_RESULT_END || !order_cursor->on_key()) {
         go_eof();
@@ -460,13 +474,22 @@ void DbfFile::update_keys(VmStack* stack) {
             tag->internal_seek(tag->new_key, tag->key_length(), &probe) == SEEK_RESULT_FOUND)
             throw dbf_unique_key_violation(tag->name);
     for (const auto& tag : tags) {
-        if (tag->old_marked && !tag->delete_key(tag->old_key, static_cast<uint32_t>(recno)))
-            throw dbf_index_file_corrupted(tag->name);
-        if (tag->new_marked) tag->insert_key(tag->new_key, static_cast<uint32_t>(recno));
+        uint32_t record = static_cast<uint32_t>(recno);
+        // A binary tag holds every record: an append adds its bit, a
+        // changed key sets or clears it.
+        if (tag->binary() && tag->old_marked) {
+            tag->update_bit(tag->new_key, record);
+            continue;
+        }
+        if (tag->old_marked && !tag->delete_key(tag->old_key, record)) throw dbf_index_file_corrupted(tag->name);
+        if (tag->new_marked) tag->insert_key(tag->new_key, record);
     }
     // The order follows its record to where its key now stands.
-    if (order.index && order.index->new_marked)
-        order.index->seek_record(order.index->new_key, static_cast<uint32_t>(recno), order_cursor.get());
+    if (order.index && order.index->new_marked) {
+        order_unsettled = true;
+        unsettled_record = static_cast<uint32_t>(recno);
+        std::memcpy(unsettled_key, order.index->new_key, order.index->key_length());
+    }
 }
 
 }  // namespace zobase

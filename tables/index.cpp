@@ -92,8 +92,11 @@ std::unique_ptr<Index> Index::create(IndexFile* file, const index_header_st& hea
     index->pad = pad;
     index_node_st root;
     uint32_t k = header.key_length;
-    init_compact_node(&root, k, calc_compact_node_geometry(std::min<uint64_t>(record_hint, 0xFFFFFFFFu), k, k),
-                      NODE_ROOT);
+    if (index->binary())
+        init_bitmap_node(&root, k, NODE_ROOT);
+    else
+        init_compact_node(&root, k, calc_compact_node_geometry(std::min<uint64_t>(record_hint, 0xFFFFFFFFu), k, k),
+                          NODE_ROOT);
     root.position = file->allocate(INDEX_NODE_SIZE);
     index->header.root = root.position;
     index->write_header();

@@ -86,7 +86,9 @@ struct index_header_st {
 
 // A position in a tag: the keys of one leaf, expanded, and the entry within
 // (-1 before the first, the count behind the last). The tag's version at
-// the time tells whether the tree has changed under it since.
+// the time tells whether the tree has changed under it since. A seek
+// copies only the entry it finds (`partial`, the entry's place in its leaf
+// in `leaf_index`); a step from there loads the whole leaf (Index::expand).
 struct index_cursor_st {
     uint32_t leaf = NO_NODE;
     uint32_t left = NO_NODE;
@@ -94,6 +96,8 @@ struct index_cursor_st {
     node_entries_st entries;
     int64_t index = -1;
     uint32_t version = 0;
+    bool partial = false;
+    int64_t leaf_index = -1;
 
     bool on_key() const noexcept { return index >= 0 && index < static_cast<int64_t>(entries.size()); }
     const char* key() const noexcept { return entries.key(static_cast<size_t>(index)); }
@@ -130,14 +134,18 @@ public:
     Index& operator=(const Index&) = delete;
 
     uint32_t key_length() const noexcept { return header.key_length; }
-    bool compact() const noexcept { return header.has(INDEX_OPTION_COMPACT); }
+    bool binary() const noexcept { return header.has(INDEX_OPTION_BINARY); }
+    LeafKind leaf_kind() const noexcept {
+        return binary() ? LEAF_BITMAP : header.has(INDEX_OPTION_COMPACT) ? LEAF_COMPACT : LEAF_BASIC;
+    }
     bool unique() const noexcept { return header.has(INDEX_OPTION_UNIQUE); }
 
     // ---- the header. Reading refuses the unknown bit 4 with error 1001.
     void read_header();
     void write_header();
-    // A new tag: header and an empty compact root leaf whose entries hold
-    // record numbers up to `record_hint`. Both are allocated at the end.
+    // A new tag: header and an empty root leaf, a bitmap for a binary tag,
+    // else compact with entries holding record numbers up to `record_hint`.
+    // Both are allocated at the end.
     static std::unique_ptr<Index> create(IndexFile* file, const index_header_st& header, char pad,
                                          uint64_t record_hint);
     // In a shared file, the header is read again unless the lock is held
@@ -163,6 +171,8 @@ public:
     bool eval_filter(VmStack* stack) const;
     String key_text(const Charset* charset) const;
     String filter_text(const Charset* charset) const;
+    // What REINDEX would make this tag again from.
+    internal_indexdef_st definition(const Charset* charset) const;
 
     // ---- finding keys. A search key may be shorter than the tag's keys:
     // it then matches every key it begins.
@@ -180,6 +190,8 @@ public:
     // by the cursor's entry.
     bool go_next(index_cursor_st* cursor);
     bool go_prev(index_cursor_st* cursor);
+    // A partial cursor takes its whole leaf.
+    void expand(index_cursor_st* cursor);
     // The share of the tag's entries before the cursor's entry, or with
     // `from_end` behind it (index_position.cpp).
     double position(const index_cursor_st& cursor, bool from_end);
@@ -190,14 +202,18 @@ public:
     void insert_key(const char* key, uint32_t record);
     // False when there is no such entry.
     bool delete_key(const char* key, uint32_t record);
-    // Fills a new, empty tag with entries sorted by (key, record), building
-    // the tree bottom-up with full nodes (index_build.cpp).
+    // A binary tag: the bit of a record it holds already, set when the key
+    // begins with T. A record it does not hold raises dbf_index_file_corrupted.
+    void update_bit(const char* key, uint32_t record);
+    // Fills a new, empty tag with entries sorted by (key, record), a binary
+    // tag's by record alone, building the tree bottom-up with full nodes
+    // (index_build.cpp).
     void build(const node_entries_st& sorted);
 
-    // ---- the whole tree checked: keys ordered in every node, each interior
-    // entry equal to its child's last key, sibling chains consistent at
-    // every level. Returns the leaf entries in order; raises
-    // dbf_index_file_corrupted naming what is wrong.
+    // ---- the whole tree checked: keys ordered in every node (a binary
+    // tag's records), each interior entry equal to its child's last key,
+    // sibling chains consistent at every level. Returns the leaf entries in
+    // order; raises dbf_index_file_corrupted naming what is wrong.
     std::vector<std::pair<std::string, uint32_t>> check_structure();
 
 private:
@@ -210,11 +226,14 @@ private:
     struct leaf_place_st {
         std::vector<waypoint_st> path;
         node_entries_st entries;
-        index_node_st leaf;
+        uint32_t leaf = NO_NODE;
         size_t index = 0;
         bool found = false;  // the entry is there
     };
-    leaf_place_st find_leaf_place(const char* key, uint32_t record);
+    // Fills place_, whose vectors are kept from change to change so that a
+    // change allocates nothing.
+    leaf_place_st& find_leaf_place(const char* key, uint32_t record);
+    leaf_place_st place_;
     void read_node(uint32_t position, index_node_st* node);
     // Down to the leaf for (key, record), or by key prefix when record is
     // null; the interior levels are noted in `path` when given. Returns the
@@ -232,13 +251,25 @@ private:
     // node's bytes hold the entries already.
     void store_node(std::vector<waypoint_st>& path, index_node_st& node, node_entries_st& entries,
                     bool appended = false, bool encoded = false);
+    // A root over the nodes `up` names, which were the tree's top level.
+    void new_root(node_entries_st& up);
     // The parent at the end of `path` takes `up` for its entry of `child`.
     void carry_up(std::vector<waypoint_st>& path, uint32_t child, node_entries_st& up, bool appended);
-    void replace_entry(std::vector<waypoint_st>& path, index_node_st& parent, size_t i, uint32_t child,
+    void replace_entry(std::vector<waypoint_st>& path, uint32_t parent, size_t i, uint32_t child,
                        node_entries_st& up);
     std::vector<index_node_st> split_entries(index_node_st& node, const node_entries_st& entries, bool appended,
                                              std::vector<node_entries_st>* parts);
     void unlink_node(const index_node_st& node);
+    // A binary tag's changes: a record behind the last one held takes its
+    // bit in the last leaf, or in a new leaf chained behind it when that is
+    // full.
+    void insert_bit(const char* key, uint32_t record);
+    // The leaf holding `record` and its bit, with the way down; false when
+    // no leaf holds it.
+    bool find_bit(uint32_t record, std::vector<waypoint_st>* path, index_node_st* leaf, uint32_t* bit);
+    // What the parent of a bitmap leaf holds for it: its last record under
+    // a key of pad bytes.
+    void push_bitmap_entry(const index_node_st& leaf, node_entries_st* up) const;
     // Finds the cursor's entry again after the tree changed; true when it
     // still exists, else the cursor stands on the entry that follows it.
     bool revalidate(index_cursor_st* cursor);

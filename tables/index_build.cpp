@@ -1,5 +1,5 @@
-// Building a tag bottom-up from all its entries: the entries are sorted,
-// compact leaves are filled left to right, and each interior level is made
+// Building a tag bottom-up from all its entries: the entries are sorted
+// (a binary tag's by record), leaves are filled left to right, and each interior level is made
 // of basic nodes over the level below, until one node is left as the root.
 // Far cheaper than inserting the entries one by one, which touches a leaf
 // per entry and splits every leaf on the way.
@@ -65,12 +65,13 @@ void Index::build(const node_entries_st& sorted) {
     if (sorted.size() == 0) return;
     index_node_st node;
     read_node(header.root, &node);
-    if (!node.compact || node.count) throw dbf_index_file_corrupted(file->file->name);
+    if (node.count || (binary() ? !node.bitmap : !node.compact)) throw dbf_index_file_corrupted(file->file->name);
     const compact_geometry_st geometry = node.geometry;
     uint32_t k = key_length();
     // A leaf takes entries while their numbers and stored bytes fit its area.
     uint32_t used = 0;
     auto leaf_fits = [&](size_t begin, size_t i) {
+        if (binary()) return sorted.records[i] - sorted.records[begin] < BITMAP_CAPACITY;
         auto size = [&](size_t j) {
             uint32_t t = trailing_pad_count(sorted.key(j), k, pad);
             uint32_t d = j == begin ? 0 : analyzePrefix(sorted.key(j - 1), sorted.key(j), k, pad);
@@ -94,7 +95,8 @@ void Index::build(const node_entries_st& sorted) {
         up.clear(k);
         for (size_t i = 0; i < level.size(); ++i) {
             uint16_t attributes = top ? NODE_ROOT : 0;
-            if (leaves) init_compact_node(&node, k, geometry, attributes);
+            if (leaves && binary()) init_bitmap_node(&node, k, attributes);
+            else if (leaves) init_compact_node(&node, k, geometry, attributes);
             else init_basic_node(&node, k, attributes);
             node.position = level[i].position;
             node.left = i ? level[i - 1].position : NO_NODE;
@@ -102,7 +104,8 @@ void Index::build(const node_entries_st& sorted) {
             const node_entries_st& entries = level[i].entries;
             if (!encode_entries(&node, pad, entries)) throw dbf_index_file_corrupted(file->file->name);
             file->write_node(node);
-            up.push(entries.key(entries.size() - 1), entries.records.back(), node.position);
+            if (node.bitmap) push_bitmap_entry(node, &up);
+            else up.push(entries.key(entries.size() - 1), entries.records.back(), node.position);
         }
         if (top) break;
         level = cut_level(up, [&](size_t begin, size_t i) { return i - begin < node.basic_capacity(); });

@@ -151,3 +151,20 @@ String Index::filter_text(const Charset* charset) const {
 }
 
 }  // namespace zobase
+
+namespace zobase {
+
+internal_indexdef_st Index::definition(const Charset* charset) const {
+    internal_indexdef_st d;
+    d.tag = name;
+    d.key_expression = key_text(charset);
+    d.filter_expression = filter_text(charset);
+    d.collation = String(header.collation.c_str());
+    d.defined = header.has(INDEX_OPTION_DEFINED);
+    d.unique = unique();
+    d.descending = header.descending;
+    d.binary = binary();
+    return d;
+}
+
+}  // namespace zobase

@@ -94,8 +94,14 @@ IndexFile::cache_entry_st& IndexFile::claim(uint32_t position) {
     }
 }
 
-IndexFile::cache_entry_st& IndexFile::fetch(uint32_t position, uint32_t key_length, bool compact_tag) {
+IndexFile::cache_entry_st& IndexFile::fetch(uint32_t position, uint32_t key_length, LeafKind leaves) {
     if (cache_entry_st* found = find(position)) {
+        // A node read for a tag of another key length or kind of leaf: a
+        // damaged file whose tags share nodes.
+        const index_node_st& node = found->node;
+        if (node.key_length != key_length ||
+            (node.leaf && (node.bitmap != (leaves == LEAF_BITMAP) || node.compact != (leaves == LEAF_COMPACT))))
+            throw dbf_index_file_corrupted(file->name);
         found->used = true;
         return *found;
     }
@@ -106,22 +112,26 @@ IndexFile::cache_entry_st& IndexFile::fetch(uint32_t position, uint32_t key_leng
     read.position = position;
     if (file->readex(static_cast<std::streamoff>(position), read.bytes, INDEX_NODE_SIZE) != INDEX_NODE_SIZE)
         throw dbf_index_file_corrupted(file->name);
-    read.decode(key_length, compact_tag);
+    read.decode(key_length, leaves);
     cache_entry_st& entry = claim(position);
     entry.node = read;
     return entry;
 }
 
-void IndexFile::read_node(uint32_t position, uint32_t key_length, bool compact_tag, index_node_st* out) {
-    *out = fetch(position, key_length, compact_tag).node;
+void IndexFile::read_node(uint32_t position, uint32_t key_length, LeafKind leaves, index_node_st* out) {
+    *out = fetch(position, key_length, leaves).node;
 }
 
-const index_node_st& IndexFile::node(uint32_t position, uint32_t key_length, bool compact_tag) {
-    return fetch(position, key_length, compact_tag).node;
+const index_node_st& IndexFile::node(uint32_t position, uint32_t key_length, LeafKind leaves) {
+    return fetch(position, key_length, leaves).node;
 }
 
-const node_entries_st& IndexFile::entries(uint32_t position, uint32_t key_length, bool compact_tag, char pad) {
-    cache_entry_st& entry = fetch(position, key_length, compact_tag);
+index_node_st& IndexFile::node_to_change(uint32_t position, uint32_t key_length, LeafKind leaves) {
+    return fetch(position, key_length, leaves).node;
+}
+
+const node_entries_st& IndexFile::entries(uint32_t position, uint32_t key_length, LeafKind leaves, char pad) {
+    cache_entry_st& entry = fetch(position, key_length, leaves);
     if (!entry.expanded) {
         decode_entries(entry.node, pad, &entry.entries);
         entry.expanded = true;
@@ -129,9 +139,9 @@ const node_entries_st& IndexFile::entries(uint32_t position, uint32_t key_length
     return entry.entries;
 }
 
-void IndexFile::take_entries(uint32_t position, uint32_t key_length, bool compact_tag, char pad,
+void IndexFile::take_entries(uint32_t position, uint32_t key_length, LeafKind leaves, char pad,
                              node_entries_st* out) {
-    cache_entry_st& entry = fetch(position, key_length, compact_tag);
+    cache_entry_st& entry = fetch(position, key_length, leaves);
     if (!entry.expanded) decode_entries(entry.node, pad, &entry.entries);
     std::swap(entry.entries, *out);
     entry.expanded = false;
@@ -140,7 +150,7 @@ void IndexFile::take_entries(uint32_t position, uint32_t key_length, bool compac
 void IndexFile::write_node(const index_node_st& node, node_entries_st* entries) {
     cache_entry_st* found = find(node.position);
     cache_entry_st& entry = found ? *found : claim(node.position);
-    entry.node = node;
+    if (&entry.node != &node) entry.node = node;
     entry.changed = true;
     entry.used = true;
     entry.expanded = entries != nullptr;

@@ -54,17 +54,20 @@ public:
     // Held until the next flush, as a changed node is.
     void write_header(uint64_t position, const char* bytes, uint64_t size);
     // A node through the cache, decoded for a tag of that key length.
-    void read_node(uint32_t position, uint32_t key_length, bool compact_tag, index_node_st* out);
+    void read_node(uint32_t position, uint32_t key_length, LeafKind leaves, index_node_st* out);
     // The same without a copy: valid until the next call that reads or
     // writes a node.
-    const index_node_st& node(uint32_t position, uint32_t key_length, bool compact_tag);
+    const index_node_st& node(uint32_t position, uint32_t key_length, LeafKind leaves);
+    // The cached node itself, to change in place and hand to write_node
+    // before any other node is read or written (which may take its place).
+    index_node_st& node_to_change(uint32_t position, uint32_t key_length, LeafKind leaves);
     // A node's entries expanded, kept in the cache beside its bytes until
     // the node changes or leaves the cache; valid as long as `node` is.
-    const node_entries_st& entries(uint32_t position, uint32_t key_length, bool compact_tag, char pad);
+    const node_entries_st& entries(uint32_t position, uint32_t key_length, LeafKind leaves, char pad);
     // The node's entries expanded, moved out of the cache into `out` for a
     // change that write_node brings back: no copy, and the cache forgets
     // them until then.
-    void take_entries(uint32_t position, uint32_t key_length, bool compact_tag, char pad, node_entries_st* out);
+    void take_entries(uint32_t position, uint32_t key_length, LeafKind leaves, char pad, node_entries_st* out);
     // With `entries`, the node's keys expanded are taken into the cache
     // (the vector is left empty), sparing the next reader their expansion.
     void write_node(const index_node_st& node, node_entries_st* entries = nullptr);
@@ -91,7 +94,7 @@ private:
         bool used = true;       // touched since the clock hand last passed
         node_entries_st entries;
     };
-    cache_entry_st& fetch(uint32_t position, uint32_t key_length, bool compact_tag);
+    cache_entry_st& fetch(uint32_t position, uint32_t key_length, LeafKind leaves);
     // The entry of a position, or null.
     cache_entry_st* find(uint32_t position) noexcept;
     // A slot for a node not cached yet, entered under its position.

@@ -3,7 +3,9 @@
 // the values they stand for. Each value kind has its operation; a nullable
 // key puts one byte in front (0x80 for a value, the whole key zero for null,
 // so that null sorts first). Character keys come from the tag's collation.
+#include <cstddef>
 #include <cstdint>
+#include <cstring>
 
 namespace zobase {
 
@@ -42,6 +44,27 @@ uint64_t fixed_key_length(IndexKeyKind kind) noexcept;
 // is flipped for values not negative and all bits for negative ones (NaN
 // counts as negative). Big-endian, 8 bytes; a smaller buffer is error 1001.
 void keyN8(double value, char* out, uint64_t length);
+
+// Keys compared as unsigned bytes, as memcmp does, eight bytes at a time:
+// keys are short, and a call of memcmp costs more than the compare on them.
+inline int compare_key_bytes(const char* a, const char* b, size_t n) noexcept {
+    for (; n >= 8; a += 8, b += 8, n -= 8) {
+        uint64_t x, y;
+        std::memcpy(&x, a, 8);
+        std::memcpy(&y, b, 8);
+        if (x != y) return __builtin_bswap64(x) < __builtin_bswap64(y) ? -1 : 1;
+    }
+    if (n >= 4) {
+        uint32_t x, y;
+        std::memcpy(&x, a, 4);
+        std::memcpy(&y, b, 4);
+        if (x != y) return __builtin_bswap32(x) < __builtin_bswap32(y) ? -1 : 1;
+        a += 4, b += 4, n -= 4;
+    }
+    for (; n; ++a, ++b, --n)
+        if (*a != *b) return static_cast<unsigned char>(*a) < static_cast<unsigned char>(*b) ? -1 : 1;
+    return 0;
+}
 
 // The next key up, as an unsigned number of `length` bytes: false when the
 // carry falls off the front (all 0xFF becomes all 0x00).

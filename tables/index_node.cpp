@@ -84,7 +84,7 @@ compact_geometry_st calc_compact_node_geometry(uint64_t max_record, uint64_t max
     return g;
 }
 
-void index_node_st::decode(uint32_t length, bool compact_tag) {
+void index_node_st::decode(uint32_t length, LeafKind leaves) {
     key_length = length;
     attributes = read_le16(bytes);
     count = read_le16(bytes + 2);
@@ -92,7 +92,15 @@ void index_node_st::decode(uint32_t length, bool compact_tag) {
     right = read_le32(bytes + 8);
     root = attributes & NODE_ROOT;
     leaf = attributes & NODE_LEAF;
-    compact = leaf && compact_tag;
+    compact = leaf && leaves == LEAF_COMPACT;
+    bitmap = leaf && leaves == LEAF_BITMAP;
+    if (bitmap) {
+        first_record = read_be32(bytes + 12);
+        if (count > BITMAP_CAPACITY || (count && first_record == 0) ||
+            static_cast<uint64_t>(first_record) + count > 0xFFFFFFFFull)
+            corrupted();
+        return;
+    }
     if (!compact) {
         if (count > basic_capacity()) corrupted();
         return;
@@ -117,6 +125,7 @@ void index_node_st::encode_header() {
     write_le16(bytes + 2, count);
     write_le32(bytes + 4, left);
     write_le32(bytes + 8, right);
+    if (bitmap) write_be32(bytes + 12, first_record);
     if (!compact) return;
     write_le16(bytes + 12, static_cast<uint16_t>(free_space));
     write_le32(bytes + 14, geometry.record_mask);
@@ -200,7 +209,7 @@ size_t node_entries_st::lower_bound(const char* wanted, uint32_t record) const n
     size_t low = 0, high = size();
     while (low < high) {
         size_t mid = (low + high) / 2;
-        int c = std::memcmp(key(mid), wanted, key_length);
+        int c = compare_key_bytes(key(mid), wanted, key_length);
         if (c < 0 || (c == 0 && records[mid] < record)) low = mid + 1;
         else high = mid;
     }
@@ -211,7 +220,7 @@ size_t node_entries_st::lower_bound_prefix(const char* wanted, uint64_t length) 
     size_t low = 0, high = size();
     while (low < high) {
         size_t mid = (low + high) / 2;
-        if (std::memcmp(key(mid), wanted, length) < 0) low = mid + 1;
+        if (compare_key_bytes(key(mid), wanted, length) < 0) low = mid + 1;
         else high = mid;
     }
     return low;
@@ -225,7 +234,7 @@ size_t basic_lower_bound(const index_node_st& node, const char* wanted, uint64_t
     while (low < high) {
         size_t mid = (low + high) / 2;
         const char* at = area + mid * size;
-        int c = std::memcmp(at, wanted, length);
+        int c = compare_key_bytes(at, wanted, length);
         if (c < 0 || (c == 0 && record && read_be32(at + node.key_length) < *record)) low = mid + 1;
         else high = mid;
     }
@@ -236,9 +245,36 @@ uint32_t basic_child(const index_node_st& node, size_t i) noexcept {
     return read_be32(node.bytes + BASIC_AREA_START + i * (node.key_length + 8) + node.key_length + 4);
 }
 
+size_t basic_record_bound(const index_node_st& node, uint32_t record) noexcept {
+    uint32_t size = node.key_length + 8;
+    const char* area = node.bytes + BASIC_AREA_START + node.key_length;
+    size_t low = 0, high = node.count;
+    while (low < high) {
+        size_t mid = (low + high) / 2;
+        if (read_be32(area + mid * size) < record) low = mid + 1;
+        else high = mid;
+    }
+    return low;
+}
+
+bool goto_bitmap_entry(const index_node_st& node, uint32_t record, uint32_t* bit) noexcept {
+    if (!node.bitmap || record < node.first_record || record - node.first_record >= node.count) return false;
+    *bit = record - node.first_record;
+    return true;
+}
+
 void decode_entries(const index_node_st& node, char pad, node_entries_st* out) {
     out->clear(node.key_length);
     out->keys.reserve(static_cast<size_t>(node.count) * node.key_length);
+    if (node.bitmap) {
+        char key[MAX_KEY_LENGTH];
+        std::memset(key, pad, node.key_length);
+        for (uint32_t n = 0; n < node.count; ++n) {
+            key[0] = node.bit(n) ? 'T' : 'F';
+            out->push(key, node.first_record + n, NO_NODE);
+        }
+        return;
+    }
     if (node.compact) {
         key_iterator_st it;
         for (bool more = goto_first_compact_key(node, pad, &it); more; more = goto_next_compact_key(node, pad, &it))
@@ -252,9 +288,29 @@ void decode_entries(const index_node_st& node, char pad, node_entries_st* out) {
     }
 }
 
+namespace {
+
+// Records ascending within the leaf's bits; each key's first byte gives its bit.
+bool encode_bitmap(index_node_st* node, const node_entries_st& entries) {
+    size_t n = entries.size();
+    uint32_t first = n ? entries.records[0] : 0;
+    for (size_t i = 0; i < n; ++i)
+        if (entries.records[i] - first >= BITMAP_CAPACITY || (i && entries.records[i] <= entries.records[i - 1]))
+            return false;
+    std::memset(node->bytes + BITMAP_AREA_START, 0, BITMAP_AREA_SIZE);
+    for (size_t i = 0; i < n; ++i) node->set_bit(entries.records[i] - first, entries.key(i)[0] == 'T');
+    node->first_record = first;
+    node->count = static_cast<uint16_t>(n ? entries.records[n - 1] - first + 1 : 0);
+    node->encode_header();
+    return true;
+}
+
+}  // namespace
+
 bool encode_entries(index_node_st* node, char pad, const node_entries_st& entries) {
     uint32_t k = node->key_length;
     size_t n = entries.size();
+    if (node->bitmap) return encode_bitmap(node, entries);
     if (!node->compact) {
         if (n > node->basic_capacity()) return false;
         std::memset(node->bytes + BASIC_AREA_START, 0, BASIC_AREA_SIZE);
@@ -384,6 +440,7 @@ void init_compact_node(index_node_st* node, uint32_t key_length, const compact_g
     node->attributes = attributes | NODE_LEAF;
     node->root = attributes & NODE_ROOT;
     node->leaf = node->compact = true;
+    node->bitmap = false;
     node->count = 0;
     node->left = node->right = NO_NODE;
     node->geometry = geometry;
@@ -397,9 +454,16 @@ void init_basic_node(index_node_st* node, uint32_t key_length, uint16_t attribut
     node->attributes = attributes;
     node->root = attributes & NODE_ROOT;
     node->leaf = attributes & NODE_LEAF;
-    node->compact = false;
+    node->compact = node->bitmap = false;
     node->count = 0;
     node->left = node->right = NO_NODE;
+    node->encode_header();
+}
+
+void init_bitmap_node(index_node_st* node, uint32_t key_length, uint16_t attributes) {
+    init_basic_node(node, key_length, attributes | NODE_LEAF);
+    node->bitmap = true;
+    node->first_record = 0;
     node->encode_header();
 }
 

@@ -18,6 +18,14 @@
 // the key before) and T (trailing pad bytes dropped). The K - D - T bytes a
 // key stores grow down from the end of the area, the first key's last.
 // A key can only be expanded by walking forward from the first.
+//
+// Bitmap leaf (the leaves of a binary tag): the record number of its first
+// bit (12, 4, big-endian) and 496 bytes of bits from offset 16, lowest bit
+// first in each byte: bit n stands for record first + n, and is set when
+// that record's key begins with the letter T. The count is the number of
+// bits in use. Such a tag holds every record of the table, in record order;
+// its interior nodes are basic nodes ordered by record number alone, each
+// entry holding the last record of its child under a key of pad bytes.
 #include <cstddef>
 #include <cstdint>
 #include <vector>
@@ -33,6 +41,16 @@ constexpr uint32_t BASIC_AREA_START = 12;
 constexpr uint32_t BASIC_AREA_SIZE = 500;
 constexpr uint32_t COMPACT_AREA_START = 24;
 constexpr uint32_t COMPACT_AREA_SIZE = 488;
+constexpr uint32_t BITMAP_AREA_START = 16;
+constexpr uint32_t BITMAP_AREA_SIZE = 496;
+constexpr uint32_t BITMAP_CAPACITY = BITMAP_AREA_SIZE * 8;  // records per bitmap leaf
+
+// What the leaves of a tag are; interior nodes are always basic.
+enum LeafKind : uint8_t {
+    LEAF_BASIC,
+    LEAF_COMPACT,
+    LEAF_BITMAP,
+};
 
 enum IndexNodeAttribute : uint16_t {
     NODE_ROOT = 1,
@@ -67,14 +85,25 @@ struct index_node_st {
     bool leaf = false;
     bool root = false;
     bool compact = false;
+    bool bitmap = false;
     compact_geometry_st geometry;
+    uint32_t first_record = 0;  // of a bitmap leaf
 
-    // The header fields from the bytes; a compact leaf's geometry too. Raises
-    // dbf_index_file_corrupted for a node that cannot be what it says.
-    void decode(uint32_t key_length, bool compact_tag);
+    // The header fields from the bytes; a compact leaf's geometry or a
+    // bitmap leaf's first record too. Raises dbf_index_file_corrupted for a
+    // node that cannot be what it says.
+    void decode(uint32_t key_length, LeafKind leaves);
     // The header fields into the bytes.
     void encode_header();
     uint32_t basic_capacity() const noexcept { return BASIC_AREA_SIZE / (key_length + 8); }
+    // A bitmap leaf's bit for record first_record + n.
+    bool bit(uint32_t n) const noexcept {
+        return (static_cast<unsigned char>(bytes[BITMAP_AREA_START + n / 8]) >> (n % 8)) & 1;
+    }
+    void set_bit(uint32_t n, bool on) noexcept {
+        char& byte = bytes[BITMAP_AREA_START + n / 8];
+        byte = static_cast<char>(on ? byte | (1 << (n % 8)) : byte & ~(1 << (n % 8)));
+    }
 };
 
 // The keys of one node, expanded: full-length keys side by side, with the
@@ -128,12 +157,21 @@ bool goto_next_compact_key(const index_node_st& node, char pad, key_iterator_st*
 // or by the first `length` key bytes when record is null; count when none.
 size_t basic_lower_bound(const index_node_st& node, const char* key, uint64_t length, const uint32_t* record) noexcept;
 uint32_t basic_child(const index_node_st& node, size_t i) noexcept;
+// In a basic node of a binary tag: the first entry whose record is not
+// below `record`; count when none.
+size_t basic_record_bound(const index_node_st& node, uint32_t record) noexcept;
 
-// The keys of a node of any kind, in order.
+// Where `record` stands in a bitmap leaf: its bit, or false when the leaf
+// does not hold it.
+bool goto_bitmap_entry(const index_node_st& node, uint32_t record, uint32_t* bit) noexcept;
+
+// The keys of a node of any kind, in order. A bitmap leaf gives one entry
+// per bit in use, its key the letter T or F padded.
 void decode_entries(const index_node_st& node, char pad, node_entries_st* out);
 // Writes the entries into a node of the node's kind, keeping its siblings
 // and attributes. A compact leaf widens its geometry when a number no longer
-// fits. False when they do not fit in 512 bytes; the node is then unchanged.
+// fits. False when they do not fit in 512 bytes (a bitmap leaf: when the
+// records, ascending, span more than its bits); the node is then unchanged.
 bool encode_entries(index_node_st* node, char pad, const node_entries_st& entries);
 // Entry i of `entries` (the leaf's entries with the new one in place) put
 // into a compact leaf's bytes without laying out the others again: the new
@@ -149,6 +187,7 @@ size_t split_point(const index_node_st& node, char pad, const node_entries_st& e
 void init_compact_node(index_node_st* node, uint32_t key_length, const compact_geometry_st& geometry,
                        uint16_t attributes);
 void init_basic_node(index_node_st* node, uint32_t key_length, uint16_t attributes);
+void init_bitmap_node(index_node_st* node, uint32_t key_length, uint16_t attributes);
 
 // D for `key` behind `before`: the leading bytes they share once trailing
 // pad bytes are stripped from both.

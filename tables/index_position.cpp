@@ -24,7 +24,7 @@ double Index::position(const index_cursor_st& cursor, bool from_end) {
         width /= count;
     };
     for (const waypoint_st& step : path)
-        narrow(static_cast<double>(step.index), file->node(step.position, key_length(), compact()).count);
+        narrow(static_cast<double>(step.index), file->node(step.position, key_length(), leaf_kind()).count);
     narrow(static_cast<double>(cursor.index), static_cast<double>(cursor.entries.size()));
     return share;
 }
@@ -32,7 +32,9 @@ double Index::position(const index_cursor_st& cursor, bool from_end) {
 // A descending order runs the tag from its end.
 double DbfFile::index_position() {
     if (eof) return 1;
+    settle_order();
     if (bof || !order_cursor || !order_cursor->on_key()) return 0;
+    order.index->expand(order_cursor.get());
     return order.index->position(*order_cursor, order.descending);
 }
 

@@ -21,7 +21,7 @@ namespace {
 constexpr size_t MAX_TREE_DEPTH = 32;
 
 int compare_entry(const char* a, uint32_t ra, const char* b, uint32_t rb, uint32_t length) noexcept {
-    int c = std::memcmp(a, b, length);
+    int c = compare_key_bytes(a, b, length);
     if (c) return c;
     return ra < rb ? -1 : ra > rb ? 1 : 0;
 }
@@ -29,7 +29,7 @@ int compare_entry(const char* a, uint32_t ra, const char* b, uint32_t rb, uint32
 }  // namespace
 
 void Index::read_node(uint32_t position, index_node_st* node) {
-    file->read_node(position, key_length(), compact(), node);
+    file->read_node(position, key_length(), leaf_kind(), node);
 }
 
 uint32_t Index::descend(const char* key, uint64_t length, const uint32_t* record, std::vector<waypoint_st>* path) {
@@ -37,10 +37,11 @@ uint32_t Index::descend(const char* key, uint64_t length, const uint32_t* record
     uint32_t position = header.root;
     // Interior nodes are searched in place, never expanded.
     for (size_t depth = 0;; ++depth) {
-        const index_node_st& node = file->node(position, key_length(), compact());
+        const index_node_st& node = file->node(position, key_length(), leaf_kind());
         if (node.leaf) return position;
         if (depth > MAX_TREE_DEPTH || node.count == 0) throw dbf_index_file_corrupted(file->file->name);
-        size_t i = basic_lower_bound(node, key, record ? key_length() : length, record);
+        size_t i = binary() && record ? basic_record_bound(node, *record)
+                                      : basic_lower_bound(node, key, record ? key_length() : length, record);
         if (i == node.count) --i;
         if (path) path->push_back({position, i});
         position = basic_child(node, i);
@@ -48,8 +49,8 @@ uint32_t Index::descend(const char* key, uint64_t length, const uint32_t* record
 }
 
 void Index::load_leaf(uint32_t position, index_cursor_st* cursor) {
-    const node_entries_st& entries = file->entries(position, key_length(), compact(), pad);
-    const index_node_st& leaf = file->node(position, key_length(), compact());
+    const node_entries_st& entries = file->entries(position, key_length(), leaf_kind(), pad);
+    const index_node_st& leaf = file->node(position, key_length(), leaf_kind());
     // A leaf's entries have no children: keys and records are all a cursor reads.
     cursor->entries.key_length = entries.key_length;
     cursor->entries.keys.assign(entries.keys.begin(), entries.keys.end());
@@ -59,16 +60,39 @@ void Index::load_leaf(uint32_t position, index_cursor_st* cursor) {
     cursor->left = leaf.left;
     cursor->right = leaf.right;
     cursor->version = header.version;
+    cursor->partial = false;
+}
+
+void Index::expand(index_cursor_st* cursor) {
+    if (!cursor->partial) return;
+    int64_t i = cursor->leaf_index;
+    load_leaf(cursor->leaf, cursor);
+    cursor->index = i;
 }
 
 // ---- finding
 
 SeekResult Index::internal_seek(const char* key, uint64_t length, index_cursor_st* cursor) {
     check_version();
-    load_leaf(descend(key, length, nullptr, nullptr), cursor);
-    size_t i = cursor->entries.lower_bound_prefix(key, length);
-    cursor->index = static_cast<int64_t>(i);
-    if (i == cursor->entries.size()) return SEEK_RESULT_END;
+    uint32_t position = descend(key, length, nullptr, nullptr);
+    const node_entries_st& entries = file->entries(position, key_length(), leaf_kind(), pad);
+    size_t i = entries.lower_bound_prefix(key, length);
+    if (i == entries.size()) {
+        load_leaf(position, cursor);
+        cursor->index = static_cast<int64_t>(i);
+        return SEEK_RESULT_END;
+    }
+    // Only the entry found is copied: most seeks read one record and go.
+    const index_node_st& leaf = file->node(position, key_length(), leaf_kind());
+    cursor->entries.clear(key_length());
+    cursor->entries.push(entries.key(i), entries.records[i], NO_NODE);
+    cursor->leaf = position;
+    cursor->left = leaf.left;
+    cursor->right = leaf.right;
+    cursor->version = header.version;
+    cursor->partial = true;
+    cursor->leaf_index = static_cast<int64_t>(i);
+    cursor->index = 0;
     return std::memcmp(cursor->key(), key, length) == 0 ? SEEK_RESULT_FOUND : SEEK_RESULT_GREATER;
 }
 
@@ -123,7 +147,7 @@ bool Index::go_edge(index_cursor_st* cursor, bool last) {
     check_version();
     uint32_t position = header.root;
     for (size_t depth = 0;; ++depth) {
-        const index_node_st& node = file->node(position, key_length(), compact());
+        const index_node_st& node = file->node(position, key_length(), leaf_kind());
         if (node.leaf) break;
         if (node.count == 0 || depth > MAX_TREE_DEPTH) throw dbf_index_file_corrupted(file->file->name);
         position = basic_child(node, last ? node.count - 1u : 0u);
@@ -147,6 +171,7 @@ bool Index::revalidate(index_cursor_st* cursor) {
 bool Index::go_next(index_cursor_st* cursor) {
     check_version();
     if (cursor->version != header.version && cursor->on_key() && !revalidate(cursor)) return cursor->on_key();
+    expand(cursor);
     if (cursor->index + 1 < static_cast<int64_t>(cursor->entries.size())) {
         ++cursor->index;
         return true;
@@ -160,7 +185,7 @@ bool Index::go_next(index_cursor_st* cursor) {
     std::memcpy(last, cursor->entries.key(cursor->entries.size() - 1), key_length());
     uint32_t from = cursor->leaf;
     uint32_t next = cursor->right;
-    const index_node_st& node = file->node(next, key_length(), compact());
+    const index_node_st& node = file->node(next, key_length(), leaf_kind());
     if (!node.leaf || node.left != from) throw dbf_index_file_corrupted(file->file->name);
     load_leaf(next, cursor);
     if (cursor->entries.size() == 0 ||
@@ -173,6 +198,7 @@ bool Index::go_next(index_cursor_st* cursor) {
 bool Index::go_prev(index_cursor_st* cursor) {
     check_version();
     if (cursor->version != header.version && cursor->on_key()) revalidate(cursor);
+    expand(cursor);
     if (cursor->index > 0 && cursor->index <= static_cast<int64_t>(cursor->entries.size())) {
         --cursor->index;
         return true;
@@ -186,7 +212,7 @@ bool Index::go_prev(index_cursor_st* cursor) {
     std::memcpy(first, cursor->entries.key(0), key_length());
     uint32_t from = cursor->leaf;
     uint32_t next = cursor->left;
-    const index_node_st& node = file->node(next, key_length(), compact());
+    const index_node_st& node = file->node(next, key_length(), leaf_kind());
     if (!node.leaf || node.right != from) throw dbf_index_file_corrupted(file->file->name);
     load_leaf(next, cursor);
     size_t n = cursor->entries.size();
@@ -199,13 +225,13 @@ bool Index::go_prev(index_cursor_st* cursor) {
 
 // ---- changing
 
-Index::leaf_place_st Index::find_leaf_place(const char* key, uint32_t record) {
+Index::leaf_place_st& Index::find_leaf_place(const char* key, uint32_t record) {
     if (!file->locked) throw dbf_error_index_file_not_locked();
     check_version();
-    leaf_place_st place;
+    leaf_place_st& place = place_;
     uint32_t position = descend(key, key_length(), &record, &place.path);
-    file->take_entries(position, key_length(), compact(), pad, &place.entries);
-    read_node(position, &place.leaf);
+    file->take_entries(position, key_length(), leaf_kind(), pad, &place.entries);
+    place.leaf = position;
     place.index = place.entries.lower_bound(key, record);
     place.found = place.index < place.entries.size() &&
                   compare_entry(place.entries.key(place.index), place.entries.records[place.index], key, record,
@@ -214,20 +240,34 @@ Index::leaf_place_st Index::find_leaf_place(const char* key, uint32_t record) {
 }
 
 void Index::insert_key(const char* key, uint32_t record) {
-    leaf_place_st place = find_leaf_place(key, record);
+    if (binary()) return insert_bit(key, record);
+    leaf_place_st& place = find_leaf_place(key, record);
     if (place.found) throw dbf_index_file_corrupted(file->file->name);
-    bool appended = place.index == place.entries.size() && place.leaf.right == NO_NODE;
     place.entries.insert(place.index, key, record, NO_NODE);
-    bool encoded = place.leaf.compact && insert_compact_entry(&place.leaf, pad, place.entries, place.index);
-    store_node(place.path, place.leaf, place.entries, appended, encoded);
+    // The entry goes into the leaf where the cache holds it, which fails
+    // leaving the bytes unchanged when the leaf must be laid out anew.
+    index_node_st& leaf = file->node_to_change(place.leaf, key_length(), leaf_kind());
+    bool appended = place.index + 1 == place.entries.size() && leaf.right == NO_NODE;
+    bool encoded = leaf.compact && insert_compact_entry(&leaf, pad, place.entries, place.index);
+    if (encoded && place.index + 1 < place.entries.size()) {
+        // The leaf's greatest entry stays: the parent has nothing to learn.
+        file->write_node(leaf, &place.entries);
+        return changed();
+    }
+    // A copy: the nodes read on the way up may take the cache's place of this one.
+    index_node_st changed_leaf = leaf;
+    store_node(place.path, changed_leaf, place.entries, appended, encoded);
     changed();
 }
 
 bool Index::delete_key(const char* key, uint32_t record) {
-    leaf_place_st place = find_leaf_place(key, record);
+    if (binary()) throw assert_failed_exception("a binary tag holds every record");
+    leaf_place_st& place = find_leaf_place(key, record);
     if (!place.found) return false;
     place.entries.erase(place.index);
-    store_node(place.path, place.leaf, place.entries);
+    index_node_st leaf;
+    read_node(place.leaf, &leaf);
+    store_node(place.path, leaf, place.entries);
     changed();
     return true;
 }
@@ -259,27 +299,30 @@ void Index::store_node(std::vector<waypoint_st>& path, index_node_st& node, node
         std::vector<index_node_st> nodes = split_entries(node, entries, appended, &parts);
         for (size_t i = 0; i < nodes.size(); ++i)
             up.push(parts[i].key(parts[i].size() - 1), parts[i].records.back(), nodes[i].position);
-        if (was_root) {
-            index_node_st root;
-            init_basic_node(&root, key_length(), NODE_ROOT);
-            root.position = file->allocate(INDEX_NODE_SIZE);
-            header.root = root.position;
-            std::vector<waypoint_st> none;
-            return store_node(none, root, up);
-        }
+        if (was_root) return new_root(up);
     }
     if (path.empty()) return;
     carry_up(path, node.position, up, appended);
 }
 
+void Index::new_root(node_entries_st& up) {
+    index_node_st root;
+    init_basic_node(&root, key_length(), NODE_ROOT);
+    root.position = file->allocate(INDEX_NODE_SIZE);
+    header.root = root.position;
+    std::vector<waypoint_st> none;
+    store_node(none, root, up);
+}
+
 void Index::carry_up(std::vector<waypoint_st>& path, uint32_t child, node_entries_st& up, bool appended) {
     waypoint_st at = path.back();
     path.pop_back();
+    if (up.size() == 1 && !file->node(at.position, key_length(), leaf_kind()).leaf)
+        return replace_entry(path, at.position, at.index, child, up);
     index_node_st parent;
     read_node(at.position, &parent);
-    if (up.size() == 1 && !parent.leaf) return replace_entry(path, parent, at.index, child, up);
     node_entries_st siblings;
-    file->take_entries(at.position, key_length(), compact(), pad, &siblings);
+    file->take_entries(at.position, key_length(), leaf_kind(), pad, &siblings);
     if (at.index >= siblings.size() || siblings.children[at.index] != child)
         throw dbf_index_file_corrupted(file->file->name);
     if (up.size() == 1 && compare_entry(siblings.key(at.index), siblings.records[at.index], up.key(0), up.records[0],
@@ -293,18 +336,21 @@ void Index::carry_up(std::vector<waypoint_st>& path, uint32_t child, node_entrie
 
 // An interior entry takes the key and record of `up` in place, its child
 // unchanged; the level above hears of it only when it was the node's last.
-void Index::replace_entry(std::vector<waypoint_st>& path, index_node_st& parent, size_t i, uint32_t child,
+void Index::replace_entry(std::vector<waypoint_st>& path, uint32_t position, size_t i, uint32_t child,
                           node_entries_st& up) {
     const uint32_t k = key_length();
+    // Changed where the cache holds it, and written before any other node is read.
+    index_node_st& parent = file->node_to_change(position, k, leaf_kind());
     if (i >= parent.count || basic_child(parent, i) != child) throw dbf_index_file_corrupted(file->file->name);
     char* entry = parent.bytes + BASIC_AREA_START + i * (k + 8);
     if (compare_entry(entry, read_be32(entry + k), up.key(0), up.records[0], k) == 0) return;
     std::memcpy(entry, up.key(0), k);
     write_be32(entry + k, up.records[0]);
+    bool last = i + 1 == parent.count;
     file->write_node(parent);
-    if (i + 1 < parent.count || path.empty()) return;
-    up.children[0] = parent.position;
-    carry_up(path, parent.position, up, false);
+    if (!last || path.empty()) return;
+    up.children[0] = position;
+    carry_up(path, position, up, false);
 }
 
 // The node keeps the first part; each further part gets a new node, linked
@@ -369,6 +415,77 @@ void Index::unlink_node(const index_node_st& node) {
     }
 }
 
+// ---- binary tags
+
+void Index::push_bitmap_entry(const index_node_st& leaf, node_entries_st* up) const {
+    char key[MAX_KEY_LENGTH];
+    std::memset(key, pad, key_length());
+    up->push(key, leaf.first_record + leaf.count - 1u, leaf.position);
+}
+
+bool Index::find_bit(uint32_t record, std::vector<waypoint_st>* path, index_node_st* leaf, uint32_t* bit) {
+    if (!file->locked) throw dbf_error_index_file_not_locked();
+    check_version();
+    read_node(descend(nullptr, 0, &record, path), leaf);
+    if (!leaf->bitmap) throw dbf_index_file_corrupted(file->file->name);
+    return goto_bitmap_entry(*leaf, record, bit);
+}
+
+void Index::insert_bit(const char* key, uint32_t record) {
+    std::vector<waypoint_st> path;
+    index_node_st leaf;
+    uint32_t bit = 0;
+    // Records arrive in their order: one held already, or one before the
+    // end of the tag, means the file and the table disagree.
+    if (record == 0 || find_bit(record, &path, &leaf, &bit) ||
+        (leaf.count && (record < leaf.first_record || leaf.right != NO_NODE)))
+        throw dbf_index_file_corrupted(file->file->name);
+    node_entries_st up;
+    up.clear(key_length());
+    if (leaf.count == 0) leaf.first_record = record;
+    if (record - leaf.first_record < BITMAP_CAPACITY) {
+        // Records skipped on the way (none, as appends come) stay clear.
+        bit = record - leaf.first_record;
+        leaf.count = static_cast<uint16_t>(bit + 1);
+        leaf.set_bit(bit, key[0] == 'T');
+        leaf.encode_header();
+        file->write_node(leaf);
+        push_bitmap_entry(leaf, &up);
+        if (!path.empty()) carry_up(path, leaf.position, up, false);
+        return changed();
+    }
+    index_node_st next;
+    init_bitmap_node(&next, key_length(), 0);
+    next.position = file->allocate(INDEX_NODE_SIZE);
+    next.first_record = record;
+    next.count = 1;
+    next.set_bit(0, key[0] == 'T');
+    next.left = leaf.position;
+    next.encode_header();
+    bool was_root = leaf.root;
+    leaf.right = next.position;
+    leaf.attributes &= static_cast<uint16_t>(~NODE_ROOT);
+    leaf.root = false;
+    leaf.encode_header();
+    file->write_node(leaf);
+    file->write_node(next);
+    push_bitmap_entry(leaf, &up);
+    push_bitmap_entry(next, &up);
+    if (was_root) new_root(up);
+    else carry_up(path, leaf.position, up, true);
+    changed();
+}
+
+void Index::update_bit(const char* key, uint32_t record) {
+    index_node_st leaf;
+    uint32_t bit = 0;
+    if (!find_bit(record, nullptr, &leaf, &bit)) throw dbf_index_file_corrupted(file->file->name);
+    if (leaf.bit(bit) == (key[0] == 'T')) return;
+    leaf.set_bit(bit, key[0] == 'T');
+    file->write_node(leaf);
+    changed();
+}
+
 // ---- the structure check
 
 std::vector<std::pair<std::string, uint32_t>> Index::check_structure() {
@@ -379,6 +496,10 @@ std::vector<std::pair<std::string, uint32_t>> Index::check_structure() {
     std::vector<std::pair<std::string, uint32_t>> keys;
     std::vector<uint32_t> level{header.root};
     uint32_t k = key_length();
+    // A binary tag orders by record alone; its leaves must be bitmaps.
+    auto order = [&](const char* a, uint32_t ra, const char* b, uint32_t rb) {
+        return binary() ? (ra < rb ? -1 : ra > rb ? 1 : 0) : compare_entry(a, ra, b, rb, k);
+    };
     for (size_t depth = 0; !level.empty(); ++depth) {
         if (depth > MAX_TREE_DEPTH) fail("tree too deep", header.root);
         std::vector<uint32_t> below;
@@ -395,12 +516,13 @@ std::vector<std::pair<std::string, uint32_t>> Index::check_structure() {
             if ((depth == 0) != node.root) fail("root flag wrong", node.position);
             if (depth > 0 && node.count == 0) fail("empty node", node.position);
             leaves = node.leaf;
+            if (node.leaf && binary() != node.bitmap) fail("leaf of the wrong kind", node.position);
             node_entries_st entries;
             decode_entries(node, pad, &entries);
             for (size_t j = 0; j < entries.size(); ++j) {
                 std::string key(entries.key(j), k);
                 if (!last_key.empty() || j || i)
-                    if (compare_entry(last_key.data(), last_record, key.data(), entries.records[j], k) >= 0)
+                    if (order(last_key.data(), last_record, key.data(), entries.records[j]) >= 0)
                         fail("keys out of order", node.position);
                 last_key = key;
                 last_record = entries.records[j];
@@ -413,8 +535,8 @@ std::vector<std::pair<std::string, uint32_t>> Index::check_structure() {
                 node_entries_st child_entries;
                 decode_entries(child, pad, &child_entries);
                 size_t n = child_entries.size();
-                if (n == 0 || compare_entry(child_entries.key(n - 1), child_entries.records[n - 1], key.data(),
-                                            entries.records[j], k) != 0)
+                if (n == 0 ||
+                    order(child_entries.key(n - 1), child_entries.records[n - 1], key.data(), entries.records[j]))
                     fail("parent entry differs from the child's last key", child.position);
                 below.push_back(entries.children[j]);
             }

@@ -59,6 +59,7 @@ struct table_index_info_st {
     String collation;
     bool unique = false;
     bool descending = false;
+    bool binary = false;
 };
 
 // Buffering modes of cursorsetprop("Buffering").

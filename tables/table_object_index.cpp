@@ -60,7 +60,7 @@ void Table_Object_ZoDbf::open_indexes(VmStack* stack) {
                     [&] { table_->open_compound_auto_open_index_file(stack); });
 }
 
-// The new tag becomes the order.
+// The new tag becomes the order, unless it is a binary one, which cannot.
 void Table_Object_ZoDbf::create_index(VmStack* stack, const internal_indexdef_st& definition) {
     ZO_TRACE();
     leave_record(stack);
@@ -69,7 +69,7 @@ void Table_Object_ZoDbf::create_index(VmStack* stack, const internal_indexdef_st
     table_->expression_fields = &expression_fields();
     table_operation(TABLE_CREATE_INDEX, [&] { return filename(); }, [&] {
         table_->create_index_tag(stack, nullptr, &definition);
-        table_->select_index(stack, table_->tags.back()->name, 0);
+        if (!definition.binary) table_->select_index(stack, table_->tags.back()->name, 0);
     });
 }
 
@@ -113,6 +113,7 @@ bool Table_Object_ZoDbf::get_index_info(uint64_t number, table_index_info_st* ou
     out->collation = String(tag->header.collation.empty() ? "MACHINE" : tag->header.collation.c_str());
     out->unique = tag->unique();
     out->descending = tag->header.descending;
+    out->binary = tag->binary();
     return true;
 }
 
@@ -133,6 +134,10 @@ uint64_t Table_Object_ZoDbf::create_index_key(VmStack*, const Variant* value, bo
         if (!tag) throw dbf_error_no_index_selected();
         return tag->create_key(value, out, tag->key_length(), full_length);
     });
+}
+
+const char* Table_Object_ZoDbf::get_index_key() {
+    return table_operation(TABLE_SEEK, no_detail, [&] { return table_->current_key(); });
 }
 
 uint64_t Table_Object_ZoDbf::get_index_key_length() {

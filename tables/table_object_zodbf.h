@@ -94,7 +94,7 @@ public:
     bool descending() override { return table_->order.index && table_->order.descending; }
     int get_index_dir() override;
     uint64_t create_index_key(VmStack* stack, const Variant* value, bool full_length, char* out) override;
-    const char* get_index_key() override { return table_->current_key(); }
+    const char* get_index_key() override;
     uint64_t get_index_key_length() override;
     uint64_t eval_index_key(VmStack* stack, char* out) override;
     double get_index_pos() override;

@@ -114,17 +114,7 @@ private:
 // What REINDEX would build again of each tag.
 std::vector<internal_indexdef_st> tag_definitions(const DbfFile& table) {
     std::vector<internal_indexdef_st> definitions;
-    for (const auto& tag : table.tags) {
-        internal_indexdef_st definition;
-        definition.tag = tag->name;
-        definition.key_expression = tag->key_text(table.charset);
-        definition.filter_expression = tag->filter_text(table.charset);
-        definition.collation = String(tag->header.collation.c_str());
-        definition.defined = tag->header.has(INDEX_OPTION_DEFINED);
-        definition.unique = tag->unique();
-        definition.descending = tag->header.descending;
-        definitions.push_back(definition);
-    }
+    for (const auto& tag : table.tags) definitions.push_back(tag->definition(table.charset));
     return definitions;
 }
 

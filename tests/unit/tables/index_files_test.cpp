@@ -9,6 +9,9 @@
 #include <string>
 
 #include "runtime/runtime.h"
+#include "tables/file.h"
+#include "tables/index.h"
+#include "tables/index_file.h"
 #include "tests/unit/runtime/runtime_test_support.h"
 #include "tests/unit/tables/table_test_support.h"
 
@@ -31,7 +34,7 @@ protected:
     int run(const std::string& line) { return runtime->run_command(String(line.c_str())); }
     std::string path(const std::string& name) const { return "\"" + (folder.path / name).string() + "\""; }
 
-    // A table of 300 records with a character, a numeric and a filtered tag.
+    // A table of 300 records with a character, a numeric, a filtered and a binary tag.
     void make_table() {
         ASSERT_EQ(run("CREATE TABLE " + path("t") + " (name C(12), n N(8,2), d D)"), 0) << screen.errors;
         for (int i = 1; i <= 300; ++i) {
@@ -43,6 +46,7 @@ protected:
         ASSERT_EQ(run("INDEX ON name TAG name"), 0) << screen.errors;
         ASSERT_EQ(run("INDEX ON n TAG n DESCENDING"), 0) << screen.errors;
         ASSERT_EQ(run("INDEX ON d TAG d FOR n > 10"), 0) << screen.errors;
+        ASSERT_EQ(run("INDEX ON n > 20 TAG big BINARY"), 0) << screen.errors;
         ASSERT_EQ(run("USE"), 0);
     }
     // Every way the tags are read and changed; the first error's number.
@@ -74,7 +78,53 @@ TEST_F(IndexFiles, TagsOpenWithTheirTableAndHoldWhatTheirConditionTakes) {
     ASSERT_EQ(run("counted = 0"), 0);
     ASSERT_EQ(run("SCAN\ncounted = counted + 1\nENDSCAN"), 0);
     ASSERT_EQ(run("? ataginfo(a), counted"), 0);
-    EXPECT_EQ(screen.output, "3 " + std::to_string(expected) + "\n");
+    EXPECT_EQ(screen.output, "4 " + std::to_string(expected) + "\n");
+}
+
+// The bits of a binary tag as the file holds them, after the structure check.
+std::vector<std::pair<std::string, uint32_t>> binary_tag_bits(const std::filesystem::path& cdx, const char* tag) {
+    IndexFile file(open_file(String(cdx), 0), nullptr);
+    Index directory(&file, 0);
+    directory.read_header();
+    index_cursor_st cursor;
+    for (bool on = directory.go_top(&cursor); on; on = directory.go_next(&cursor)) {
+        std::string name(cursor.key(), directory.key_length());
+        if (name.substr(0, name.find(' ')) != tag) continue;
+        Index bits(&file, cursor.record());
+        bits.read_header();
+        EXPECT_TRUE(bits.binary());
+        return bits.check_structure();
+    }
+    ADD_FAILURE() << "no tag " << tag;
+    return {};
+}
+
+// Appends give every record its bit, REPLACE sets and clears it, and PACK
+// and REINDEX build the tag again from the records, past one bitmap leaf.
+TEST_F(IndexFiles, BinaryTagsHoldABitForEveryRecord) {
+    ASSERT_EQ(run("CREATE TABLE " + path("b") + " (n N(6), active L)"), 0) << screen.errors;
+    ASSERT_EQ(run("INDEX ON active TAG act BINARY"), 0) << screen.errors;
+    ASSERT_EQ(run("INDEX ON n TAG n"), 0) << screen.errors;
+    ASSERT_EQ(run("FOR i = 1 TO 4000\nAPPEND BLANK\nREPLACE n WITH i\nREPLACE active WITH i % 3 = 0\nNEXT"), 0)
+        << screen.errors;
+    ASSERT_EQ(run("GO 3969\nREPLACE active WITH .T.\nGO 3\nREPLACE active WITH .F."), 0)
+        << screen.errors;
+    auto expect_bits = [&](uint32_t count, uint32_t first_n) {
+        std::vector<std::pair<std::string, uint32_t>> expected;
+        for (uint32_t record = 1; record <= count; ++record) {
+            uint32_t n = record + first_n - 1;
+            bool on = n == 3969 || (n % 3 == 0 && n != 3);
+            expected.emplace_back(on ? "T" : "F", record);
+        }
+        ASSERT_EQ(run("USE"), 0);
+        EXPECT_EQ(binary_tag_bits(folder.path / "b.cdx", "ACT"), expected);
+        ASSERT_EQ(run("USE " + path("b") + " EXCLUSIVE"), 0) << screen.errors;
+    };
+    expect_bits(4000, 1);
+    ASSERT_EQ(run("FOR i = 1 TO 10\nGO i\nDELETE\nNEXT\nPACK"), 0) << screen.errors;
+    expect_bits(3990, 11);
+    ASSERT_EQ(run("REINDEX"), 0) << screen.errors;
+    expect_bits(3990, 11);
 }
 
 TEST_F(IndexFiles, AHeaderBitThatMustNotBeSetIsRefused) {

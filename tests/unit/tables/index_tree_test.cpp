@@ -10,6 +10,7 @@
 #include <string>
 #include <vector>
 
+#include "tables/byte_order.h"
 #include "tables/file.h"
 #include "tables/index.h"
 #include "tables/index_file.h"
@@ -25,12 +26,12 @@ public:
     std::unique_ptr<IndexFile> file;
     std::unique_ptr<Index> index;
 
-    explicit Tree(uint16_t key_length, uint64_t record_hint = 1000) {
+    explicit Tree(uint16_t key_length, uint64_t record_hint = 1000, uint16_t options = 0) {
         file = std::make_unique<IndexFile>(create_file(String("memory:///tree.cdx"), FILE_OPEN_TEMPORARY), nullptr);
         file->allocate(INDEX_HEADER_SIZE + INDEX_NODE_SIZE);  // where the directory stands
         index_header_st header;
         header.key_length = key_length;
-        header.options = INDEX_OPTION_COMPACT | INDEX_OPTION_COMPOUND;
+        header.options = INDEX_OPTION_COMPACT | INDEX_OPTION_COMPOUND | options;
         index = Index::create(file.get(), header, ' ', record_hint);
         file->lock();
     }
@@ -43,7 +44,7 @@ public:
     bool remove(const std::string& text, uint32_t record) { return index->delete_key(key(text).data(), record); }
     index_node_st root() {
         index_node_st node;
-        file->read_node(index->header.root, index->key_length(), true, &node);
+        file->read_node(index->header.root, index->key_length(), index->leaf_kind(), &node);
         return node;
     }
     std::vector<entry_t> forward() {
@@ -242,14 +243,17 @@ TEST(IndexNodes, AWalkSurvivesChangesBehindIt) {
 }
 
 // Random inserts, deletes and changes of keys of two kinds, checked against
-// a sorted set: the walks both ways and the structure, every 1,000 changes.
+// a sorted set: the walks both ways and the structure, every 1,000 changes;
+// beside them a binary tag whose bits follow the same records.
 // ZOBASE_INDEX_MODEL_OPS sets the number of changes (200,000 for a long run).
 TEST(IndexModel, RandomChangesKeepTheTreeEqualToASortedSet) {
     const char* setting = std::getenv("ZOBASE_INDEX_MODEL_OPS");
     const uint64_t operations = setting ? std::strtoull(setting, nullptr, 10) : 20000;
     std::mt19937 random(20240611);
-    Tree text(12, 100), number(8, 100);
+    Tree text(12, 100), number(8, 100), flag(1, 100, INDEX_OPTION_BINARY);
     std::set<entry_t> text_model, number_model;
+    // The binary tag holds every record ever added, by record number.
+    std::vector<entry_t> flag_model;
     std::vector<std::string> text_of(1);  // by record number; empty: no record
     std::vector<double> number_of(1);
     auto random_text = [&] {
@@ -271,6 +275,14 @@ TEST(IndexModel, RandomChangesKeepTheTreeEqualToASortedSet) {
         std::string n = number_key(number_of[record]);
         number.index->insert_key(n.data(), record);
         number_model.emplace(n, record);
+        std::string f(1, random() % 3 ? 'F' : 'T');
+        if (record == flag_model.size() + 1) {
+            flag.index->insert_key(f.data(), record);
+            flag_model.emplace_back(f, record);
+        } else {
+            flag.index->update_bit(f.data(), record);
+            flag_model[record - 1].first = f;
+        }
     };
     auto take = [&](uint32_t record) {
         ASSERT_TRUE(text.index->delete_key(text_of[record].data(), record));
@@ -304,8 +316,92 @@ TEST(IndexModel, RandomChangesKeepTheTreeEqualToASortedSet) {
                 ASSERT_EQ(tree->forward(), expected) << "after " << op;
                 ASSERT_EQ(tree->backward(), expected) << "after " << op;
             }
+            ASSERT_EQ(flag.index->check_structure(), flag_model) << "after " << op;
         }
     }
+}
+
+// ---- binary tags: one bit per record in bitmap leaves
+
+std::vector<entry_t> bits_of(uint32_t count, uint32_t every) {
+    std::vector<entry_t> bits;
+    for (uint32_t record = 1; record <= count; ++record) bits.emplace_back(record % every ? "F" : "T", record);
+    return bits;
+}
+
+TEST(BitmapTags, RecordsFillALeafThenChainTheNext) {
+    Tree tree(1, 100, INDEX_OPTION_BINARY);
+    EXPECT_TRUE(tree.root().bitmap);
+    for (uint32_t record = 1; record <= BITMAP_CAPACITY; ++record)
+        tree.index->insert_key(record % 5 ? "F" : "T", record);
+    index_node_st root = tree.root();
+    ASSERT_TRUE(root.bitmap);
+    EXPECT_EQ(root.count, BITMAP_CAPACITY);
+    EXPECT_EQ(root.first_record, 1u);
+    // Record 3968 is the last bit of the leaf, lowest bit first: byte 495, bit 7.
+    EXPECT_EQ(static_cast<unsigned char>(root.bytes[BITMAP_AREA_START + 495]) >> 7, 0u);
+    EXPECT_EQ(static_cast<unsigned char>(root.bytes[BITMAP_AREA_START]), 0x10u);  // record 5
+    EXPECT_EQ(read_be32(root.bytes + 12), 1u);  // the first record, big-endian
+
+    // Record 3969 begins a second leaf under a new interior root.
+    tree.index->insert_key("T", BITMAP_CAPACITY + 1);
+    root = tree.root();
+    EXPECT_FALSE(root.leaf);
+    ASSERT_EQ(root.count, 2);
+    index_node_st second;
+    tree.file->read_node(basic_child(root, 1), 1, LEAF_BITMAP, &second);
+    EXPECT_EQ(second.first_record, BITMAP_CAPACITY + 1);
+    EXPECT_EQ(second.count, 1);
+    EXPECT_TRUE(second.bit(0));
+    EXPECT_NE(second.left, NO_NODE);
+    std::vector<entry_t> expected = bits_of(BITMAP_CAPACITY, 5);
+    expected.emplace_back("T", BITMAP_CAPACITY + 1);
+    EXPECT_EQ(tree.index->check_structure(), expected);
+}
+
+TEST(BitmapTags, UpdatesSetAndClearBitsOfHeldRecordsOnly) {
+    Tree tree(1, 100, INDEX_OPTION_BINARY);
+    for (uint32_t record = 1; record <= 5000; ++record) tree.index->insert_key("T", record);
+    uint32_t version = tree.index->header.version;
+    tree.index->update_bit("F", 3968);
+    tree.index->update_bit("F", 3969);
+    tree.index->update_bit("F", 1);
+    tree.index->update_bit("T", 2);  // unchanged: no new version
+    EXPECT_EQ(tree.index->header.version, version + 3);
+    std::vector<entry_t> bits = tree.index->check_structure();
+    ASSERT_EQ(bits.size(), 5000u);
+    for (uint32_t record : {1u, 3968u, 3969u}) EXPECT_EQ(bits[record - 1].first, "F") << record;
+    EXPECT_EQ(bits[1].first, "T");
+    EXPECT_EQ(bits[3969].first, "T");
+    // A record the tag does not hold, one held already, and a change without the lock.
+    EXPECT_THROW(tree.index->update_bit("T", 5001), dbf_index_file_corrupted);
+    EXPECT_THROW(tree.index->insert_key("T", 4000), dbf_index_file_corrupted);
+    EXPECT_THROW(tree.index->insert_key("T", 0), dbf_index_file_corrupted);
+    tree.file->unlock();
+    EXPECT_THROW(tree.index->update_bit("T", 1), dbf_error_index_file_not_locked);
+}
+
+// Past one interior node of leaves (55 entries of 9 bytes) the tree grows
+// another level; a bulk-built tag holds the same bits in the same shape.
+TEST(BitmapTags, GrowthPastManyLeavesMatchesABulkBuild) {
+    const uint32_t count = 60 * BITMAP_CAPACITY + 17;
+    Tree appended(1, 100, INDEX_OPTION_BINARY), built(1, 100, INDEX_OPTION_BINARY);
+    node_entries_st entries;
+    entries.clear(1);
+    for (const entry_t& e : bits_of(count, 7)) {
+        appended.index->insert_key(e.first.data(), e.second);
+        entries.push(e.first.data(), e.second, NO_NODE);
+    }
+    built.index->build(entries);
+    std::vector<entry_t> expected = bits_of(count, 7);
+    EXPECT_EQ(appended.index->check_structure(), expected);
+    EXPECT_EQ(built.index->check_structure(), expected);
+    index_node_st root = appended.root();
+    EXPECT_FALSE(root.leaf);
+    EXPECT_FALSE(appended.file->node(basic_child(root, 0), 1, LEAF_BITMAP).leaf);  // three levels
+    for (uint32_t record = count + 1; record <= count + 100; ++record) built.index->insert_key("T", record);
+    built.index->update_bit("T", 1);
+    EXPECT_EQ(built.index->check_structure().size(), count + 100);
 }
 
 }  // namespace
