@@ -137,16 +137,17 @@ TEST_F(DbfCursor, BlockReadsSeeWrittenRecords) {
 TEST_F(DbfCursor, UnsharedWalksReadEveryRecordInPlace) {
     String name = make(301);
     auto table = open_table(name);
+    // QTY holds four digits: record n carries n modulo 10,000.
     auto walk = [&](int expected) {
         int seen = 0;
         for (table->go_top(); !table->eof; table->go_next()) {
-            if (qty_of(table.get()) != ++seen) break;
+            if (qty_of(table.get()) != ++seen % 10000) break;
         }
         EXPECT_EQ(seen, expected);
     };
     walk(301);
     int total = 301 + static_cast<int>(table->pending_capacity) + 5;
-    for (int i = 302; i <= total; ++i) append(table.get(), "g", i);
+    for (int i = 302; i <= total; ++i) append(table.get(), "g", i % 10000);
     table->flush();
     walk(total);
 }
@@ -154,14 +155,16 @@ TEST_F(DbfCursor, UnsharedWalksReadEveryRecordInPlace) {
 // A shared table's block is read when the walk reaches it, so what another
 // opener wrote before that moment shows.
 TEST_F(DbfCursor, SharedWalksSeeWritesMadeBeforeTheirBlock) {
-    String name = make(300);
+    String name = make(2000);
     auto reader = open_table(name, SHARED);
     auto writer = open_table(name, SHARED);
     reader->go_top();
-    writer->go_to(nullptr, 250);
+    uint32_t target = static_cast<uint32_t>(reader->readahead_capacity) + 10;  // in the second block
+    ASSERT_LE(target, 2000u);
+    writer->go_to(nullptr, target);
     writer->set_integer(1, 9999);
     writer->update(nullptr);
-    while (reader->recno < 250) reader->go_next();
+    while (reader->recno < target) reader->go_next();
     EXPECT_EQ(qty_of(reader.get()), 9999);
 }
 
