@@ -106,6 +106,12 @@ ENDSCAN
 ? "Value of the larger orders:", value
 LOCATE FOR item = "Stapler"
 ? "Found the stapler in record", recno()
+* An index keeps the records in the order of a key, and SEEK finds a key.
+INDEX ON UPPER(item) TAG item
+SEEK "NOTEBOOKS"
+? "Seek by name:", found(), alltrim(item), qty
+GO TOP
+? "First by name:", item
 USE
 * Classes: properties with defaults, Init, methods, a subclass that adds to
 * its parent's method with DODEFAULT, and a collection of the objects.
