@@ -5,7 +5,6 @@
 // per entry and splits every leaf on the way.
 #include <algorithm>
 #include <cstring>
-#include <numeric>
 
 #include "tables/index.h"
 #include "tables/index_file.h"
@@ -38,24 +37,43 @@ std::vector<level_node_st> cut_level(const node_entries_st& all, Fits fits) {
     return nodes;
 }
 
+// A key's first eight bytes as a number that orders as the bytes do (short
+// keys padded with zero bytes), so that most comparisons of a sort stay in
+// the array being sorted instead of reaching into the keys.
+uint64_t key_prefix(const char* key, uint32_t length) noexcept {
+    uint64_t prefix = 0;
+    std::memcpy(&prefix, key, std::min<uint32_t>(length, 8));
+    return __builtin_bswap64(prefix);
+}
+
+struct sort_item_st {
+    uint64_t prefix;
+    uint32_t entry;
+};
+
 }  // namespace
 
 void sort_entries(node_entries_st* entries) {
     uint32_t k = entries->key_length;
-    std::vector<uint32_t> order(entries->size());
-    std::iota(order.begin(), order.end(), 0u);
     const char* keys = entries->keys.data();
     const uint32_t* records = entries->records.data();
-    std::sort(order.begin(), order.end(), [&](uint32_t a, uint32_t b) {
-        int c = std::memcmp(keys + size_t(a) * k, keys + size_t(b) * k, k);
-        return c ? c < 0 : records[a] < records[b];
-    });
+    std::vector<sort_item_st> order(entries->size());
+    for (uint32_t i = 0; i < order.size(); ++i) order[i] = {key_prefix(keys + size_t(i) * k, k), i};
+    auto before = [&](const sort_item_st& a, const sort_item_st& b) {
+        if (a.prefix != b.prefix) return a.prefix < b.prefix;
+        int c = k > 8 ? compare_key_bytes(keys + size_t(a.entry) * k + 8, keys + size_t(b.entry) * k + 8, k - 8) : 0;
+        return c ? c < 0 : records[a.entry] < records[b.entry];
+    };
+    // Keys that grow with the record number (an ID) arrive sorted already.
+    if (std::is_sorted(order.begin(), order.end(), before)) return;
+    std::sort(order.begin(), order.end(), before);
     node_entries_st sorted;
     sorted.clear(k);
     sorted.keys.reserve(entries->keys.size());
     sorted.records.reserve(order.size());
     sorted.children.reserve(order.size());
-    for (uint32_t i : order) sorted.push(keys + size_t(i) * k, records[i], entries->children[i]);
+    for (const sort_item_st& item : order)
+        sorted.push(keys + size_t(item.entry) * k, records[item.entry], entries->children[item.entry]);
     *entries = std::move(sorted);
 }
 
