@@ -20,6 +20,7 @@ import argparse
 import os
 import resource
 import shutil
+import sqlite3
 import subprocess
 import sys
 import tempfile
@@ -29,6 +30,24 @@ HERE = os.path.dirname(os.path.abspath(__file__))
 PROGRAMS = os.path.join(HERE, "tables")
 PYTHON = "/usr/bin/python3" if os.path.exists("/usr/bin/python3") else sys.executable
 STEPS = ["append", "scan", "goto", "indexed", "build", "seek", "walk"]
+# The step whose table a step reads; --only runs it first, unmeasured.
+NEEDS = {"scan": "append", "goto": "append", "seek": "indexed", "walk": "indexed"}
+# The table a step creates, dropped before the step runs again.
+CREATES = {"append": "bench", "indexed": "ibench", "build": "bbench"}
+
+
+def drop_created(step, folder):
+    table = CREATES.get(step)
+    if table is None:
+        return
+    for suffix in (".dbf", ".cdx", ".fpt"):
+        path = os.path.join(folder, table + suffix)
+        if os.path.exists(path):
+            os.remove(path)
+    db = sqlite3.connect(os.path.join(folder, "bench.sqlite"))
+    db.execute(f"DROP TABLE IF EXISTS {table}")
+    db.commit()
+    db.close()
 
 
 def run(argv, cwd):
@@ -65,14 +84,22 @@ def main():
     parser = argparse.ArgumentParser()
     parser.add_argument("zosh")
     parser.add_argument("--keep", help="run in this folder and leave the files there")
+    parser.add_argument("--only", action="append", choices=STEPS,
+                        help="measure only this step (may be repeated); the steps it reads from run first, unmeasured")
+    parser.add_argument("--repeat", type=int, default=1, help="measure each step this many times")
     args = parser.parse_args()
     zosh = os.path.abspath(args.zosh)
     folder = args.keep or tempfile.mkdtemp(prefix="zobase_bench_tables_")
     os.makedirs(folder, exist_ok=True)
     failed = False
     print(f"{'step':<8}{'zobase cpu s':>14}{'(elapsed)':>11}{'sqlite3 cpu s':>15}{'(elapsed)':>11}{'ratio':>8}  result")
+    measured = [step for step in STEPS if not args.only or step in args.only]
     try:
-        for step in STEPS:
+        for needed in sorted({NEEDS[step] for step in measured if step in NEEDS} - set(measured)):
+            run([zosh, os.path.join(PROGRAMS, needed + ".prg")], folder)
+            run([PYTHON, os.path.join(PROGRAMS, needed + ".py")], folder)
+        for step in [step for _ in range(max(1, args.repeat)) for step in measured]:
+            drop_created(step, folder)
             zo_cpu, zo_wall, zo_result = run([zosh, os.path.join(PROGRAMS, step + ".prg")], folder)
             py_cpu, py_wall, py_result = run([PYTHON, os.path.join(PROGRAMS, step + ".py")], folder)
             same = agree(zo_result, py_result)
