@@ -234,6 +234,7 @@ private:
     // change allocates nothing.
     leaf_place_st& find_leaf_place(const char* key, uint32_t record);
     leaf_place_st place_;
+    node_entries_st up_;  // a leaf's new greatest entry for its parent
     void read_node(uint32_t position, index_node_st* node);
     // Down to the leaf for (key, record), or by key prefix when record is
     // null; the interior levels are noted in `path` when given. Returns the

@@ -87,11 +87,13 @@ public:
     void close();
 
 private:
-    struct cache_entry_st {
-        index_node_st node;
+    // Line-aligned, the flags and the node's decoded header first: a look-up
+    // that finds its node touches one line before it reads the bytes.
+    struct alignas(64) cache_entry_st {
         bool changed = false;
         bool expanded = false;  // `entries` holds the node's keys
         bool used = true;       // touched since the clock hand last passed
+        index_node_st node;
         node_entries_st entries;
     };
     cache_entry_st& fetch(uint32_t position, uint32_t key_length, LeafKind leaves);

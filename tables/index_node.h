@@ -73,9 +73,10 @@ struct compact_geometry_st {
 // More than 32 record bits or 8 bits for a count raise dbf_error_not_impl.
 compact_geometry_st calc_compact_node_geometry(uint64_t max_record, uint64_t max_duplicate, uint64_t max_trailing);
 
+// The decoded header fields come before the bytes, so that a look at a
+// cached node's kind and count and at its first entries reads one line.
 struct index_node_st {
     uint32_t position = NO_NODE;
-    char bytes[INDEX_NODE_SIZE] = {};
     uint16_t attributes = 0;
     uint16_t count = 0;
     uint32_t key_length = 0;
@@ -88,6 +89,7 @@ struct index_node_st {
     bool bitmap = false;
     compact_geometry_st geometry;
     uint32_t first_record = 0;  // of a bitmap leaf
+    char bytes[INDEX_NODE_SIZE] = {};
 
     // The header fields from the bytes; a compact leaf's geometry or a
     // bitmap leaf's first record too. Raises dbf_index_file_corrupted for a

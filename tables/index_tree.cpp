@@ -249,9 +249,17 @@ void Index::insert_key(const char* key, uint32_t record) {
     index_node_st& leaf = file->node_to_change(place.leaf, key_length(), leaf_kind());
     bool appended = place.index + 1 == place.entries.size() && leaf.right == NO_NODE;
     bool encoded = leaf.compact && insert_compact_entry(&leaf, pad, place.entries, place.index);
-    if (encoded && place.index + 1 < place.entries.size()) {
+    if (encoded) {
         // The leaf's greatest entry stays: the parent has nothing to learn.
+        // Else it learns the new one, in place where it can.
+        bool greatest = place.index + 1 == place.entries.size();
+        uint32_t position = place.leaf;
+        if (greatest) {
+            up_.clear(key_length());
+            up_.push(key, record, position);
+        }
         file->write_node(leaf, &place.entries);
+        if (greatest && !place.path.empty()) carry_up(place.path, position, up_, appended);
         return changed();
     }
     // A copy: the nodes read on the way up may take the cache's place of this one.
@@ -354,17 +362,26 @@ void Index::replace_entry(std::vector<waypoint_st>& path, uint32_t position, siz
 }
 
 // The node keeps the first part; each further part gets a new node, linked
-// into the chain behind it. Parts are halved until each fits.
+// into the chain behind it. Parts are halved until each fits; the whole
+// never does (that is why it splits), and each part is encoded once.
 std::vector<index_node_st> Index::split_entries(index_node_st& node, const node_entries_st& entries, bool appended,
                                                 std::vector<node_entries_st>* parts) {
+    index_node_st blank = node;
+    blank.attributes &= static_cast<uint16_t>(~NODE_ROOT);
+    blank.root = false;
     parts->assign(1, entries);
+    std::vector<index_node_st> nodes;
     for (size_t i = 0; i < parts->size();) {
-        index_node_st trial = node;
-        if (encode_entries(&trial, pad, (*parts)[i])) {
-            ++i;
-            continue;
+        if (i > 0 || parts->size() > 1) {
+            nodes.push_back(blank);
+            if (encode_entries(&nodes.back(), pad, (*parts)[i])) {
+                ++i;
+                continue;
+            }
+            nodes.pop_back();
         }
         node_entries_st& whole = (*parts)[i];
+        if (whole.size() < 2) throw dbf_index_file_corrupted(file->file->name);
         // The first cut of an appended entry keeps everything before it.
         size_t cut = appended && i == 0 && parts->size() == 1 ? whole.size() - 1 : split_point(node, pad, whole);
         node_entries_st right;
@@ -376,16 +393,11 @@ std::vector<index_node_st> Index::split_entries(index_node_st& node, const node_
         parts->insert(parts->begin() + static_cast<ptrdiff_t>(i) + 1, std::move(right));
     }
     uint32_t after = node.right;
-    std::vector<index_node_st> nodes(parts->size(), node);
-    for (size_t i = 0; i < nodes.size(); ++i) {
-        nodes[i].attributes &= static_cast<uint16_t>(~NODE_ROOT);
-        nodes[i].root = false;
-        if (i) nodes[i].position = file->allocate(INDEX_NODE_SIZE);
-    }
+    for (size_t i = 1; i < nodes.size(); ++i) nodes[i].position = file->allocate(INDEX_NODE_SIZE);
     for (size_t i = 0; i < nodes.size(); ++i) {
         nodes[i].left = i ? nodes[i - 1].position : node.left;
         nodes[i].right = i + 1 < nodes.size() ? nodes[i + 1].position : after;
-        if (!encode_entries(&nodes[i], pad, (*parts)[i])) throw dbf_index_file_corrupted(file->file->name);
+        nodes[i].encode_header();
         file->write_node(nodes[i]);
     }
     if (after != NO_NODE) {
