@@ -235,6 +235,16 @@ private:
     leaf_place_st& find_leaf_place(const char* key, uint32_t record);
     leaf_place_st place_;
     node_entries_st up_;  // a leaf's new greatest entry for its parent
+    compact_slot_st slot_;
+    // The last entry of a leaf as this tag's last insert left it, true while
+    // the tag's version is the one noted: a key behind it goes to the
+    // leaf's end without walking its keys.
+    struct tail_st {
+        uint32_t leaf = NO_NODE;
+        uint32_t version = 0;
+        uint32_t record = 0;
+        char key[MAX_KEY_LENGTH] = {};
+    } tail_;
     void read_node(uint32_t position, index_node_st* node);
     // Down to the leaf for (key, record), or by key prefix when record is
     // null; the interior levels are noted in `path` when given. Returns the

@@ -367,26 +367,42 @@ compact_entry_st read_compact_entry(const index_node_st& node, size_t j) {
 
 }  // namespace
 
-bool insert_compact_entry(index_node_st* node, char pad, const node_entries_st& entries, size_t i) {
+void find_compact_slot(const index_node_st& node, char pad, const char* key, uint32_t record, compact_slot_st* slot) {
+    const uint32_t k = node.key_length;
+    slot->index = 0;
+    slot->found = false;
+    slot->start = COMPACT_AREA_SIZE;
+    key_iterator_st it;
+    for (bool more = goto_first_compact_key(node, pad, &it); more; more = goto_next_compact_key(node, pad, &it)) {
+        int c = compare_key_bytes(it.key, key, k);
+        if (c > 0 || (c == 0 && it.record >= record)) {
+            slot->found = c == 0 && it.record == record;
+            std::memcpy(slot->after, it.key, k);
+            return;
+        }
+        std::memcpy(slot->before, it.key, k);
+        slot->start = it.key_position;
+        ++slot->index;
+    }
+}
+
+void last_compact_slot(const index_node_st& node, const char* last_key, compact_slot_st* slot) {
+    slot->index = node.count;
+    slot->found = false;
+    slot->start = static_cast<uint32_t>(node.count * node.geometry.entry_size + node.free_space);
+    std::memcpy(slot->before, last_key, node.key_length);
+}
+
+bool insert_compact_key(index_node_st* node, char pad, const char* key, uint32_t record, const compact_slot_st& slot) {
     const compact_geometry_st& g = node->geometry;
     const uint32_t k = node->key_length, size = g.entry_size;
-    const size_t n = node->count;
-    if (!node->compact || !node->leaf || entries.size() != n + 1 || i > n) return false;
-    const char* key = entries.key(i);
+    const size_t n = node->count, i = slot.index;
+    if (!node->compact || !node->leaf || i > n) return false;
     uint32_t t = trailing_pad_count(key, k, pad);
-    uint32_t d = i ? analyzePrefix(entries.key(i - 1), key, k, pad) : 0;
+    uint32_t d = i ? analyzePrefix(slot.before, key, k, pad) : 0;
     uint32_t stored = k - d - t;
-    // Where entry i's stored bytes begin: below those of the entries before
-    // it, or above those from i on, counted from the nearer end (an append
-    // counts nothing).
     uint32_t low = static_cast<uint32_t>(n * size + node->free_space);  // the lowest stored key byte
-    uint32_t start_of_i = i < n / 2 ? COMPACT_AREA_SIZE : low;
-    for (size_t j = i < n / 2 ? 0 : i; j < (i < n / 2 ? i : n); ++j) {
-        compact_entry_st e = read_compact_entry(*node, j);
-        if (e.duplicate + e.trailing > k) return false;
-        if (i < n / 2) start_of_i -= k - e.duplicate - e.trailing;
-        else start_of_i += k - e.duplicate - e.trailing;
-    }
+    uint32_t start_of_i = slot.start;  // where entry i's stored bytes begin, from the top
     if (start_of_i > COMPACT_AREA_SIZE || start_of_i < low) return false;
     // The entry behind the new one shares its bytes with the new key now.
     compact_entry_st next{0, 0, 0};
@@ -395,28 +411,49 @@ bool insert_compact_entry(index_node_st* node, char pad, const node_entries_st& 
         next = read_compact_entry(*node, i);
         if (next.duplicate + next.trailing > k) return false;
         next_stored_before = k - next.duplicate - next.trailing;
-        next.duplicate = analyzePrefix(key, entries.key(i + 1), k, pad);
+        next.duplicate = analyzePrefix(key, slot.after, k, pad);
         next_stored = k - next.duplicate - next.trailing;
     }
-    if (entries.records[i] > g.record_mask || d > g.duplicate_mask || t > g.trailing_mask ||
-        next.duplicate > g.duplicate_mask)
+    if (record > g.record_mask || d > g.duplicate_mask || t > g.trailing_mask || next.duplicate > g.duplicate_mask)
         return false;
     int64_t shift = int64_t(stored) + next_stored - next_stored_before;  // how far the later keys move down
     if (size + shift > int64_t(node->free_space)) return false;
     char* area = node->bytes + COMPACT_AREA_START;
+    if (start_of_i < next_stored_before) return false;
     uint32_t rest_end = start_of_i - next_stored_before;
     if (low > rest_end) return false;
     std::memmove(area + low - shift, area + low, rest_end - low);
     if (shift < 0) std::memset(area + low, 0, static_cast<size_t>(-shift));
     std::memcpy(area + start_of_i - stored, key + d, stored);
-    if (i < n) std::memcpy(area + start_of_i - stored - next_stored, entries.key(i + 1) + next.duplicate, next_stored);
+    if (i < n) std::memcpy(area + start_of_i - stored - next_stored, slot.after + next.duplicate, next_stored);
     std::memmove(area + (i + 1) * size, area + i * size, (n - i) * size);
-    write_leaf_key_prefix_octetLen(area + i * size, g, entries.records[i], d, t);
+    write_leaf_key_prefix_octetLen(area + i * size, g, record, d, t);
     if (i < n) write_leaf_key_prefix_octetLen(area + (i + 1) * size, g, next.record, next.duplicate, next.trailing);
     node->count = static_cast<uint16_t>(n + 1);
     node->free_space = static_cast<uint32_t>(node->free_space - size - shift);
     node->encode_header();
     return true;
+}
+
+bool insert_compact_entry(index_node_st* node, char pad, const node_entries_st& entries, size_t i) {
+    const uint32_t k = node->key_length;
+    const size_t n = node->count;
+    if (!node->compact || !node->leaf || entries.size() != n + 1 || i > n) return false;
+    compact_slot_st slot;
+    slot.index = i;
+    // Entry i's bytes begin below those of the entries before it, or above
+    // those from i on, counted from the nearer end (an append counts nothing).
+    uint32_t low = static_cast<uint32_t>(n * node->geometry.entry_size + node->free_space);
+    slot.start = i < n / 2 ? COMPACT_AREA_SIZE : low;
+    for (size_t j = i < n / 2 ? 0 : i; j < (i < n / 2 ? i : n); ++j) {
+        compact_entry_st e = read_compact_entry(*node, j);
+        if (e.duplicate + e.trailing > k) return false;
+        if (i < n / 2) slot.start -= k - e.duplicate - e.trailing;
+        else slot.start += k - e.duplicate - e.trailing;
+    }
+    if (i) std::memcpy(slot.before, entries.key(i - 1), k);
+    if (i < n) std::memcpy(slot.after, entries.key(i + 1), k);
+    return insert_compact_key(node, pad, entries.key(i), entries.records[i], slot);
 }
 
 size_t split_point(const index_node_st& node, char pad, const node_entries_st& entries) {

@@ -175,11 +175,26 @@ void decode_entries(const index_node_st& node, char pad, node_entries_st* out);
 // fits. False when they do not fit in 512 bytes (a bitmap leaf: when the
 // records, ascending, span more than its bits); the node is then unchanged.
 bool encode_entries(index_node_st* node, char pad, const node_entries_st& entries);
-// Entry i of `entries` (the leaf's entries with the new one in place) put
-// into a compact leaf's bytes without laying out the others again: the new
-// entry is written, the next one's shared count changes, the rest only
-// move. The bytes come out as encode_entries makes them. False, the node
-// unchanged, when the geometry would have to widen or the entry does not fit.
+// Where a new entry goes in a compact leaf, and what putting it there in
+// place needs to know of its neighbours.
+struct compact_slot_st {
+    size_t index = 0;                   // the first entry not below the new one
+    bool found = false;                 // that entry is the new one already
+    uint32_t start = COMPACT_AREA_SIZE; // where the stored bytes of the entries before it end
+    char before[MAX_KEY_LENGTH] = {};   // the key of entry index - 1, when index > 0
+    char after[MAX_KEY_LENGTH] = {};    // the key of entry index, when index < count
+};
+// The slot of (key, record), found by walking the leaf's keys from the first.
+void find_compact_slot(const index_node_st& node, char pad, const char* key, uint32_t record, compact_slot_st* slot);
+// The slot behind the last entry, whose key the caller knows.
+void last_compact_slot(const index_node_st& node, const char* last_key, compact_slot_st* slot);
+// (key, record) put into a compact leaf's bytes at its slot without laying
+// out the others again: the new entry is written, the next one's shared
+// count changes, the rest only move. The bytes come out as encode_entries
+// makes them. False, the node unchanged, when the geometry would have to
+// widen or the entry does not fit.
+bool insert_compact_key(index_node_st* node, char pad, const char* key, uint32_t record, const compact_slot_st& slot);
+// The same for entry i of `entries`, the leaf's entries with the new one in place.
 bool insert_compact_entry(index_node_st* node, char pad, const node_entries_st& entries, size_t i);
 // The number of leading entries that go into the left half of a split:
 // half the bytes for a compact leaf, half the entries for a basic node.

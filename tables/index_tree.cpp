@@ -239,32 +239,58 @@ Index::leaf_place_st& Index::find_leaf_place(const char* key, uint32_t record) {
     return place;
 }
 
+// A compact leaf takes the entry in place where it can: the leaf's keys are
+// walked to its slot, or, for a key behind the last one this tag put into
+// that leaf (records appended in key order), the slot is the end.
 void Index::insert_key(const char* key, uint32_t record) {
     if (binary()) return insert_bit(key, record);
-    leaf_place_st& place = find_leaf_place(key, record);
-    if (place.found) throw dbf_index_file_corrupted(file->file->name);
-    place.entries.insert(place.index, key, record, NO_NODE);
-    // The entry goes into the leaf where the cache holds it, which fails
-    // leaving the bytes unchanged when the leaf must be laid out anew.
-    index_node_st& leaf = file->node_to_change(place.leaf, key_length(), leaf_kind());
-    bool appended = place.index + 1 == place.entries.size() && leaf.right == NO_NODE;
-    bool encoded = leaf.compact && insert_compact_entry(&leaf, pad, place.entries, place.index);
-    if (encoded) {
-        // The leaf's greatest entry stays: the parent has nothing to learn.
-        // Else it learns the new one, in place where it can.
-        bool greatest = place.index + 1 == place.entries.size();
-        uint32_t position = place.leaf;
-        if (greatest) {
-            up_.clear(key_length());
-            up_.push(key, record, position);
+    if (!file->locked) throw dbf_error_index_file_not_locked();
+    check_version();
+    const uint32_t k = key_length();
+    std::vector<waypoint_st>& path = place_.path;
+    uint32_t position = descend(key, k, &record, &path);
+    index_node_st& leaf = file->node_to_change(position, k, leaf_kind());
+    if (leaf.compact) {
+        compact_slot_st& slot = slot_;
+        if (position == tail_.leaf && header.version == tail_.version &&
+            compare_entry(key, record, tail_.key, tail_.record, k) > 0)
+            last_compact_slot(leaf, tail_.key, &slot);
+        else
+            find_compact_slot(leaf, pad, key, record, &slot);
+        if (slot.found) throw dbf_index_file_corrupted(file->file->name);
+        if (insert_compact_key(&leaf, pad, key, record, slot)) {
+            bool greatest = slot.index + 1 == leaf.count;
+            bool appended = greatest && leaf.right == NO_NODE;
+            file->write_node(leaf);
+            // The parent learns of a new greatest key, in place where it can.
+            if (greatest && !path.empty()) {
+                up_.clear(k);
+                up_.push(key, record, position);
+                carry_up(path, position, up_, appended);
+            }
+            changed();
+            if (greatest) {
+                tail_.leaf = position;
+                tail_.version = header.version;
+                tail_.record = record;
+                std::memcpy(tail_.key, key, k);
+            }
+            return;
         }
-        file->write_node(leaf, &place.entries);
-        if (greatest && !place.path.empty()) carry_up(place.path, position, up_, appended);
-        return changed();
     }
+    // The leaf is laid out anew, split when it is full.
+    leaf_place_st& place = place_;
+    file->take_entries(position, k, leaf_kind(), pad, &place.entries);
+    place.leaf = position;
+    place.index = place.entries.lower_bound(key, record);
+    if (place.index < place.entries.size() &&
+        compare_entry(place.entries.key(place.index), place.entries.records[place.index], key, record, k) == 0)
+        throw dbf_index_file_corrupted(file->file->name);
+    place.entries.insert(place.index, key, record, NO_NODE);
     // A copy: the nodes read on the way up may take the cache's place of this one.
-    index_node_st changed_leaf = leaf;
-    store_node(place.path, changed_leaf, place.entries, appended, encoded);
+    index_node_st changed_leaf = file->node(position, k, leaf_kind());
+    bool appended = place.index + 1 == place.entries.size() && changed_leaf.right == NO_NODE;
+    store_node(place.path, changed_leaf, place.entries, appended);
     changed();
 }
 
