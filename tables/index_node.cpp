@@ -372,6 +372,7 @@ void find_compact_slot(const index_node_st& node, char pad, const char* key, uin
     slot->index = 0;
     slot->found = false;
     slot->start = COMPACT_AREA_SIZE;
+    prefetch_lines(node.bytes, INDEX_NODE_SIZE);
     key_iterator_st it;
     for (bool more = goto_first_compact_key(node, pad, &it); more; more = goto_next_compact_key(node, pad, &it)) {
         int c = compare_key_bytes(it.key, key, k);

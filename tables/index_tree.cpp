@@ -40,6 +40,7 @@ uint32_t Index::descend(const char* key, uint64_t length, const uint32_t* record
         const index_node_st& node = file->node(position, key_length(), leaf_kind());
         if (node.leaf) return position;
         if (depth > MAX_TREE_DEPTH || node.count == 0) throw dbf_index_file_corrupted(file->file->name);
+        prefetch_lines(node.bytes + BASIC_AREA_START, size_t(node.count) * (key_length() + 8));
         size_t i = binary() && record ? basic_record_bound(node, *record)
                                       : basic_lower_bound(node, key, record ? key_length() : length, record);
         if (i == node.count) --i;
@@ -76,6 +77,7 @@ SeekResult Index::internal_seek(const char* key, uint64_t length, index_cursor_s
     check_version();
     uint32_t position = descend(key, length, nullptr, nullptr);
     const node_entries_st& entries = file->entries(position, key_length(), leaf_kind(), pad);
+    prefetch_lines(entries.keys.data(), entries.keys.size());
     size_t i = entries.lower_bound_prefix(key, length);
     if (i == entries.size()) {
         load_leaf(position, cursor);
