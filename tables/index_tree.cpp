@@ -78,6 +78,7 @@ SeekResult Index::internal_seek(const char* key, uint64_t length, index_cursor_s
     uint32_t position = descend(key, length, nullptr, nullptr);
     const node_entries_st& entries = file->entries(position, key_length(), leaf_kind(), pad);
     prefetch_lines(entries.keys.data(), entries.keys.size());
+    prefetch_lines(entries.records.data(), entries.records.size() * sizeof(uint32_t));
     size_t i = entries.lower_bound_prefix(key, length);
     if (i == entries.size()) {
         load_leaf(position, cursor);
