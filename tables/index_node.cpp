@@ -18,7 +18,28 @@ uint8_t bits_for(uint64_t value) noexcept {
     return bits;
 }
 
+// A key's few trailing pad bytes, without the start-up cost of a string
+// instruction.
+void fill_pad(char* at, uint32_t count, char pad) noexcept {
+    const uint64_t pattern = 0x0101010101010101ull * static_cast<unsigned char>(pad);
+    for (; count >= 8; at += 8, count -= 8) std::memcpy(at, &pattern, 8);
+    for (; count; --count) *at++ = pad;
+}
+
 uint64_t mask_of(uint8_t bits) noexcept { return bits >= 64 ? ~0ull : (1ull << bits) - 1; }
+
+// An entry of `size` bytes at `offset` in a compact leaf's area: one
+// eight-byte read where the area holds eight bytes from there.
+uint64_t read_area_entry(const char* area, uint32_t offset, uint8_t size) noexcept {
+    if (offset + 8 > COMPACT_AREA_SIZE) {
+        uint64_t value = 0;
+        for (uint8_t i = 0; i < size; ++i)
+            value |= static_cast<uint64_t>(static_cast<unsigned char>(area[offset + i])) << (8 * i);
+        return value;
+    }
+    uint64_t value = read_le64(area + offset);
+    return size >= 8 ? value : value & ((1ull << (8 * size)) - 1);
+}
 
 uint64_t read_entry(const char* at, uint8_t size) noexcept {
     uint64_t value = 0;
@@ -171,7 +192,7 @@ bool expand_compact_entry(const index_node_st& node, char pad, key_iterator_st* 
         corrupted();
     it->key_position -= it->stored;
     std::memcpy(it->key + shared, node.bytes + COMPACT_AREA_START + it->key_position, it->stored);
-    std::memset(it->key + k - it->trailing, pad, it->trailing);
+    fill_pad(it->key + k - it->trailing, it->trailing, pad);
     return true;
 }
 
@@ -367,31 +388,75 @@ compact_entry_st read_compact_entry(const index_node_st& node, size_t j) {
 
 }  // namespace
 
-void find_compact_slot(const index_node_st& node, char pad, const char* key, uint32_t record, compact_slot_st* slot) {
-    const uint32_t k = node.key_length;
-    slot->index = 0;
-    slot->found = false;
-    slot->start = COMPACT_AREA_SIZE;
-    prefetch_lines(node.bytes, INDEX_NODE_SIZE);
-    key_iterator_st it;
-    for (bool more = goto_first_compact_key(node, pad, &it); more; more = goto_next_compact_key(node, pad, &it)) {
-        int c = compare_key_bytes(it.key, key, k);
-        if (c > 0 || (c == 0 && it.record >= record)) {
-            slot->found = c == 0 && it.record == record;
-            std::memcpy(slot->after, it.key, k);
-            return;
-        }
-        std::memcpy(slot->before, it.key, k);
-        slot->start = it.key_position;
-        ++slot->index;
+namespace {
+
+// The number of leading bytes two keys share.
+uint32_t common_prefix(const char* a, const char* b, uint32_t length) noexcept {
+    uint32_t i = 0;
+    for (; i + 8 <= length; i += 8) {
+        uint64_t x, y;
+        std::memcpy(&x, a + i, 8);
+        std::memcpy(&y, b + i, 8);
+        if (x != y) return i + static_cast<uint32_t>(__builtin_ctzll(x ^ y) / 8);
     }
+    while (i < length && a[i] == b[i]) ++i;
+    return i;
 }
 
-void last_compact_slot(const index_node_st& node, const char* last_key, compact_slot_st* slot) {
+}  // namespace
+
+void find_compact_slot(const index_node_st& node, char pad, const char* key, uint32_t record, compact_slot_st* slot) {
+    const compact_geometry_st& g = node.geometry;
+    const uint32_t k = node.key_length, size = g.entry_size, n = node.count;
+    const char* area = node.bytes + COMPACT_AREA_START;
+    const uint32_t key_end = k - trailing_pad_count(key, k, pad);
+    prefetch_lines(node.bytes, INDEX_NODE_SIZE);
+    char* current = slot->after;  // each key is expanded over the one before
+    uint32_t position = COMPACT_AREA_SIZE;
+    uint32_t matched = 0;         // leading bytes the key before shares with the wanted one
+    uint32_t before_end = 0;      // the key before without its trailing pads
+    slot->found = false;
+    for (uint32_t j = 0; j < n; ++j) {
+        uint64_t value = read_area_entry(area, j * size, static_cast<uint8_t>(size));
+        uint32_t record_j = static_cast<uint32_t>(value & g.record_mask);
+        uint32_t duplicate = j ? static_cast<uint32_t>((value >> g.record_bits) & g.duplicate_mask) : 0;
+        uint32_t trailing = static_cast<uint32_t>((value >> (g.record_bits + g.duplicate_bits)) & g.trailing_mask);
+        if (duplicate + trailing > k) corrupted();
+        uint32_t stored = k - duplicate - trailing;
+        if (stored > position || position - stored < n * size) corrupted();
+        position -= stored;
+        std::memcpy(current + duplicate, area + position, stored);
+        fill_pad(current + k - trailing, trailing, pad);
+        uint32_t common = matched;
+        bool below = true;
+        // Sharing more with the key before than the wanted key does, this
+        // key differs from the wanted one where that one did, the same way.
+        if (j == 0 || duplicate <= matched) {
+            common = duplicate + common_prefix(current + duplicate, key + duplicate, k - duplicate);
+            below = common < k ? static_cast<unsigned char>(current[common]) < static_cast<unsigned char>(key[common])
+                               : record_j < record;
+        }
+        if (!below) {
+            slot->index = j;
+            slot->found = common == k && record_j == record;
+            slot->start = position + stored;
+            slot->shared = j ? std::min({matched, before_end, key_end}) : 0;
+            return;
+        }
+        matched = common;
+        before_end = k - trailing;
+    }
+    slot->index = n;
+    slot->start = position;
+    slot->shared = n ? std::min({matched, before_end, key_end}) : 0;
+}
+
+void last_compact_slot(const index_node_st& node, char pad, const char* last_key, const char* key,
+                       compact_slot_st* slot) {
     slot->index = node.count;
     slot->found = false;
     slot->start = static_cast<uint32_t>(node.count * node.geometry.entry_size + node.free_space);
-    std::memcpy(slot->before, last_key, node.key_length);
+    slot->shared = node.count ? analyzePrefix(last_key, key, node.key_length, pad) : 0;
 }
 
 bool insert_compact_key(index_node_st* node, char pad, const char* key, uint32_t record, const compact_slot_st& slot) {
@@ -400,7 +465,7 @@ bool insert_compact_key(index_node_st* node, char pad, const char* key, uint32_t
     const size_t n = node->count, i = slot.index;
     if (!node->compact || !node->leaf || i > n) return false;
     uint32_t t = trailing_pad_count(key, k, pad);
-    uint32_t d = i ? analyzePrefix(slot.before, key, k, pad) : 0;
+    uint32_t d = i ? slot.shared : 0;
     uint32_t stored = k - d - t;
     uint32_t low = static_cast<uint32_t>(n * size + node->free_space);  // the lowest stored key byte
     uint32_t start_of_i = slot.start;  // where entry i's stored bytes begin, from the top
@@ -452,7 +517,7 @@ bool insert_compact_entry(index_node_st* node, char pad, const node_entries_st& 
         if (i < n / 2) slot.start -= k - e.duplicate - e.trailing;
         else slot.start += k - e.duplicate - e.trailing;
     }
-    if (i) std::memcpy(slot.before, entries.key(i - 1), k);
+    slot.shared = i ? analyzePrefix(entries.key(i - 1), entries.key(i), k, pad) : 0;
     if (i < n) std::memcpy(slot.after, entries.key(i + 1), k);
     return insert_compact_key(node, pad, entries.key(i), entries.records[i], slot);
 }

@@ -189,13 +189,16 @@ struct compact_slot_st {
     size_t index = 0;                   // the first entry not below the new one
     bool found = false;                 // that entry is the new one already
     uint32_t start = COMPACT_AREA_SIZE; // where the stored bytes of the entries before it end
-    char before[MAX_KEY_LENGTH] = {};   // the key of entry index - 1, when index > 0
+    uint32_t shared = 0;                // the new key's D behind entry index - 1 (0 for the first)
     char after[MAX_KEY_LENGTH] = {};    // the key of entry index, when index < count
 };
-// The slot of (key, record), found by walking the leaf's keys from the first.
+// The slot of (key, record), found by walking the leaf's keys from the
+// first. A key sharing fewer leading bytes with the one before than the
+// wanted key does is below it unread: only the rest is compared.
 void find_compact_slot(const index_node_st& node, char pad, const char* key, uint32_t record, compact_slot_st* slot);
 // The slot behind the last entry, whose key the caller knows.
-void last_compact_slot(const index_node_st& node, const char* last_key, compact_slot_st* slot);
+void last_compact_slot(const index_node_st& node, char pad, const char* last_key, const char* key,
+                       compact_slot_st* slot);
 // (key, record) put into a compact leaf's bytes at its slot without laying
 // out the others again: the new entry is written, the next one's shared
 // count changes, the rest only move. The bytes come out as encode_entries

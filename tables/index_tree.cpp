@@ -257,7 +257,7 @@ void Index::insert_key(const char* key, uint32_t record) {
         compact_slot_st& slot = slot_;
         if (position == tail_.leaf && header.version == tail_.version &&
             compare_entry(key, record, tail_.key, tail_.record, k) > 0)
-            last_compact_slot(leaf, tail_.key, &slot);
+            last_compact_slot(leaf, pad, tail_.key, key, &slot);
         else
             find_compact_slot(leaf, pad, key, record, &slot);
         if (slot.found) throw dbf_index_file_corrupted(file->file->name);

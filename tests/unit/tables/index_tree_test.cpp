@@ -113,6 +113,8 @@ TEST(IndexNodes, KeysShareLeadingBytesAndDropPadding) {
 // the whole leaf again gives: keys with shared heads, pad tails, a key of
 // pads only, inserts before the first and behind the last key; a record
 // number or count too wide for the geometry is left to the full layout.
+// The slot found by walking the leaf's bytes is the one the expanded keys
+// give, also for equal keys told apart by their records.
 TEST(IndexNodes, InsertInPlaceMatchesTheWholeLayout) {
     const uint32_t k = 6;
     const char pad = ' ';
@@ -128,19 +130,36 @@ TEST(IndexNodes, InsertInPlaceMatchesTheWholeLayout) {
             for (uint32_t j = 0; j < k; ++j) key[j] = "ab  "[random() % 4];
             uint32_t record = 1 + random() % (round % 4 == 0 ? 4000 : 200);
             size_t at = entries.lower_bound(key, record);
-            if (at < entries.size() && std::memcmp(entries.key(at), key, k) == 0 && entries.records[at] == record)
-                continue;
+            // The walk over the leaf's bytes finds the slot the expanded keys give.
+            compact_slot_st slot;
+            find_compact_slot(node, pad, key, record, &slot);
+            ASSERT_EQ(slot.index, at) << round << " " << step;
+            bool present = at < entries.size() && std::memcmp(entries.key(at), key, k) == 0 &&
+                           entries.records[at] == record;
+            ASSERT_EQ(slot.found, present);
+            if (present) continue;
+            if (at == entries.size() && at > 0) {
+                compact_slot_st last;
+                last_compact_slot(node, pad, entries.key(at - 1), key, &last);
+                EXPECT_EQ(last.start, slot.start);
+                EXPECT_EQ(last.shared, slot.shared);
+            }
             node_entries_st grown = entries;
             grown.insert(at, key, record, NO_NODE);
             index_node_st whole = node;
             bool fits = encode_entries(&whole, pad, grown);
             index_node_st placed = node;
+            index_node_st walked = node;
+            bool in_place_walked = insert_compact_key(&walked, pad, key, record, slot);
             if (insert_compact_entry(&placed, pad, grown, at)) {
                 ASSERT_TRUE(fits);
                 ASSERT_EQ(std::memcmp(placed.bytes, whole.bytes, INDEX_NODE_SIZE), 0) << round << " " << step;
+                ASSERT_TRUE(in_place_walked);
+                ASSERT_EQ(std::memcmp(walked.bytes, whole.bytes, INDEX_NODE_SIZE), 0) << round << " " << step;
                 ++in_place;
             } else {
                 ASSERT_EQ(std::memcmp(placed.bytes, node.bytes, INDEX_NODE_SIZE), 0);  // left unchanged
+                ASSERT_FALSE(in_place_walked);
             }
             if (!fits) break;
             node = whole;
