@@ -35,43 +35,26 @@ void IndexFile::write_header(uint64_t position, const char* bytes, uint64_t size
 }
 
 IndexFile::cache_entry_st* IndexFile::find(uint32_t position) noexcept {
-    if (cells_.empty()) return nullptr;
-    for (size_t i = home(position);; i = (i + 1) & (cells_.size() - 1)) {
-        const cell_st& cell = cells_[i];
-        if (cell.slot == 0) return nullptr;
-        if (cell.position == position) return &slots_[cell.slot - 1];
-    }
+    size_t at = position / INDEX_NODE_SIZE;
+    if (at >= where_.size() || where_[at] == 0) return nullptr;
+    cache_entry_st* entry = &slots_[where_[at] - 1u];
+    // Nodes at positions that are no multiple of 512 (a damaged file) may share a number.
+    return entry->node.position == position ? entry : nullptr;
 }
 
 void IndexFile::enter(uint32_t position, uint32_t slot) {
-    size_t i = home(position);
-    while (cells_[i].slot != 0) i = (i + 1) & (cells_.size() - 1);
-    cells_[i] = {position, slot + 1};
+    size_t at = position / INDEX_NODE_SIZE;
+    if (at >= where_.size()) where_.resize(std::max(at + 1, where_.size() + where_.size() / 2), 0);
+    where_[at] = static_cast<uint16_t>(slot + 1);
 }
 
-// Deletion by shifting back the cells of the probe run behind the hole.
-void IndexFile::remove(uint32_t position) {
-    size_t mask = cells_.size() - 1;
-    size_t i = home(position);
-    while (cells_[i].position != position) i = (i + 1) & mask;
-    for (size_t j = (i + 1) & mask; cells_[j].slot != 0; j = (j + 1) & mask) {
-        size_t h = home(cells_[j].position);
-        // The cell at j may fill the hole at i unless its home lies in (i, j].
-        if (i <= j ? (h <= i || h > j) : (h <= i && h > j)) {
-            cells_[i] = cells_[j];
-            i = j;
-        }
-    }
-    cells_[i] = {0, 0};
+void IndexFile::remove(uint32_t position, uint32_t slot) noexcept {
+    size_t at = position / INDEX_NODE_SIZE;
+    if (at < where_.size() && where_[at] == slot + 1) where_[at] = 0;
 }
 
 IndexFile::cache_entry_st& IndexFile::claim(uint32_t position) {
-    if (cells_.empty()) {
-        size_t size = 16;
-        while (size < cache_capacity * 2) size *= 2;
-        cells_.assign(size, cell_st{0, 0});
-        slots_.reserve(cache_capacity);
-    }
+    if (slots_.capacity() == 0) slots_.reserve(cache_capacity);
     if (slots_.size() < cache_capacity && slots_.size() < slots_.capacity()) {
         slots_.emplace_back();
         enter(position, static_cast<uint32_t>(slots_.size() - 1));
@@ -84,7 +67,7 @@ IndexFile::cache_entry_st& IndexFile::claim(uint32_t position) {
             continue;
         }
         if (entry.changed) write_out(entry);
-        remove(entry.node.position);
+        remove(entry.node.position, static_cast<uint32_t>(hand_));
         entry.node.position = position;
         entry.changed = entry.expanded = false;
         entry.used = true;
@@ -218,7 +201,7 @@ void IndexFile::empty_cache() {
     for (cache_entry_st& entry : slots_)
         if (entry.changed) write_out(entry);
     slots_.clear();
-    std::fill(cells_.begin(), cells_.end(), cell_st{0, 0});
+    std::fill(where_.begin(), where_.end(), uint16_t{0});
     hand_ = 0;
 }
 

@@ -102,19 +102,15 @@ private:
     // A slot for a node not cached yet, entered under its position.
     cache_entry_st& claim(uint32_t position);
     void write_out(const cache_entry_st& entry);
-    // The position table: open addressing, linear probes, at most half
-    // full. A cell keeps the position beside the slot's index plus one (0 is
-    // free), so that a probe reads no slot.
-    struct cell_st {
-        uint32_t position;
-        uint32_t slot;
-    };
-    size_t home(uint32_t position) const noexcept { return ((position >> 9) * 0x9E3779B1u) & (cells_.size() - 1); }
+    // Where each cached node's slot is, by the node's position over 512:
+    // the slot's index plus one, 0 for none. Grows with the positions
+    // cached; a look-up reads one small number, no probe run.
     void enter(uint32_t position, uint32_t slot);
-    void remove(uint32_t position);
+    void remove(uint32_t position, uint32_t slot) noexcept;
+    static_assert(UNSHARED_CACHE_CAPACITY < 0xFFFF, "a slot's number must fit the position table");
 
     std::vector<cache_entry_st> slots_;  // up to cache_capacity, never moved once full
-    std::vector<cell_st> cells_;
+    std::vector<uint16_t> where_;
     size_t hand_ = 0;
     std::map<uint64_t, std::string> pending_headers_;
 };
