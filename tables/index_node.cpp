@@ -26,6 +26,17 @@ void fill_pad(char* at, uint32_t count, char pad) noexcept {
     for (; count; --count) *at++ = pad;
 }
 
+// The number of leading bytes two keys share.
+uint32_t common_prefix(const char* a, const char* b, uint32_t length) noexcept {
+    uint32_t i = 0;
+    for (; i + 8 <= length; i += 8) {
+        uint64_t differ = read_le64(a + i) ^ read_le64(b + i);
+        if (differ) return i + static_cast<uint32_t>(__builtin_ctzll(differ) / 8);
+    }
+    while (i < length && a[i] == b[i]) ++i;
+    return i;
+}
+
 uint64_t mask_of(uint8_t bits) noexcept { return bits >= 64 ? ~0ull : (1ull << bits) - 1; }
 
 // An entry of `size` bytes at `offset` in a compact leaf's area: one
@@ -158,8 +169,15 @@ void index_node_st::encode_header() {
     bytes[23] = static_cast<char>(geometry.entry_size);
 }
 
+// Eight bytes at a time: in a little-endian word the last byte in memory
+// is the highest, so the pads at a key's end are the word's leading bytes.
 uint32_t trailing_pad_count(const char* key, uint32_t length, char pad) noexcept {
+    const uint64_t pattern = 0x0101010101010101ull * static_cast<unsigned char>(pad);
     uint32_t t = 0;
+    for (; t + 8 <= length; t += 8) {
+        uint64_t differ = read_le64(key + length - t - 8) ^ pattern;
+        if (differ) return t + static_cast<uint32_t>(__builtin_clzll(differ) / 8);
+    }
     while (t < length && key[length - 1 - t] == pad) ++t;
     return t;
 }
@@ -167,9 +185,7 @@ uint32_t trailing_pad_count(const char* key, uint32_t length, char pad) noexcept
 uint32_t analyzePrefix(const char* before, const char* key, uint32_t length, char pad) noexcept {
     uint32_t a = length - trailing_pad_count(before, length, pad);
     uint32_t b = length - trailing_pad_count(key, length, pad);
-    uint32_t limit = std::min(a, b), d = 0;
-    while (d < limit && before[d] == key[d]) ++d;
-    return d;
+    return common_prefix(before, key, std::min(a, b));
 }
 
 // ---- the iterator
@@ -384,23 +400,6 @@ compact_entry_st read_compact_entry(const index_node_st& node, size_t j) {
     return {static_cast<uint32_t>(v & g.record_mask),
             j ? static_cast<uint32_t>((v >> g.record_bits) & g.duplicate_mask) : 0,
             static_cast<uint32_t>((v >> (g.record_bits + g.duplicate_bits)) & g.trailing_mask)};
-}
-
-}  // namespace
-
-namespace {
-
-// The number of leading bytes two keys share.
-uint32_t common_prefix(const char* a, const char* b, uint32_t length) noexcept {
-    uint32_t i = 0;
-    for (; i + 8 <= length; i += 8) {
-        uint64_t x, y;
-        std::memcpy(&x, a + i, 8);
-        std::memcpy(&y, b + i, 8);
-        if (x != y) return i + static_cast<uint32_t>(__builtin_ctzll(x ^ y) / 8);
-    }
-    while (i < length && a[i] == b[i]) ++i;
-    return i;
 }
 
 }  // namespace
