@@ -169,6 +169,38 @@ TEST(IndexNodes, InsertInPlaceMatchesTheWholeLayout) {
     }
 }
 
+// Keys arriving in order go behind the last key this tag put into the leaf
+// without walking it; a delete or an insert elsewhere in between (the tag's
+// version moves on) must not leave that shortcut reading a stale last key.
+TEST(IndexNodes, InOrderKeysAfterOtherChangesStayRight) {
+    Tree tree(12);
+    std::set<entry_t> model;
+    auto insert = [&](const std::string& text, uint32_t record) {
+        tree.insert(text, record);
+        model.emplace(tree.key(text), record);
+    };
+    auto remove = [&](const std::string& text, uint32_t record) {
+        ASSERT_TRUE(tree.remove(text, record));
+        model.erase(entry_t(tree.key(text), record));
+    };
+    char text[16];
+    uint32_t record = 0;
+    for (int i = 1; i <= 2000; ++i) {
+        std::snprintf(text, sizeof text, "key%05d", i);
+        insert(text, ++record);
+        // The last key goes; the next one shares less with the key now last.
+        if (i % 7 == 0) remove(text, record);
+        // A key before the last one, then the order goes on.
+        if (i % 11 == 0) insert(std::string(text).substr(0, 7), ++record);
+        // An equal key behind: told apart by its record alone.
+        if (i % 13 == 0) insert(text, ++record);
+    }
+    std::vector<entry_t> expected(model.begin(), model.end());
+    EXPECT_EQ(tree.index->check_structure(), expected);
+    EXPECT_EQ(tree.forward(), expected);
+    EXPECT_EQ(tree.backward(), expected);
+}
+
 TEST(IndexNodes, SplitsKeepParentsAndSiblingsRight) {
     Tree tree(20);
     for (uint32_t i = 1; i <= 3000; ++i) tree.insert("k" + std::to_string(i * 7919 % 3001), i);
