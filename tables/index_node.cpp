@@ -500,27 +500,6 @@ bool insert_compact_key(index_node_st* node, char pad, const char* key, uint32_t
     return true;
 }
 
-bool insert_compact_entry(index_node_st* node, char pad, const node_entries_st& entries, size_t i) {
-    const uint32_t k = node->key_length;
-    const size_t n = node->count;
-    if (!node->compact || !node->leaf || entries.size() != n + 1 || i > n) return false;
-    compact_slot_st slot;
-    slot.index = i;
-    // Entry i's bytes begin below those of the entries before it, or above
-    // those from i on, counted from the nearer end (an append counts nothing).
-    uint32_t low = static_cast<uint32_t>(n * node->geometry.entry_size + node->free_space);
-    slot.start = i < n / 2 ? COMPACT_AREA_SIZE : low;
-    for (size_t j = i < n / 2 ? 0 : i; j < (i < n / 2 ? i : n); ++j) {
-        compact_entry_st e = read_compact_entry(*node, j);
-        if (e.duplicate + e.trailing > k) return false;
-        if (i < n / 2) slot.start -= k - e.duplicate - e.trailing;
-        else slot.start += k - e.duplicate - e.trailing;
-    }
-    slot.shared = i ? analyzePrefix(entries.key(i - 1), entries.key(i), k, pad) : 0;
-    if (i < n) std::memcpy(slot.after, entries.key(i + 1), k);
-    return insert_compact_key(node, pad, entries.key(i), entries.records[i], slot);
-}
-
 size_t split_point(const index_node_st& node, char pad, const node_entries_st& entries) {
     size_t n = entries.size();
     if (!node.compact) return n / 2;

@@ -205,8 +205,6 @@ void last_compact_slot(const index_node_st& node, char pad, const char* last_key
 // makes them. False, the node unchanged, when the geometry would have to
 // widen or the entry does not fit.
 bool insert_compact_key(index_node_st* node, char pad, const char* key, uint32_t record, const compact_slot_st& slot);
-// The same for entry i of `entries`, the leaf's entries with the new one in place.
-bool insert_compact_entry(index_node_st* node, char pad, const node_entries_st& entries, size_t i);
 // The number of leading entries that go into the left half of a split:
 // half the bytes for a compact leaf, half the entries for a basic node.
 size_t split_point(const index_node_st& node, char pad, const node_entries_st& entries);

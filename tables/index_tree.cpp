@@ -1,10 +1,11 @@
 // The operations of an index tree: seeking, walking both ways, inserting and
 // deleting with splits, parent fix-ups and the removal of emptied nodes.
 //
-// A change works on the expanded keys of the node it touches: the node is
-// decoded, changed and encoded again, and what its parent must learn (its
-// new greatest key, the halves of a split, or that it is gone) climbs the
-// path noted on the way down. Emptied nodes leave their sibling chain;
+// An insert into a compact leaf puts the entry into the leaf's bytes in
+// place. Other changes work on the expanded keys of the node they touch:
+// the node is decoded, changed and encoded again. What a parent must learn
+// (its child's new greatest key, the halves of a split, or that the child
+// is gone) climbs the path noted on the way down. Emptied nodes leave their sibling chain;
 // their space stays unused.
 #include <cstring>
 

@@ -149,17 +149,12 @@ TEST(IndexNodes, InsertInPlaceMatchesTheWholeLayout) {
             index_node_st whole = node;
             bool fits = encode_entries(&whole, pad, grown);
             index_node_st placed = node;
-            index_node_st walked = node;
-            bool in_place_walked = insert_compact_key(&walked, pad, key, record, slot);
-            if (insert_compact_entry(&placed, pad, grown, at)) {
+            if (insert_compact_key(&placed, pad, key, record, slot)) {
                 ASSERT_TRUE(fits);
                 ASSERT_EQ(std::memcmp(placed.bytes, whole.bytes, INDEX_NODE_SIZE), 0) << round << " " << step;
-                ASSERT_TRUE(in_place_walked);
-                ASSERT_EQ(std::memcmp(walked.bytes, whole.bytes, INDEX_NODE_SIZE), 0) << round << " " << step;
                 ++in_place;
             } else {
                 ASSERT_EQ(std::memcmp(placed.bytes, node.bytes, INDEX_NODE_SIZE), 0);  // left unchanged
-                ASSERT_FALSE(in_place_walked);
             }
             if (!fits) break;
             node = whole;
