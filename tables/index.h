@@ -238,12 +238,15 @@ private:
     compact_slot_st slot_;
     // The last entry of a leaf as this tag's last insert left it, true while
     // the tag's version is the one noted: a key behind it goes to the
-    // leaf's end without walking its keys.
+    // leaf's end without walking its keys. When that leaf is the tag's
+    // last, a key behind it needs no descent either: the way down is noted.
     struct tail_st {
         uint32_t leaf = NO_NODE;
+        bool last_leaf = false;
         uint32_t version = 0;
         uint32_t record = 0;
         char key[MAX_KEY_LENGTH] = {};
+        std::vector<waypoint_st> path;
     } tail_;
     void read_node(uint32_t position, index_node_st* node);
     // Down to the leaf for (key, record), or by key prefix when record is

@@ -252,12 +252,20 @@ void Index::insert_key(const char* key, uint32_t record) {
     check_version();
     const uint32_t k = key_length();
     std::vector<waypoint_st>& path = place_.path;
-    uint32_t position = descend(key, k, &record, &path);
+    bool behind_tail = tail_.leaf != NO_NODE && header.version == tail_.version &&
+                       compare_entry(key, record, tail_.key, tail_.record, k) > 0;
+    // Behind the greatest key of the tag, the way down is the one to that key.
+    uint32_t position;
+    if (behind_tail && tail_.last_leaf) {
+        path = tail_.path;
+        position = tail_.leaf;
+    } else {
+        position = descend(key, k, &record, &path);
+    }
     index_node_st& leaf = file->node_to_change(position, k, leaf_kind());
     if (leaf.compact) {
         compact_slot_st& slot = slot_;
-        if (position == tail_.leaf && header.version == tail_.version &&
-            compare_entry(key, record, tail_.key, tail_.record, k) > 0)
+        if (behind_tail && position == tail_.leaf)
             last_compact_slot(leaf, pad, tail_.key, key, &slot);
         else
             find_compact_slot(leaf, pad, key, record, &slot);
@@ -265,6 +273,7 @@ void Index::insert_key(const char* key, uint32_t record) {
         if (insert_compact_key(&leaf, pad, key, record, slot)) {
             bool greatest = slot.index + 1 == leaf.count;
             bool appended = greatest && leaf.right == NO_NODE;
+            if (greatest) tail_.path = path;  // before the way up uses it
             file->write_node(leaf);
             // The parent learns of a new greatest key, in place where it can.
             if (greatest && !path.empty()) {
@@ -275,6 +284,7 @@ void Index::insert_key(const char* key, uint32_t record) {
             changed();
             if (greatest) {
                 tail_.leaf = position;
+                tail_.last_leaf = appended;
                 tail_.version = header.version;
                 tail_.record = record;
                 std::memcpy(tail_.key, key, k);
