@@ -4,9 +4,14 @@
 // Far cheaper than inserting the entries one by one, which touches a leaf
 // per entry and splits every leaf on the way.
 #include <algorithm>
+#include <array>
 #include <cstring>
 
+#include "tables/index_build.h"
+
+#include "tables/dbf_file.h"
 #include "tables/index.h"
+#include "tables/key_reader.h"
 #include "tables/index_file.h"
 #include "values/error.h"
 
@@ -37,9 +42,9 @@ std::vector<level_node_st> cut_level(const node_entries_st& all, Fits fits) {
     return nodes;
 }
 
-// A key's first eight bytes as a number that orders as the bytes do (short
-// keys padded with zero bytes), so that most comparisons of a sort stay in
-// the array being sorted instead of reaching into the keys.
+// Eight key bytes as a number that orders as the bytes do (short keys
+// padded with zero bytes), so that the sort compares and buckets numbers
+// instead of reaching into the keys.
 uint64_t key_prefix(const char* key, uint32_t length) noexcept {
     uint64_t prefix = 0;
     std::memcpy(&prefix, key, std::min<uint32_t>(length, 8));
@@ -47,34 +52,146 @@ uint64_t key_prefix(const char* key, uint32_t length) noexcept {
 }
 
 struct sort_item_st {
-    uint64_t prefix;
+    uint64_t prefix;  // eight key bytes from the depth the item is sorted at
     uint32_t entry;
+};
+
+// Entries sorted by their key bytes from `depth` on, the prefix of each item
+// holding the eight from there. Entries come in record order and every step
+// keeps the order of equal keys, so equal keys stay in record order.
+class EntrySorter {
+public:
+    explicit EntrySorter(const node_entries_st& entries)
+        : keys_(entries.keys.data()), k_(entries.key_length), items_(entries.size()), scratch_(entries.size()) {
+        for (uint32_t i = 0; i < items_.size(); ++i) items_[i] = {prefix_at(i, 0), i};
+    }
+
+    bool sorted() const {
+        for (size_t i = 1; i < items_.size(); ++i)
+            if (before(items_[i], items_[i - 1], 0)) return false;
+        return true;
+    }
+
+    const std::vector<sort_item_st>& sort() {
+        sort_run(0, items_.size(), 0);
+        return items_;
+    }
+
+private:
+    // Runs this short are sorted by insertion; longer ones by their bytes.
+    static constexpr size_t SHORT_RUN = 32;
+    const char* keys_;
+    uint32_t k_;
+    std::vector<sort_item_st> items_;
+    std::vector<sort_item_st> scratch_;
+
+    uint64_t prefix_at(uint32_t entry, uint32_t depth) const noexcept {
+        return key_prefix(keys_ + size_t(entry) * k_ + depth, k_ - depth);
+    }
+    // Key bytes from `depth` on, then entry number.
+    bool before(const sort_item_st& a, const sort_item_st& b, uint32_t depth) const noexcept {
+        if (a.prefix != b.prefix) return a.prefix < b.prefix;
+        uint32_t rest = depth + 8;
+        int c = k_ > rest ? compare_key_bytes(keys_ + size_t(a.entry) * k_ + rest, keys_ + size_t(b.entry) * k_ + rest,
+                                              k_ - rest)
+                          : 0;
+        return c ? c < 0 : a.entry < b.entry;
+    }
+
+    void sort_run(size_t begin, size_t end, uint32_t depth) {
+        if (end - begin <= SHORT_RUN) {
+            for (size_t i = begin + 1; i < end; ++i) {
+                sort_item_st item = items_[i];
+                size_t j = i;
+                for (; j > begin && before(item, items_[j - 1], depth); --j) items_[j] = items_[j - 1];
+                items_[j] = item;
+            }
+            return;
+        }
+        radix_sort(begin, end);
+        if (depth + 8 >= k_) return;
+        // Runs of equal prefixes go on with the next eight bytes.
+        for (size_t i = begin; i < end;) {
+            size_t j = i + 1;
+            while (j < end && items_[j].prefix == items_[i].prefix) ++j;
+            if (j - i > 1) {
+                for (size_t m = i; m < j; ++m) items_[m].prefix = prefix_at(items_[m].entry, depth + 8);
+                sort_run(i, j, depth + 8);
+            }
+            i = j;
+        }
+    }
+
+    // A stable least-significant-byte-first sort of the prefixes, leaving
+    // out the bytes every item shares.
+    void radix_sort(size_t begin, size_t end) {
+        size_t n = end - begin;
+        std::vector<std::array<uint32_t, 256>> counts(8);
+        for (auto& c : counts) c.fill(0);
+        for (size_t i = begin; i < end; ++i)
+            for (int b = 0; b < 8; ++b) ++counts[b][(items_[i].prefix >> (8 * b)) & 0xFF];
+        sort_item_st* from = items_.data() + begin;
+        sort_item_st* to = scratch_.data() + begin;
+        for (int b = 0; b < 8; ++b) {
+            std::array<uint32_t, 256>& count = counts[b];
+            if (count[(from[0].prefix >> (8 * b)) & 0xFF] == n) continue;
+            uint32_t place = 0;
+            for (uint32_t& c : count) {
+                uint32_t here = c;
+                c = place;
+                place += here;
+            }
+            for (size_t i = 0; i < n; ++i) to[count[(from[i].prefix >> (8 * b)) & 0xFF]++] = from[i];
+            std::swap(from, to);
+        }
+        if (from != items_.data() + begin) std::copy(from, from + n, items_.data() + begin);
+    }
 };
 
 }  // namespace
 
 void sort_entries(node_entries_st* entries) {
-    uint32_t k = entries->key_length;
-    const char* keys = entries->keys.data();
-    const uint32_t* records = entries->records.data();
-    std::vector<sort_item_st> order(entries->size());
-    for (uint32_t i = 0; i < order.size(); ++i) order[i] = {key_prefix(keys + size_t(i) * k, k), i};
-    auto before = [&](const sort_item_st& a, const sort_item_st& b) {
-        if (a.prefix != b.prefix) return a.prefix < b.prefix;
-        int c = k > 8 ? compare_key_bytes(keys + size_t(a.entry) * k + 8, keys + size_t(b.entry) * k + 8, k - 8) : 0;
-        return c ? c < 0 : records[a.entry] < records[b.entry];
-    };
+    EntrySorter sorter(*entries);
     // Keys that grow with the record number (an ID) arrive sorted already.
-    if (std::is_sorted(order.begin(), order.end(), before)) return;
-    std::sort(order.begin(), order.end(), before);
+    if (sorter.sorted()) return;
+    const std::vector<sort_item_st>& order = sorter.sort();
+    uint32_t k = entries->key_length;
     node_entries_st sorted;
     sorted.clear(k);
-    sorted.keys.reserve(entries->keys.size());
+    sorted.keys.resize(entries->keys.size());
     sorted.records.reserve(order.size());
     sorted.children.reserve(order.size());
-    for (const sort_item_st& item : order)
-        sorted.push(keys + size_t(item.entry) * k, records[item.entry], entries->children[item.entry]);
+    char* out = sorted.keys.data();
+    for (const sort_item_st& item : order) {
+        std::memcpy(out, entries->key(item.entry), k);
+        out += k;
+        sorted.records.push_back(entries->records[item.entry]);
+        sorted.children.push_back(entries->children[item.entry]);
+    }
     *entries = std::move(sorted);
+}
+
+void build_tag_from_records(VmStack* stack, DbfFile* table, Index* tag) {
+    KeyReader reader(table, tag);
+    node_entries_st entries;
+    uint32_t k = tag->key_length();
+    entries.clear(k);
+    entries.keys.reserve(table->record_count * k);
+    entries.records.reserve(table->record_count);
+    entries.children.reserve(table->record_count);
+    for (uint64_t number = 1; number <= table->record_count; ++number) {
+        if (!table->go(number, table->shown_record, READAHEAD_BLOCK)) break;
+        table->recno = number;
+        table->bof = table->eof = false;
+        if (!tag->eval_filter(stack)) continue;
+        if (!reader.usable() || !reader.read(table->shown_record, tag->new_key)) tag->eval_key(stack, tag->new_key);
+        entries.push(tag->new_key, static_cast<uint32_t>(number), NO_NODE);
+    }
+    if (!tag->binary()) sort_entries(&entries);
+    if (tag->unique())
+        for (size_t i = 1; i < entries.size(); ++i)
+            if (std::memcmp(entries.key(i - 1), entries.key(i), k) == 0) throw dbf_unique_key_violation(tag->name);
+    tag->build(entries);
 }
 
 void Index::build(const node_entries_st& sorted) {
