@@ -19,29 +19,6 @@ namespace zobase {
 
 namespace {
 
-// One node of a level: its entries and where it goes.
-struct level_node_st {
-    node_entries_st entries;
-    uint32_t position = NO_NODE;
-};
-
-// Cuts `all` into runs, each as long as `fits` allows one more entry.
-template <typename Fits>
-std::vector<level_node_st> cut_level(const node_entries_st& all, Fits fits) {
-    std::vector<level_node_st> nodes;
-    size_t i = 0;
-    while (i < all.size()) {
-        level_node_st& node = nodes.emplace_back();
-        node.entries.clear(all.key_length);
-        size_t begin = i;
-        while (i < all.size() && (i == begin || fits(begin, i))) {
-            node.entries.push(all.key(i), all.records[i], all.children[i]);
-            ++i;
-        }
-    }
-    return nodes;
-}
-
 // Eight key bytes as a number that orders as the bytes do (short keys
 // padded with zero bytes), so that the sort compares and buckets numbers
 // instead of reaching into the keys.
@@ -205,11 +182,11 @@ void Index::build(const node_entries_st& sorted) {
     uint32_t k = key_length();
     // A leaf takes entries while their numbers and stored bytes fit its area.
     uint32_t used = 0;
-    auto leaf_fits = [&](size_t begin, size_t i) {
-        if (binary()) return sorted.records[i] - sorted.records[begin] < BITMAP_CAPACITY;
+    auto leaf_fits = [&](const node_entries_st& all, size_t begin, size_t i) {
+        if (binary()) return all.records[i] - all.records[begin] < BITMAP_CAPACITY;
         auto size = [&](size_t j) {
-            uint32_t t = trailing_pad_count(sorted.key(j), k, pad);
-            uint32_t d = j == begin ? 0 : analyzePrefix(sorted.key(j - 1), sorted.key(j), k, pad);
+            uint32_t t = trailing_pad_count(all.key(j), k, pad);
+            uint32_t d = j == begin ? 0 : analyzePrefix(all.key(j - 1), all.key(j), k, pad);
             return geometry.entry_size + k - d - t;
         };
         if (i == begin + 1) used = size(begin);
@@ -218,35 +195,51 @@ void Index::build(const node_entries_st& sorted) {
         used += more;
         return true;
     };
-    std::vector<level_node_st> level = cut_level(sorted, leaf_fits);
-    // The empty root leaf becomes the first leaf.
-    level.front().position = header.root;
-    bool leaves = true;
-    for (;;) {
-        for (level_node_st& n : level)
-            if (n.position == NO_NODE) n.position = file->allocate(INDEX_NODE_SIZE);
-        bool top = level.size() == 1;
-        node_entries_st up;
+    init_basic_node(&node, k, 0);
+    const uint32_t interior_capacity = node.basic_capacity();
+    auto interior_fits = [&](const node_entries_st&, size_t begin, size_t i) { return i - begin < interior_capacity; };
+    // Each level is written left to right as it is cut, every node as full
+    // as it goes; the next node's place is taken when a node has one, so the
+    // nodes of a level lie in order in the file. The empty root leaf becomes
+    // the first leaf; a level of one node is the root.
+    node_entries_st part, up, below;
+    const node_entries_st* level = &sorted;
+    uint32_t position = header.root;
+    for (bool leaves = true;; leaves = false) {
         up.clear(k);
-        for (size_t i = 0; i < level.size(); ++i) {
-            uint16_t attributes = top ? NODE_ROOT : 0;
+        size_t begin = 0;
+        uint32_t left = NO_NODE, first = position;
+        while (begin < level->size()) {
+            part.clear(k);
+            size_t i = begin;
+            for (; i < level->size() && (i == begin || (leaves ? leaf_fits(*level, begin, i)
+                                                              : interior_fits(*level, begin, i)));
+                 ++i)
+                part.push(level->key(i), level->records[i], level->children[i]);
+            uint16_t attributes = begin == 0 && i == level->size() ? NODE_ROOT : 0;
+            uint32_t right = i < level->size() ? file->allocate(INDEX_NODE_SIZE) : NO_NODE;
             if (leaves && binary()) init_bitmap_node(&node, k, attributes);
             else if (leaves) init_compact_node(&node, k, geometry, attributes);
             else init_basic_node(&node, k, attributes);
-            node.position = level[i].position;
-            node.left = i ? level[i - 1].position : NO_NODE;
-            node.right = i + 1 < level.size() ? level[i + 1].position : NO_NODE;
-            const node_entries_st& entries = level[i].entries;
-            if (!encode_entries(&node, pad, entries)) throw dbf_index_file_corrupted(file->file->name);
+            node.position = position;
+            node.left = left;
+            node.right = right;
+            if (!encode_entries(&node, pad, part)) throw dbf_index_file_corrupted(file->file->name);
             file->write_node(node);
             if (node.bitmap) push_bitmap_entry(node, &up);
-            else up.push(entries.key(entries.size() - 1), entries.records.back(), node.position);
+            else up.push(part.key(part.size() - 1), part.records.back(), node.position);
+            left = position;
+            position = right;
+            begin = i;
         }
-        if (top) break;
-        level = cut_level(up, [&](size_t begin, size_t i) { return i - begin < node.basic_capacity(); });
-        leaves = false;
+        if (up.size() == 1) {
+            header.root = first;
+            break;
+        }
+        std::swap(below, up);
+        level = &below;
+        position = file->allocate(INDEX_NODE_SIZE);
     }
-    header.root = level.front().position;
     changed();
 }
 
