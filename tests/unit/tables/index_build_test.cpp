@@ -9,12 +9,8 @@
 #include <string>
 #include <vector>
 
-#include "runtime/runtime.h"
-#include "tables/file.h"
 #include "tables/index.h"
-#include "tables/index_file.h"
-#include "tests/unit/runtime/runtime_test_support.h"
-#include "tests/unit/tables/table_test_support.h"
+#include "tests/unit/tables/table_runtime_support.h"
 
 namespace zobase {
 namespace {
@@ -47,19 +43,8 @@ TEST(IndexBuild, SortOrdersKeysByTheirBytesAndEqualKeysByRecord) {
     }
 }
 
-class TagKeys : public ::testing::Test {
+class TagKeys : public testing::TableRuntimeTest {
 protected:
-    testing::TableFolder folder;
-    testing::CaptureScreen screen;
-    Runtime* runtime = nullptr;
-
-    void SetUp() override { runtime = CreateRuntime(&screen); }
-    void TearDown() override {
-        if (runtime) ReleaseRuntime(runtime);
-    }
-    int run(const std::string& line) { return runtime->run_command(String(line.c_str())); }
-    std::string path(const std::string& name) const { return "\"" + (folder.path / name).string() + "\""; }
-
     // Names in both cases, with letters beyond ASCII in some, and nulls.
     void make_table(int codepage) {
         ASSERT_EQ(run("CREATE TABLE " + path("t") + " CODEPAGE = " + std::to_string(codepage) +
@@ -80,21 +65,7 @@ protected:
         }
     }
 
-    std::vector<entry_t> tag_entries(const char* tag) {
-        IndexFile file(open_file(String(folder.path / "t.cdx"), 0), nullptr);
-        Index directory(&file, 0);
-        directory.read_header();
-        index_cursor_st cursor;
-        for (bool on = directory.go_top(&cursor); on; on = directory.go_next(&cursor)) {
-            std::string name(cursor.key(), directory.key_length());
-            if (name.substr(0, name.find(' ')) != tag) continue;
-            Index index(&file, cursor.record());
-            index.read_header();
-            return index.check_structure();
-        }
-        ADD_FAILURE() << "no tag " << tag;
-        return {};
-    }
+    std::vector<entry_t> tag_entries(const char* tag) { return testing::tag_entries(folder.path / "t.cdx", tag); }
 
     // The same records in the same order under the same keys; a key may be
     // longer in one tag by pad bytes only (a field's width against the
