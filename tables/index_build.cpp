@@ -34,13 +34,22 @@ struct sort_item_st {
 };
 
 // Entries sorted by their key bytes from `depth` on, the prefix of each item
-// holding the eight from there. Entries come in record order and every step
-// keeps the order of equal keys, so equal keys stay in record order.
+// holding the eight from there. The items start in record order and every
+// step keeps the order of equal keys, so equal keys end in record order.
 class EntrySorter {
 public:
     explicit EntrySorter(const node_entries_st& entries)
-        : keys_(entries.keys.data()), k_(entries.key_length), items_(entries.size()), scratch_(entries.size()) {
+        : keys_(entries.keys.data()),
+          records_(entries.records.data()),
+          k_(entries.key_length),
+          items_(entries.size()),
+          scratch_(entries.size()) {
         for (uint32_t i = 0; i < items_.size(); ++i) items_[i] = {prefix_at(i, 0), i};
+        // A tag's build gathers them in record order; anyone else may not.
+        if (!std::is_sorted(entries.records.begin(), entries.records.end()))
+            std::stable_sort(items_.begin(), items_.end(), [&](const sort_item_st& a, const sort_item_st& b) {
+                return records_[a.entry] < records_[b.entry];
+            });
     }
 
     bool sorted() const {
@@ -58,6 +67,7 @@ private:
     // Runs this short are sorted by insertion; longer ones by their bytes.
     static constexpr size_t SHORT_RUN = 32;
     const char* keys_;
+    const uint32_t* records_;
     uint32_t k_;
     std::vector<sort_item_st> items_;
     std::vector<sort_item_st> scratch_;
@@ -65,14 +75,14 @@ private:
     uint64_t prefix_at(uint32_t entry, uint32_t depth) const noexcept {
         return key_prefix(keys_ + size_t(entry) * k_ + depth, k_ - depth);
     }
-    // Key bytes from `depth` on, then entry number.
+    // Key bytes from `depth` on, then record number.
     bool before(const sort_item_st& a, const sort_item_st& b, uint32_t depth) const noexcept {
         if (a.prefix != b.prefix) return a.prefix < b.prefix;
         uint32_t rest = depth + 8;
         int c = k_ > rest ? compare_key_bytes(keys_ + size_t(a.entry) * k_ + rest, keys_ + size_t(b.entry) * k_ + rest,
                                               k_ - rest)
                           : 0;
-        return c ? c < 0 : a.entry < b.entry;
+        return c ? c < 0 : records_[a.entry] < records_[b.entry];
     }
 
     void sort_run(size_t begin, size_t end, uint32_t depth) {
