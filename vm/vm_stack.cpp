@@ -2,6 +2,7 @@
 
 #include <sys/mman.h>
 
+#include <algorithm>
 #include <new>
 
 #include "base/call_trace.h"
@@ -16,16 +17,22 @@ namespace {
 // empty undo entry, so nothing needs constructing.
 static_assert(TAG_FALSE == 0 && MEMVAR_NONE == 0, "a clean slot is all zero bytes");
 
+// A stack of no slots still gets its page: the system maps no empty range.
+template <typename T>
+size_t pages_size(uint64_t count) {
+    return std::max<size_t>(count * sizeof(T), 1);
+}
+
 template <typename T>
 T* zero_pages(uint64_t count) {
-    void* memory = mmap(nullptr, count * sizeof(T), PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    void* memory = mmap(nullptr, pages_size<T>(count), PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
     if (memory == MAP_FAILED) throw std::bad_alloc();
     return static_cast<T*>(memory);
 }
 
 template <typename T>
 void free_pages(T* array, uint64_t count) {
-    munmap(array, count * sizeof(T));
+    munmap(array, pages_size<T>(count));
 }
 
 void free_heap_memvar(VmStack* stack, Memvar* var) {
