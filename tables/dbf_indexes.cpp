@@ -10,6 +10,7 @@
 #include "base/error_numbers.h"
 #include "tables/dbf_file.h"
 #include "tables/index.h"
+#include "tables/index_build.h"
 #include "tables/index_file.h"
 #include "text/charset.h"
 #include "text/collation.h"
@@ -215,22 +216,7 @@ void DbfFile::create_index_tag(VmStack* stack, const createopts_st* options, con
     tags.push_back(std::move(tag));
     try {
         CursorKeeper keep(this);
-        node_entries_st entries;
-        entries.clear(made->key_length());
-        for (uint64_t number = 1; number <= record_count; ++number) {
-            if (!go(number, shown_record, READAHEAD_BLOCK)) break;
-            recno = number;
-            bof = eof = false;
-            if (!made->eval_filter(stack)) continue;
-            made->eval_key(stack, made->new_key);
-            entries.push(made->new_key, static_cast<uint32_t>(number), NO_NODE);
-        }
-        if (!made->binary()) sort_entries(&entries);
-        if (made->unique())
-            for (size_t i = 1; i < entries.size(); ++i)
-                if (std::memcmp(entries.key(i - 1), entries.key(i), made->key_length()) == 0)
-                    throw dbf_unique_key_violation(made->name);
-        made->build(entries);
+        build_tag_from_records(stack, this, made);
     } catch (...) {
         // The half-built tag leaves the directory again.
         directory->delete_key(entry.data(), made->header_position);

@@ -76,13 +76,28 @@ const char* step_characters(const Charset* charset, const char* begin, const cha
     return std::min(p, end);
 }
 
+// Whether the first `count` bytes are ASCII: in a charset that writes ASCII
+// as itself, each is then one character.
+bool ascii_prefix(const char* bytes, uint64_t count) {
+    uint64_t i = 0, high = 0;
+    for (; i + 8 <= count; i += 8) {
+        uint64_t word;
+        std::memcpy(&word, bytes + i, 8);
+        high |= word;
+    }
+    for (; i < count; ++i) high |= static_cast<unsigned char>(bytes[i]);
+    return (high & 0x8080808080808080ull) == 0;
+}
+
 // The bytes of as many characters as the field holds; padding past them is
 // not part of the value.
 void get_variant_from_multibyte_char_field(DbfFile* table, const DbfField* field,
                                            const char* record, Variant* out) {
     const char* begin = record + field->offset;
-    const char* end = step_characters(table->charset, begin, begin + field->length,
-                                      field_characters(table, field));
+    uint64_t characters = field_characters(table, field);
+    const char* end = ascii_transparent(table->charset) && ascii_prefix(begin, characters)
+                          ? begin + characters
+                          : step_characters(table->charset, begin, begin + field->length, characters);
     out->set_string(String::fromBytes(begin, static_cast<size_t>(end - begin), table->charset));
 }
 
@@ -100,7 +115,9 @@ void set_multibyte_char_field_from_string(DbfFile* table, const DbfField* field,
     char* dst = record + field->offset;
     char* end = dst + field->length;
     uint64_t n = put_text(table, value, dst, field->length);
-    const char* kept = step_characters(table->charset, dst, dst + n, field_characters(table, field));
+    // n bytes hold at most n characters: only a longer text needs counting.
+    uint64_t characters = field_characters(table, field);
+    const char* kept = n <= characters ? dst + n : step_characters(table->charset, dst, dst + n, characters);
     pad_with(dst + (kept - dst), end, ' ');
 }
 

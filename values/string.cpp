@@ -413,6 +413,14 @@ void String::convert(const Charset* target, unsigned flags, CstranRecovery recov
 
 // ---- add --------------------------------------------------------------------
 
+bool ascii_transparent(const Charset* charset) {
+    uint32_t id = charset->csid & 0xFFFF;
+    constexpr uint32_t ASCII = 1, ISO_8859_1 = 4, ISO_8859_15 = 17, UTF_8 = 36, WINDOWS_1250 = 46,
+                       WINDOWS_1258 = 54;
+    return id == ASCII || id == UTF_8 || (id >= ISO_8859_1 && id <= ISO_8859_15) ||
+           (id >= WINDOWS_1250 && id <= WINDOWS_1258);
+}
+
 namespace {
 
 // Room for the next appends: a string that grows by pieces costs linear time.
@@ -424,15 +432,6 @@ String join_bytes(const String& left, const String& right, const Charset* charse
     if (left.size()) std::memcpy(out, left.read(), left.size());
     if (right.size()) std::memcpy(out + left.size(), right.read(), right.size());
     return joined;
-}
-
-// Charsets in which each ASCII character is that one byte.
-bool ascii_transparent(const Charset* charset) {
-    uint32_t id = charset->csid & 0xFFFF;
-    constexpr uint32_t ASCII = 1, ISO_8859_1 = 4, ISO_8859_15 = 17, UTF_8 = 36, WINDOWS_1250 = 46,
-                       WINDOWS_1258 = 54;
-    return id == ASCII || id == UTF_8 || (id >= ISO_8859_1 && id <= ISO_8859_15) ||
-           (id >= WINDOWS_1250 && id <= WINDOWS_1258);
 }
 
 // One attempt of add: both sides into `target`, or false when a character would be lost.

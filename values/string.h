@@ -161,6 +161,8 @@ static_assert(sizeof(String) == 32, "String is four words");
 
 ZO_API String symbolify(const String& text, bool* changed, const Charset* charset);
 ZO_API String stringToEncodedHexBinary(const String& text);
+// Charsets in which each ASCII character is that one byte.
+ZO_API bool ascii_transparent(const Charset* charset);
 
 // Collects pieces and joins them with one size estimate and one allocation.
 class ZO_API Concat {

@@ -1,10 +1,39 @@
 #include "vm/vm_stack.h"
 
+#include <sys/mman.h>
+
+#include <algorithm>
+#include <new>
+
 #include "base/call_trace.h"
 
 namespace zobase {
 
 namespace {
+
+// The slot arrays come from the system as zero pages that are only made
+// real when first touched: a stack of 65,536 slots costs a process nothing
+// until code runs that deep. All-zero bytes are exactly a clean slot and an
+// empty undo entry, so nothing needs constructing.
+static_assert(TAG_FALSE == 0 && MEMVAR_NONE == 0, "a clean slot is all zero bytes");
+
+// A stack of no slots still gets its page: the system maps no empty range.
+template <typename T>
+size_t pages_size(uint64_t count) {
+    return std::max<size_t>(count * sizeof(T), 1);
+}
+
+template <typename T>
+T* zero_pages(uint64_t count) {
+    void* memory = mmap(nullptr, pages_size<T>(count), PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    if (memory == MAP_FAILED) throw std::bad_alloc();
+    return static_cast<T*>(memory);
+}
+
+template <typename T>
+void free_pages(T* array, uint64_t count) {
+    munmap(array, pages_size<T>(count));
+}
 
 void free_heap_memvar(VmStack* stack, Memvar* var) {
     var->clear(stack);
@@ -17,9 +46,9 @@ VmStack::VmStack(Runtime* owner, uint64_t slots, uint64_t undo_slots)
     : id(0), capacity(slots), undo_capacity(undo_slots), sessions(std::make_unique<PlainDataSessions>()),
       runtime(owner) {
     ZO_TRACE();
-    base = new Memvar[slots];
+    base = zero_pages<Memvar>(slots);
     locals = frame_esp = esp = end();
-    undo_base = new UndoMemvar[UNDO_HANDLER_RESERVE + undo_slots]() + UNDO_HANDLER_RESERVE;
+    undo_base = zero_pages<UndoMemvar>(UNDO_HANDLER_RESERVE + undo_slots) + UNDO_HANDLER_RESERVE;
     undo_top = undo_end();
 }
 
@@ -30,8 +59,8 @@ VmStack::~VmStack() {
     for (auto& [symbol, var] : names) free_heap_memvar(this, var);
     names.clear();
     sessions.reset();
-    delete[] base;
-    delete[] (undo_base - UNDO_HANDLER_RESERVE);
+    free_pages(base, capacity);
+    free_pages(undo_base - UNDO_HANDLER_RESERVE, UNDO_HANDLER_RESERVE + undo_capacity);
 }
 
 EvaluationLevel::EvaluationLevel(VmStack* stack) : stack_(stack) {

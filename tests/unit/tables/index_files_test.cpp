@@ -13,27 +13,14 @@
 #include "tables/index.h"
 #include "tables/index_file.h"
 #include "tests/unit/runtime/runtime_test_support.h"
+#include "tests/unit/tables/table_runtime_support.h"
 #include "tests/unit/tables/table_test_support.h"
 
 namespace zobase {
 namespace {
 
-using testing::CaptureScreen;
-using testing::TableFolder;
-
-class IndexFiles : public ::testing::Test {
+class IndexFiles : public testing::TableRuntimeTest {
 protected:
-    TableFolder folder;
-    CaptureScreen screen;
-    Runtime* runtime = nullptr;
-
-    void SetUp() override { runtime = CreateRuntime(&screen); }
-    void TearDown() override {
-        if (runtime) ReleaseRuntime(runtime);
-    }
-    int run(const std::string& line) { return runtime->run_command(String(line.c_str())); }
-    std::string path(const std::string& name) const { return "\"" + (folder.path / name).string() + "\""; }
-
     // A table of 300 records with a character, a numeric, a filtered and a binary tag.
     void make_table() {
         ASSERT_EQ(run("CREATE TABLE " + path("t") + " (name C(12), n N(8,2), d D)"), 0) << screen.errors;
@@ -81,24 +68,6 @@ TEST_F(IndexFiles, TagsOpenWithTheirTableAndHoldWhatTheirConditionTakes) {
     EXPECT_EQ(screen.output, "4 " + std::to_string(expected) + "\n");
 }
 
-// The bits of a binary tag as the file holds them, after the structure check.
-std::vector<std::pair<std::string, uint32_t>> binary_tag_bits(const std::filesystem::path& cdx, const char* tag) {
-    IndexFile file(open_file(String(cdx), 0), nullptr);
-    Index directory(&file, 0);
-    directory.read_header();
-    index_cursor_st cursor;
-    for (bool on = directory.go_top(&cursor); on; on = directory.go_next(&cursor)) {
-        std::string name(cursor.key(), directory.key_length());
-        if (name.substr(0, name.find(' ')) != tag) continue;
-        Index bits(&file, cursor.record());
-        bits.read_header();
-        EXPECT_TRUE(bits.binary());
-        return bits.check_structure();
-    }
-    ADD_FAILURE() << "no tag " << tag;
-    return {};
-}
-
 // Appends give every record its bit, REPLACE sets and clears it, and PACK
 // and REINDEX build the tag again from the records, past one bitmap leaf.
 TEST_F(IndexFiles, BinaryTagsHoldABitForEveryRecord) {
@@ -117,7 +86,7 @@ TEST_F(IndexFiles, BinaryTagsHoldABitForEveryRecord) {
             expected.emplace_back(on ? "T" : "F", record);
         }
         ASSERT_EQ(run("USE"), 0);
-        EXPECT_EQ(binary_tag_bits(folder.path / "b.cdx", "ACT"), expected);
+        EXPECT_EQ(testing::tag_entries(folder.path / "b.cdx", "ACT", true), expected);
         ASSERT_EQ(run("USE " + path("b") + " EXCLUSIVE"), 0) << screen.errors;
     };
     expect_bits(4000, 1);

@@ -138,6 +138,10 @@ TEST_F(VmRun, StackOverflowIs9010AndLeavesEspValid) {
         EXPECT_EQ(e.number, 9010);
     }
     EXPECT_EQ(small.esp, small.end());
+    // A stack of no slots at all overflows on the first push.
+    VmStack none(nullptr, 0, 0);
+    EXPECT_THROW(execute_program(&none, 0, false, &program, &result), RuntimeError);
+    EXPECT_EQ(none.esp, none.end());
 }
 
 // FOR i = start TO limit STEP step: sums i into local 2.
