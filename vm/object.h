@@ -98,4 +98,34 @@ public:
     std::atomic<const member_tables_st*> tables{nullptr};
 };
 
+// Holds an object's lock over its storage, shared for reading or exclusive
+// for writing, while objects may be shared between threads; with one thread
+// it takes nothing. It remembers whether it locked, so a switch to shared
+// objects between its start and end leaves the lock as it found it.
+template <bool Exclusive>
+class StorageGuard {
+public:
+    explicit StorageGuard(const Object* object) noexcept
+        : lock_(objects_may_be_shared() ? &const_cast<Object*>(object)->lock : nullptr) {
+        if (!lock_) return;
+        if constexpr (Exclusive) lock_->lock();
+        else lock_->lock_shared();
+    }
+    ~StorageGuard() { unlock(); }
+    StorageGuard(const StorageGuard&) = delete;
+    StorageGuard& operator=(const StorageGuard&) = delete;
+    // Ends the guard early.
+    void unlock() noexcept {
+        if (!lock_) return;
+        if constexpr (Exclusive) lock_->unlock();
+        else lock_->unlock_shared();
+        lock_ = nullptr;
+    }
+
+private:
+    RwSpinLock* lock_;
+};
+using StorageReadGuard = StorageGuard<false>;
+using StorageWriteGuard = StorageGuard<true>;
+
 }  // namespace zobase
