@@ -175,6 +175,15 @@ bool Object::write_plain(VmStack* stack, unsigned symbol) {
     return member;
 }
 
+bool Object::update_plain(VmStack* stack, unsigned symbol, plain_update_fn update, const Variant* operand) {
+    Object* holder;
+    const ClassMember* member = plain_member(stack, this, symbol, true, &holder);
+    if (!member || !member->plain_read) return false;
+    Variant* stored = plain_place(holder, member);
+    StorageWriteGuard guard(holder);
+    return update(stored, operand);
+}
+
 void Object::virtual_access(VmStack* stack, unsigned symbol, size_t argc, Variant* ret) {
     Object* holder;
     const ClassMember* member = visible_member(stack, this, symbol, &holder);

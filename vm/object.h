@@ -70,6 +70,12 @@ public:
     // A write of the whole value that needs no handler, as read_plain has
     // it: the value is the top of the stack, which stays to be popped.
     bool write_plain(VmStack* stack, unsigned symbol);
+    // Changes a plain stored property that may be read and written so in
+    // place: update(stored, operand) runs on it under the storage guard and
+    // must run nothing of the language. False when the property isn't plain
+    // or update answered false (having changed nothing).
+    typedef bool (*plain_update_fn)(Variant* stored, const Variant* operand);
+    bool update_plain(VmStack* stack, unsigned symbol, plain_update_fn update, const Variant* operand);
     // This link's members in the order of its member vector.
     virtual int enum_properties(enum_properties_fn callback, void* context);
 
