@@ -205,6 +205,16 @@ void swap_top_slots(VmStack* stack) {
     std::memcpy(static_cast<void*>(stack->esp + 1), held, sizeof(Memvar));
 }
 
+// The value read last goes beneath top, and top is added to it and popped.
+void add_to_value_beneath(VmStack* stack) {
+    swap_top_slots(stack);
+    if (add_in_place(stack->esp + 1, stack->esp)) pop_scalar(stack);
+    else {
+        inline_variant_add(stack->esp + 1, stack->esp);
+        stack->pop();
+    }
+}
+
 // `x = x + top`: in place while the bare name x means the variable; when a
 // field hides it, the field's value plus top goes to the target, which is
 // the slot, or found as assigning to the name finds it.
@@ -218,12 +228,7 @@ void add_to_bare_name(VmStack* stack, const VmOp* op, uint32_t symbol, uint64_t 
         return;
     }
     read_by_name(stack, op, symbol);
-    swap_top_slots(stack);
-    if (add_in_place(stack->esp + 1, stack->esp)) pop_scalar(stack);
-    else {
-        inline_variant_add(stack->esp + 1, stack->esp);
-        stack->pop();
-    }
+    add_to_value_beneath(stack);
     write_slot(stack, offset ? local_slot(stack, offset) : assignable_memvar(stack, second_site(op), symbol));
 }
 
@@ -236,12 +241,7 @@ void add_to_this_member(VmStack* stack, const Memvar* slot, uint32_t symbol) {
     if (static_cast<Object*>(*slot->follow())->update_plain(stack, symbol, add_numbers_in_place, stack->esp))
         return pop_scalar(stack);
     read_this_member(stack, slot, symbol);
-    swap_top_slots(stack);
-    if (add_in_place(stack->esp + 1, stack->esp)) pop_scalar(stack);
-    else {
-        inline_variant_add(stack->esp + 1, stack->esp);
-        stack->pop();
-    }
+    add_to_value_beneath(stack);
     write_this_member(stack, slot, symbol);
 }
 
