@@ -52,7 +52,7 @@ bool leaves_locals_alone(const CompiledCodeCollection& code, size_t first) {
                         opcode == OP_ESP_ALLOC || opcode == OP_JUMP || opcode == OP_OBJECT_CALL ||
                         (opcode >= OP_READ_BY_NAME && opcode <= OP_READ_CONST_NULL) || opcode == OP_OBJECT_READ ||
                         opcode == OP_UNARY_NOT || opcode == OP_UNARY_NEG || opcode == OP_READ_FIELD_BY_INDEX ||
-                        opcode == OP_READ_THIS_MEMBER;
+                        opcode == OP_READ_THIS_MEMBER || opcode == OP_READ_BARE_LOCAL;
         if (!harmless) return false;
     }
     return true;
@@ -78,6 +78,41 @@ bool compile_write_this_member(const Path* target, const value_emitter& emit_val
     code->items.splice(std::next(code->items.begin(), static_cast<std::ptrdiff_t>(first)), code->items,
                        std::prev(code->items.end()));
     code->push_back(item->location, new VmOpObjectWrite(symbol, 1));
+    return true;
+}
+
+// A single name of THIS.name, or 0.
+unsigned this_member_symbol(const Path* operand, CodePath& path) {
+    if (operand->items.size() != 1 || operand->items[0]->kind != PATH_ITEM_NAME) return 0;
+    return path.symbolize(static_cast<const NamePathItem*>(operand->items[0].get())->name);
+}
+
+// THIS.name = THIS.name + value in a method, the value a LOCAL or a
+// constant: one instruction adds it. Reading such a value first changes
+// nothing that THIS.name's access method could see.
+bool compile_add_to_this_member(const Path* target, const Operand* value, CompiledCodeCollection* code,
+                                CodePath& path) {
+    if (value->kind != OPERAND_BINARY) return false;
+    const auto* sum = static_cast<const BinaryOperator*>(value);
+    if (sum->op != BINARY_ADD || sum->left->kind != OPERAND_PATH ||
+        (sum->right->kind != OPERAND_VARIABLE && sum->right->kind != OPERAND_CONST))
+        return false;
+    const auto* left = static_cast<const Path*>(sum->left.get());
+    unsigned symbol = this_member_symbol(target, path);
+    if (!symbol || this_member_symbol(left, path) != symbol) return false;
+    unsigned long long offset = this_member_root(target, path);
+    if (!offset || this_member_root(left, path) != offset) return false;
+    size_t before = code->size();
+    compile_value(sum->right.get(), code, path);
+    const VmOp* last = code->last_instruction();
+    uint8_t opcode = last ? last->opcode : 0;
+    bool plain_read = opcode == OP_READ_BARE_LOCAL || opcode == OP_READ_LOCAL_MEMVAR_BY_OFFSET ||
+                      (opcode >= OP_READ_CONST_TRUE && opcode <= OP_READ_CONST_NULL);
+    if (code->size() != before + 1 || !plain_read) {
+        code->truncate(before);
+        return false;
+    }
+    code->push_back(sum->location, new VmOpAddToThisMember(offset, symbol));
     return true;
 }
 
@@ -372,6 +407,9 @@ void compile_assign(const Operand* target, const Operand* value, CompiledCodeCol
         compile_assign_to_variable(static_cast<const Operand_Variable*>(target), value, code, path);
         return;
     }
+    if (target->kind == OPERAND_PATH &&
+        compile_add_to_this_member(static_cast<const Path*>(target), value, code, path))
+        return;
     compile_assign_with(target, [&] { compile_value(value, code, path); }, code, path);
 }
 

@@ -2,8 +2,6 @@
 #include "objects/collection_object.h"
 
 #include <cstring>
-#include <mutex>
-#include <shared_mutex>
 
 #include "base/call_trace.h"
 #include "objects/native_members.h"
@@ -68,7 +66,7 @@ void add_call(VmStack* stack, unsigned long long argc, Variant* ret) {
     const Variant* before = argc >= 3 && !absent(argument(stack, 3)) ? argument(stack, 3) : nullptr;
     const Variant* after = argc >= 4 && !absent(argument(stack, 4)) ? argument(stack, 4) : nullptr;
     if (before && after) throw RuntimeError(ERR_ARGUMENT_INVALID);
-    std::unique_lock guard(self->lock);
+    StorageWriteGuard guard(self);
     if (key.size() && self->keys.count(key)) throw RuntimeError(ERR_KEY_EXISTS);
     uint64_t position = self->entries.size();
     if (before) position = find_entry(self, before)->index;
@@ -91,7 +89,7 @@ void remove_call(VmStack* stack, unsigned long long argc, Variant* ret) {
     int64_t number;
     std::vector<std::unique_ptr<collection_entry_st>> removed;
     {
-        std::unique_lock guard(self->lock);
+        StorageWriteGuard guard(self);
         if (as_number(which, &number) && number == -1) {
             removed = std::move(self->entries);
             self->entries.clear();
@@ -112,14 +110,14 @@ void remove_call(VmStack* stack, unsigned long long argc, Variant* ret) {
 void count_access(VmStack* stack, unsigned long long argc, Variant* ret) {
     refuse_subscripts(stack, argc);
     auto* self = current_object<Collection_Object>(stack);
-    std::shared_lock guard(self->lock);
+    StorageReadGuard guard(self);
     ret->set_integer(static_cast<long long>(self->entries.size()));
 }
 
 void key_sort_access(VmStack* stack, unsigned long long argc, Variant* ret) {
     refuse_subscripts(stack, argc);
     auto* self = current_object<Collection_Object>(stack);
-    std::shared_lock guard(self->lock);
+    StorageReadGuard guard(self);
     ret->set_integer(static_cast<long long>(self->key_sort));
 }
 
@@ -129,7 +127,7 @@ void key_sort_assign(VmStack* stack, unsigned long long argc) {
     int64_t order;
     if (!as_number(stack->esp->follow(), &order) || order < 0 || order > KEYSORT_KEY_REVERSE)
         throw RuntimeError(ERR_ARGUMENT_INVALID);
-    std::unique_lock guard(self->lock);
+    StorageWriteGuard guard(self);
     self->key_sort = static_cast<uint32_t>(order);
 }
 
@@ -137,7 +135,7 @@ void key_sort_assign(VmStack* stack, unsigned long long argc) {
 void item_read(VmStack* stack, unsigned long long argc, Variant* ret) {
     require_arguments(argc, 1, 1);
     auto* self = current_object<Collection_Object>(stack);
-    std::shared_lock guard(self->lock);
+    StorageReadGuard guard(self);
     find_entry(self, argument(stack, 1))->value.copy(ret);
 }
 
@@ -146,7 +144,7 @@ void item_assign(VmStack* stack, unsigned long long argc) {
     auto* self = current_object<Collection_Object>(stack);
     Variant replaced;
     {
-        std::unique_lock guard(self->lock);
+        StorageWriteGuard guard(self);
         Variant& value = find_entry(self, argument(stack, 1))->value;
         std::memcpy(static_cast<void*>(&replaced), &value, sizeof(Variant));
         value.tag = TAG_FALSE;
@@ -161,7 +159,7 @@ void get_key_call(VmStack* stack, unsigned long long argc, Variant* ret) {
     require_arguments(argc, 1, 1);
     auto* self = current_object<Collection_Object>(stack);
     const Variant* which = argument(stack, 1);
-    std::shared_lock guard(self->lock);
+    StorageReadGuard guard(self);
     if (which->tag == TAG_STRING) {
         auto found = self->keys.find(which->str());
         ret->set_integer(found == self->keys.end() ? 0LL : static_cast<long long>(found->second->index + 1));
@@ -182,7 +180,7 @@ void get_enumerator_call(VmStack* stack, unsigned long long argc, Variant* ret) 
     auto* self = current_object<Collection_Object>(stack);
     uint32_t order;
     {
-        std::shared_lock guard(self->lock);
+        StorageReadGuard guard(self);
         order = self->key_sort;
     }
     Class* iterator_class = builtin_class(stack, collection_iterator_class_names[order]);
@@ -244,7 +242,7 @@ bool CollectionIterator::move_next(VmStack* stack) {
     std::memcpy(static_cast<void*>(&left), &value, sizeof(Variant));
     value.tag = TAG_FALSE;
     {
-        std::shared_lock guard(collection->lock);
+        StorageReadGuard guard(collection);
         step();
         if (on_entry) {
             const collection_entry_st& entry = order == KEYSORT_INDEX_FORWARD || order == KEYSORT_INDEX_REVERSE

@@ -23,13 +23,20 @@ void check_visible(VmStack* stack, const Object* object, const Object* holder, c
     if (!member_visible(stack, object, holder, member)) raise_member_not_found(stack, member->symbol);
 }
 
-// The member and its link, visible to the caller; 1734 otherwise. Most
-// members are the first link's: that look-up is made here directly.
-inline const ClassMember* visible_member(VmStack* stack, const Object* object, unsigned symbol, Object** holder) {
+// get_member, with the look-up in the first link, where most members are,
+// made here directly.
+inline bool find_member(const Object* object, unsigned symbol, const ClassMember** member, Object** holder) {
     const member_tables_st* table = object->tables.load(std::memory_order_acquire);
-    const ClassMember* member = table ? table->by_symbol.find(symbol) : nullptr;
-    if (member) *holder = const_cast<Object*>(object);
-    else if (!object->get_member(symbol, &member, holder)) raise_member_not_found(stack, symbol);
+    *member = table ? table->by_symbol.find(symbol) : nullptr;
+    if (!*member) return object->get_member(symbol, member, holder);
+    *holder = const_cast<Object*>(object);
+    return true;
+}
+
+// The member and its link, visible to the caller; 1734 otherwise.
+inline const ClassMember* visible_member(VmStack* stack, const Object* object, unsigned symbol, Object** holder) {
+    const ClassMember* member;
+    if (!find_member(object, symbol, &member, holder)) raise_member_not_found(stack, symbol);
     if (member->visibility != MEMBER_PUBLIC) check_visible(stack, object, *holder, member);
     return member;
 }
@@ -153,7 +160,7 @@ const ClassMember* plain_member(VmStack* stack, const Object* object, unsigned s
                                Object** holder) {
     if (!object->object_class || !object->object_class->user_defined) return nullptr;
     const ClassMember* member;
-    if (!object->get_member(symbol, &member, holder) || !(write ? member->plain_write : member->plain_read))
+    if (!find_member(object, symbol, &member, holder) || !(write ? member->plain_write : member->plain_read))
         return nullptr;
     if (member->visibility != MEMBER_PUBLIC && !member_visible(stack, object, *holder, member)) return nullptr;
     return member;
@@ -173,6 +180,15 @@ bool Object::write_plain(VmStack* stack, unsigned symbol) {
     const ClassMember* member = plain_member(stack, this, symbol, true, &holder);
     if (member) write_stored(stack, holder, plain_place(holder, member), 1);
     return member;
+}
+
+bool Object::update_plain(VmStack* stack, unsigned symbol, plain_update_fn update, const Variant* operand) {
+    Object* holder;
+    const ClassMember* member = plain_member(stack, this, symbol, true, &holder);
+    if (!member || !member->plain_read) return false;
+    Variant* stored = plain_place(holder, member);
+    StorageWriteGuard guard(holder);
+    return update(stored, operand);
 }
 
 void Object::virtual_access(VmStack* stack, unsigned symbol, size_t argc, Variant* ret) {

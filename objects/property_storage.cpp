@@ -2,8 +2,6 @@
 #include "objects/property_storage.h"
 
 #include <cstring>
-#include <mutex>
-#include <shared_mutex>
 
 #include "objects/class.h"
 #include "objects/object.h"
@@ -37,7 +35,7 @@ void through_held_object(VmStack* stack, Variant& object, Call call) {
 }  // namespace
 
 void read_stored(VmStack* stack, Object* holder, const Variant* stored, unsigned long long argc, Variant* ret) {
-    std::shared_lock guard(holder->lock);
+    StorageReadGuard guard(holder);
     if (argc == 0) {
         stored->copy(ret);
         return;
@@ -55,7 +53,7 @@ void read_stored(VmStack* stack, Object* holder, const Variant* stored, unsigned
 // The pointer keeps the whole chain alive through its first link.
 void read_stored_ref(VmStack* stack, Object* holder, Variant* stored, unsigned long long argc, Variant* ret) {
     object_ptr_st owner = stack->context.this_object->self();
-    std::unique_lock guard(holder->lock);
+    StorageWriteGuard guard(holder);
     if (argc == 0) {
         stored->ref(stack, ret, &owner);
         return;
@@ -69,7 +67,7 @@ void write_stored(VmStack* stack, Object* holder, Variant* stored, unsigned long
     const Variant* value = stack->esp;
     Variant replaced;
     {
-        std::unique_lock guard(holder->lock);
+        StorageWriteGuard guard(holder);
         Variant* target = stored;
         if (argc >= 2) {
             if (stored->tag == TAG_OBJECT) {
@@ -95,7 +93,7 @@ Variant* plain_place(Object* holder, const ClassMember* member) {
 
 void read_plain_value(Object* holder, const ClassMember* member, Variant* ret) {
     const Variant* stored = plain_place(holder, member);
-    std::shared_lock guard(holder->lock);
+    StorageReadGuard guard(holder);
     stored->copy(ret);
 }
 

@@ -177,9 +177,12 @@ VmStack* Runtime::get_main_stack() {
 uint64_t Runtime::create_stack_id() { return impl->next_stack_id++; }
 
 // Every stack the runtime makes gets the table engine's data sessions in
-// place of the PlainDataSessions it was made with.
+// place of the PlainDataSessions it was made with. A stack beside the main
+// one can come to hold objects of the others: from then on objects are
+// counted and locked for threads.
 void Runtime::attach_stack(VmStack* stack) {
     stack->id = create_stack_id();
+    if (stack->id > 1) note_objects_shared();
     stack->resolver = call_resolver();
     stack->services = services();
     stack->sessions = std::make_unique<TableDataSessions>(stack);

@@ -4,10 +4,31 @@
 namespace zobase {
 
 object_destroy_hook destroy_object_hook = nullptr;
+std::atomic<bool> objects_shared_between_threads{false};
 
 namespace {
 
 using control_st = object_control_st;
+
+// Replaces the counts as one compare-and-swap would; with one thread a
+// plain write does.
+bool exchange_counts(control_st* control, uint64_t& counts, uint64_t wanted) noexcept {
+    if (!objects_may_be_shared()) {
+        control->counts.store(wanted, std::memory_order_relaxed);
+        return true;
+    }
+    return control->counts.compare_exchange_weak(counts, wanted, std::memory_order_acq_rel);
+}
+
+// The counts before `delta` was added to them.
+uint64_t add_counts(control_st* control, uint64_t delta) noexcept {
+    if (!objects_may_be_shared()) {
+        uint64_t before = control->counts.load(std::memory_order_relaxed);
+        control->counts.store(before + delta, std::memory_order_relaxed);
+        return before;
+    }
+    return control->counts.fetch_add(delta, std::memory_order_acq_rel);
+}
 
 // Adds `records` holders and, while there is a use, a use. True when it did.
 bool add(control_st* control, uint64_t records, bool use) noexcept {
@@ -15,7 +36,7 @@ bool add(control_st* control, uint64_t records, bool use) noexcept {
     for (;;) {
         bool alive = (counts & control_st::USES) != 0;
         uint64_t wanted = counts + records + (use && alive ? control_st::ONE_USE : 0);
-        if (control->counts.compare_exchange_weak(counts, wanted, std::memory_order_acq_rel)) return alive;
+        if (exchange_counts(control, counts, wanted)) return alive;
     }
 }
 
@@ -26,7 +47,7 @@ uint64_t drop(control_st* control, uint64_t records, bool use) noexcept {
     for (;;) {
         bool alive = (counts & control_st::USES) != 0;
         uint64_t wanted = counts - records - (use && alive ? control_st::ONE_USE : 0);
-        if (control->counts.compare_exchange_weak(counts, wanted, std::memory_order_acq_rel)) return counts;
+        if (exchange_counts(control, counts, wanted)) return counts;
     }
 }
 
@@ -52,8 +73,8 @@ void destroy(VmStack* stack, const object_ptr_st& ptr) {
 void object_ptr_acquire(const object_ptr_st& ptr) noexcept {
     control_st* control = ptr.control;
     if (!control) return;
-    uint64_t before = control->counts.fetch_add(control_st::ONE_RECORD | control_st::ONE_USE, std::memory_order_acq_rel);
-    if ((before & control_st::USES) == 0) control->counts.fetch_sub(control_st::ONE_USE, std::memory_order_acq_rel);
+    uint64_t before = add_counts(control, control_st::ONE_RECORD | control_st::ONE_USE);
+    if ((before & control_st::USES) == 0) add_counts(control, -control_st::ONE_USE);
 }
 
 bool object_ptr_try_acquire(const object_ptr_st& ptr) noexcept {

@@ -28,6 +28,19 @@ struct object_control_st {
     uint64_t record_count() const noexcept { return counts.load(std::memory_order_relaxed) >> 32; }
 };
 
+// Whether objects may be reached from more than one thread. It stays false
+// while the process runs the language on one stack per runtime, and is set
+// for good when a runtime attaches a second stack (a Thread object, a
+// host's CreateStack): stacks then exist that can hand objects to each
+// other. Until then reference counts and an object's storage are touched by
+// one thread only, and plain reads and writes stand in for the atomic
+// operations and the object's lock.
+extern std::atomic<bool> objects_shared_between_threads;
+inline bool objects_may_be_shared() noexcept { return objects_shared_between_threads.load(std::memory_order_relaxed); }
+// Called before the second stack can run: the stack that made it, or the
+// host, is the only one running code at that moment.
+inline void note_objects_shared() noexcept { objects_shared_between_threads.store(true); }
+
 struct object_ptr_st {
     object_control_st* control;  // null: the empty object
     Object* object;

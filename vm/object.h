@@ -70,6 +70,12 @@ public:
     // A write of the whole value that needs no handler, as read_plain has
     // it: the value is the top of the stack, which stays to be popped.
     bool write_plain(VmStack* stack, unsigned symbol);
+    // Changes a plain stored property that may be read and written so in
+    // place: update(stored, operand) runs on it under the storage guard and
+    // must run nothing of the language. False when the property isn't plain
+    // or update answered false (having changed nothing).
+    typedef bool (*plain_update_fn)(Variant* stored, const Variant* operand);
+    bool update_plain(VmStack* stack, unsigned symbol, plain_update_fn update, const Variant* operand);
     // This link's members in the order of its member vector.
     virtual int enum_properties(enum_properties_fn callback, void* context);
 
@@ -97,5 +103,35 @@ public:
     // The member tables: the class's own until the first addproperty.
     std::atomic<const member_tables_st*> tables{nullptr};
 };
+
+// Holds an object's lock over its storage, shared for reading or exclusive
+// for writing, while objects may be shared between threads; with one thread
+// it takes nothing. It remembers whether it locked, so a switch to shared
+// objects between its start and end leaves the lock as it found it.
+template <bool Exclusive>
+class StorageGuard {
+public:
+    explicit StorageGuard(const Object* object) noexcept
+        : lock_(objects_may_be_shared() ? &const_cast<Object*>(object)->lock : nullptr) {
+        if (!lock_) return;
+        if constexpr (Exclusive) lock_->lock();
+        else lock_->lock_shared();
+    }
+    ~StorageGuard() { unlock(); }
+    StorageGuard(const StorageGuard&) = delete;
+    StorageGuard& operator=(const StorageGuard&) = delete;
+    // Ends the guard early.
+    void unlock() noexcept {
+        if (!lock_) return;
+        if constexpr (Exclusive) lock_->unlock();
+        else lock_->unlock_shared();
+        lock_ = nullptr;
+    }
+
+private:
+    RwSpinLock* lock_;
+};
+using StorageReadGuard = StorageGuard<false>;
+using StorageWriteGuard = StorageGuard<true>;
 
 }  // namespace zobase

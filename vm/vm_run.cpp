@@ -8,6 +8,7 @@
 #include "values/numeric.h"
 #include "vm/interrupt.h"
 #include "vm/macro_execute.h"
+#include "vm/object.h"
 #include "vm/try_scope.h"
 #include "vm/variant_compare.h"
 #include "vm/vm_instructions.h"
@@ -204,6 +205,16 @@ void swap_top_slots(VmStack* stack) {
     std::memcpy(static_cast<void*>(stack->esp + 1), held, sizeof(Memvar));
 }
 
+// The value read last goes beneath top, and top is added to it and popped.
+void add_to_value_beneath(VmStack* stack) {
+    swap_top_slots(stack);
+    if (add_in_place(stack->esp + 1, stack->esp)) pop_scalar(stack);
+    else {
+        inline_variant_add(stack->esp + 1, stack->esp);
+        stack->pop();
+    }
+}
+
 // `x = x + top`: in place while the bare name x means the variable; when a
 // field hides it, the field's value plus top goes to the target, which is
 // the slot, or found as assigning to the name finds it.
@@ -217,13 +228,21 @@ void add_to_bare_name(VmStack* stack, const VmOp* op, uint32_t symbol, uint64_t 
         return;
     }
     read_by_name(stack, op, symbol);
-    swap_top_slots(stack);
-    if (add_in_place(stack->esp + 1, stack->esp)) pop_scalar(stack);
-    else {
-        inline_variant_add(stack->esp + 1, stack->esp);
-        stack->pop();
-    }
+    add_to_value_beneath(stack);
     write_slot(stack, offset ? local_slot(stack, offset) : assignable_memvar(stack, second_site(op), symbol));
+}
+
+bool add_numbers_in_place(Variant* stored, const Variant* addend) { return add_in_place(stored, addend); }
+
+// THIS.name = THIS.name + top: a plain stored number takes a number in
+// place; anything else is read, added and written as the three
+// instructions would (access and assign methods run).
+void add_to_this_member(VmStack* stack, const Memvar* slot, uint32_t symbol) {
+    if (static_cast<Object*>(*slot->follow())->update_plain(stack, symbol, add_numbers_in_place, stack->esp))
+        return pop_scalar(stack);
+    read_this_member(stack, slot, symbol);
+    add_to_value_beneath(stack);
+    write_this_member(stack, slot, symbol);
 }
 
 // AddBareToBare keeps its source's answer at a third place inside itself.
@@ -743,6 +762,11 @@ void run_loop(VmStack* stack, VmOp*** ip, Variant* ret) {
         case OP_WRITE_THIS_MEMBER: {
             const auto& write = op_as<VmOpWriteThisMember>(op);
             write_this_member(stack, local_slot(stack, write.offset), write.symbol);
+            break;
+        }
+        case OP_ADD_TO_THIS_MEMBER: {
+            const auto& add = op_as<VmOpAddToThisMember>(op);
+            add_to_this_member(stack, local_slot(stack, add.offset), add.symbol);
             break;
         }
         case OP_STORE: store(stack); break;

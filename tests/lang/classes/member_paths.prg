@@ -53,6 +53,17 @@ w = CREATEOBJECT("Rebinder")
 g = CREATEOBJECT("Guarded")
 g.SetFromInside(4)
 ? "assign from inside:", g.nValue
+* THIS.name = THIS.name + parameter in one instruction: a field of the
+* current work area named as the parameter hides it there too.
+k = CREATEOBJECT("Plain")
+k.Step(3)
+CREATE CURSOR hider (tnStep N(5))
+APPEND BLANK
+REPLACE tnStep WITH 100
+k.Step(3)
+USE
+k.Step(3)
+? "stepped:", k.nValue
 
 FUNCTION Show(toObject)
    RETURN toObject.nValue
@@ -82,6 +93,9 @@ DEFINE CLASS Plain AS Custom
    nValue = 0
    PROCEDURE SetFromInside(tvValue)
       This.nValue = tvValue
+   ENDPROC
+   PROCEDURE Step(tnStep)
+      This.nValue = This.nValue + tnStep
    ENDPROC
 ENDDEFINE
 
