@@ -39,23 +39,32 @@ void keep_variable(VmStack* stack, name_cache_entry_st& entry, uint64_t key, uin
 // The key of an entry that no fields version ever matches.
 constexpr uint64_t NO_FIELDS = ~0ull;
 
+// Where this stack keeps the look-up place's answer: the place itself when
+// no stack claimed it yet or this one did, else the stack's NameCache.
+name_cache_entry_st& claim_entry(VmStack* stack, name_site_st& site) {
+    uint64_t owner = site.owner.load(std::memory_order_relaxed);
+    if (owner == 0 && site.owner.compare_exchange_strong(owner, stack->stamp, std::memory_order_relaxed))
+        owner = stack->stamp;
+    return owner == stack->stamp ? site.entry : stack->name_cache.at(&site);
+}
+
 }  // namespace
 
-Memvar* lookup_memvar(VmStack* stack, const VmOp* op, uint32_t symbol) {
-    name_cache_entry_st& entry = stack->name_cache.at(op);
+Memvar* lookup_memvar(VmStack* stack, name_site_st& site, uint32_t symbol) {
+    name_cache_entry_st& entry = claim_entry(stack, site);
     keep_variable(stack, entry, name_key(symbol, NAME_VARIABLE), NO_FIELDS);
     return find_memvar(stack, symbol);
 }
 
-Memvar* lookup_assignable_memvar(VmStack* stack, const VmOp* op, uint32_t symbol) {
+Memvar* lookup_assignable_memvar(VmStack* stack, name_site_st& site, uint32_t symbol) {
     Memvar* var;
     stack->alloc_undefined_memvar(symbol, &var);
-    keep_variable(stack, stack->name_cache.at(op), name_key(symbol, NAME_VARIABLE), NO_FIELDS);
+    keep_variable(stack, claim_entry(stack, site), name_key(symbol, NAME_VARIABLE), NO_FIELDS);
     return var;
 }
 
-void lookup_by_name(VmStack* stack, const VmOp* op, uint32_t symbol) {
-    name_cache_entry_st& entry = stack->name_cache.at(op);
+void lookup_by_name(VmStack* stack, name_site_st& site, uint32_t symbol) {
+    name_cache_entry_st& entry = claim_entry(stack, site);
     DataSessions* sessions = stack->sessions.get();
     uint64_t fields_version = sessions->fields_version();
     uint64_t key = name_key(symbol, NAME_FIELD_OR_VARIABLE);
@@ -71,8 +80,8 @@ void lookup_by_name(VmStack* stack, const VmOp* op, uint32_t symbol) {
     stack->push()->set_variant(var);
 }
 
-void lookup_file_object_or_memvar(VmStack* stack, const VmOp* op, uint32_t symbol) {
-    name_cache_entry_st& entry = stack->name_cache.at(op);
+void lookup_file_object_or_memvar(VmStack* stack, name_site_st& site, uint32_t symbol) {
+    name_cache_entry_st& entry = claim_entry(stack, site);
     uint64_t fields_version = stack->sessions->fields_version();
     Memvar* slot = stack->push();
     if (stack->sessions->find_work_area(stack, symbol, slot)) {

@@ -1,10 +1,14 @@
 #include "vm/vm_stack.h"
 
+#include <atomic>
+
 #include "base/call_trace.h"
 
 namespace zobase {
 
 namespace {
+
+std::atomic<uint64_t> next_stamp{1};
 
 void free_heap_memvar(VmStack* stack, Memvar* var) {
     var->clear(stack);
@@ -14,7 +18,7 @@ void free_heap_memvar(VmStack* stack, Memvar* var) {
 }  // namespace
 
 VmStack::VmStack(Runtime* owner, uint64_t slots, uint64_t undo_slots)
-    : id(0), capacity(slots), undo_capacity(undo_slots), sessions(std::make_unique<PlainDataSessions>()),
+    : id(0), stamp(next_stamp.fetch_add(1, std::memory_order_relaxed)), capacity(slots), undo_capacity(undo_slots), sessions(std::make_unique<PlainDataSessions>()),
       runtime(owner) {
     ZO_TRACE();
     base = new Memvar[slots];

@@ -95,6 +95,9 @@ public:
     VmStack& operator=(const VmStack&) = delete;
 
     uint64_t id;
+    // Unique in the process and never reused: what claims the look-up places
+    // of instructions (vm/name_site.h).
+    const uint64_t stamp;
     Memvar* base;  // lowest valid slot
     uint64_t argc = 0;
     Memvar* locals;
