@@ -8,11 +8,11 @@
 // (vm/name_site.h) or here, and stands while nothing it depends on changed:
 //   - the frame's program (a slot offset belongs to one program); whether
 //     that slot is a LOCAL just now is read from the slot on every use;
-//   - VmStack::names_version, which every change of the visible variables
-//     moves: a variable made, hidden, declared LOCAL by name or PUBLIC, a
-//     PARAMETERS slot, the end of a scope that undoes any of these;
-//   - DataSessions::fields_version, which moves whenever a bare name may
-//     find another field or none: a table opened, closed or selected, the
+//   - DataSessions::names_epoch, which every change of the visible
+//     variables moves (a variable made, hidden, declared LOCAL by name or
+//     PUBLIC, a PARAMETERS slot, the end of a scope that undoes any of
+//     these), and every move of the fields version: a bare name may find
+//     another field or none once a table is opened, closed or selected, the
 //     current session changed, an expression's table set or restored.
 // A LOCAL that macro text declared outside the program's slots is never
 // kept, since a recursive frame of the same program has none.

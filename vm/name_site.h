@@ -19,8 +19,7 @@ namespace zobase {
 struct name_cache_entry_st {
     uint64_t key = 0;              // symbol and kind of look-up (name_key); 0: empty
     uint64_t program_id = 0;       // the frame's Program::id when found; 0 at rest
-    uint64_t names_version = 0;
-    uint64_t fields_version = 0;   // for the look-ups that fields or aliases can change
+    uint64_t epoch = 0;            // DataSessions::names_epoch when found
     uint64_t offset = 0;           // the frame slot of that name; 0 for none
     Memvar* variable = nullptr;    // the visible PRIVATE or PUBLIC, or null
     field_ref_st field{nullptr, 0};  // a null table: no field hides the name

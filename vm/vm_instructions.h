@@ -49,20 +49,25 @@ inline uint64_t frame_program_id(const VmStack* stack) { return stack->frame_pro
     return stack->name_cache.at(&site);
 }
 
+// The entry while it answers: same look-up, same frame program, nothing
+// changed since.
 [[gnu::always_inline]] inline const name_cache_entry_st* kept_entry(VmStack* stack, name_site_st& site,
                                                                     uint64_t key) {
     const name_cache_entry_st& entry = site_entry(stack, site);
-    return entry.key == key && entry.program_id == frame_program_id(stack) ? &entry : nullptr;
+    return entry.key == key && entry.program_id == frame_program_id(stack) &&
+                   entry.epoch == stack->sessions->names_epoch()
+               ? &entry
+               : nullptr;
 }
 
-// The kept answer as a variable: the frame slot while it is a LOCAL, else
-// the visible variable while the names stand; null: look up again.
+// The kept answer as a variable, its epoch checked: the frame slot while it
+// is a LOCAL, else the visible variable; null: look up again.
 [[gnu::always_inline]] inline Memvar* kept_variable(VmStack* stack, const name_cache_entry_st& entry) {
     if (entry.offset) {
         Memvar* slot = stack->locals - entry.offset;
         if (slot->kind == MEMVAR_LOCAL) return slot;
     }
-    return entry.names_version == stack->names_version ? entry.variable : nullptr;
+    return entry.variable;
 }
 
 // find_memvar for the look-up place.
@@ -85,8 +90,7 @@ inline uint64_t frame_program_id(const VmStack* stack) { return stack->frame_pro
 [[gnu::always_inline]] inline Memvar* kept_bare_variable(VmStack* stack, name_site_st& site,
                                                          uint32_t symbol) {
     const name_cache_entry_st* entry = kept_entry(stack, site, name_key(symbol, NAME_FIELD_OR_VARIABLE));
-    if (entry && entry->fields_version == stack->sessions->fields_version() && !entry->field.table)
-        return kept_variable(stack, *entry);
+    if (entry && !entry->field.table) return kept_variable(stack, *entry);
     return nullptr;
 }
 
@@ -94,7 +98,7 @@ inline uint64_t frame_program_id(const VmStack* stack) { return stack->frame_pro
 // hides a variable. Pushes the value.
 [[gnu::always_inline]] inline void read_by_name(VmStack* stack, name_site_st& site, uint32_t symbol) {
     const name_cache_entry_st* entry = kept_entry(stack, site, name_key(symbol, NAME_FIELD_OR_VARIABLE));
-    if (entry && entry->fields_version == stack->sessions->fields_version()) {
+    if (entry) {
         if (entry->field.table) return stack->sessions->read_field(stack, entry->field, stack->push());
         if (const Memvar* var = kept_variable(stack, *entry)) return copy_value(stack->push(), var);
     }
@@ -104,7 +108,7 @@ inline uint64_t frame_program_id(const VmStack* stack) { return stack->frame_pro
 // An alias of an open work area pushes the work area's object, else the variable.
 inline void read_file_object_or_memvar(VmStack* stack, name_site_st& site, uint32_t symbol) {
     const name_cache_entry_st* entry = kept_entry(stack, site, name_key(symbol, NAME_ALIAS_OR_VARIABLE));
-    if (entry && entry->fields_version == stack->sessions->fields_version())
+    if (entry)
         if (const Memvar* var = kept_variable(stack, *entry)) return copy_value(stack->push(), var);
     lookup_file_object_or_memvar(stack, site, symbol);
 }
