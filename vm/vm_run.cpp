@@ -384,6 +384,31 @@ void write_array(VmStack* stack, Memvar* var, uint64_t n) {
     pop_slots(stack, n + 1);
 }
 
+void set_constant(Variant* dest, integer_type_st value) { dest->set_integer(value); }
+void set_constant(Variant* dest, const numeric_type_st& value) { dest->set(value); }
+
+// top + constant and top * constant: in place for the pairs the short paths
+// take, else the constant is pushed and the operator runs as BinaryAdd or
+// BinaryMul would.
+template <typename Constant>
+void add_constant(VmStack* stack, const Constant& value) {
+    Variant right;
+    set_constant(&right, value);
+    if (add_in_place(stack->esp, &right)) return;
+    set_constant(stack->push(), value);
+    inline_variant_add(stack->esp + 1, stack->esp);
+    stack->pop();
+}
+
+template <typename Constant>
+void multiply_constant(VmStack* stack, const Constant& value) {
+    Variant right;
+    set_constant(&right, value);
+    if (multiply_in_place(stack->esp, &right)) return;
+    set_constant(stack->push(), value);
+    binary_with_null_rule(stack, [stack](Variant* l, Variant* r) { l->mul(stack, *r); });
+}
+
 // The target is a by-reference slot; the value stays as top.
 void store(VmStack* stack) {
     Memvar* target = stack->esp;
@@ -816,6 +841,10 @@ void run_loop(VmStack* stack, VmOp*** ip, Variant* ret) {
         case OP_READ_CONST_STRING:
             stack->push()->set_string(op_as<VmOpReadConstString>(op).value);
             break;
+        case OP_ADD_CONST_INTEGER: add_constant(stack, op_as<VmOpAddConstInteger>(op).value); break;
+        case OP_ADD_CONST_NUMERIC: add_constant(stack, op_as<VmOpAddConstNumeric>(op).value); break;
+        case OP_MUL_CONST_INTEGER: multiply_constant(stack, op_as<VmOpMulConstInteger>(op).value); break;
+        case OP_MUL_CONST_NUMERIC: multiply_constant(stack, op_as<VmOpMulConstNumeric>(op).value); break;
         case OP_READ_CONST_DATE: stack->push()->set(op_as<VmOpReadConstDate>(op).value); break;
         case OP_READ_CONST_DATETIME:
             stack->push()->set(op_as<VmOpReadConstDatetime>(op).value);
