@@ -387,26 +387,32 @@ void write_array(VmStack* stack, Memvar* var, uint64_t n) {
 void set_constant(Variant* dest, integer_type_st value) { dest->set_integer(value); }
 void set_constant(Variant* dest, const numeric_type_st& value) { dest->set(value); }
 
-// top + constant and top * constant: in place for the pairs the short paths
-// take, else the constant is pushed and the operator runs as BinaryAdd or
-// BinaryMul would.
-template <typename Constant>
-void add_constant(VmStack* stack, const Constant& value) {
+// top + constant and top * constant: in place for the pairs the short path
+// takes, else the constant is pushed and `general` runs the operator as
+// BinaryAdd or BinaryMul would.
+template <typename Constant, typename General>
+void operate_with_constant(VmStack* stack, const Constant& value, bool (*in_place)(Variant*, const Variant*),
+                           General general) {
     Variant right;
     set_constant(&right, value);
-    if (add_in_place(stack->esp, &right)) return;
+    if (in_place(stack->esp, &right)) return;
     set_constant(stack->push(), value);
-    inline_variant_add(stack->esp + 1, stack->esp);
-    stack->pop();
+    general();
+}
+
+template <typename Constant>
+void add_constant(VmStack* stack, const Constant& value) {
+    operate_with_constant(stack, value, add_in_place, [stack] {
+        inline_variant_add(stack->esp + 1, stack->esp);
+        stack->pop();
+    });
 }
 
 template <typename Constant>
 void multiply_constant(VmStack* stack, const Constant& value) {
-    Variant right;
-    set_constant(&right, value);
-    if (multiply_in_place(stack->esp, &right)) return;
-    set_constant(stack->push(), value);
-    binary_with_null_rule(stack, [stack](Variant* l, Variant* r) { l->mul(stack, *r); });
+    operate_with_constant(stack, value, multiply_in_place, [stack] {
+        binary_with_null_rule(stack, [stack](Variant* l, Variant* r) { l->mul(stack, *r); });
+    });
 }
 
 // The target is a by-reference slot; the value stays as top.
