@@ -1,6 +1,7 @@
 // Expressions: operands, constants, operators, variables, paths and calls.
 #include "compiler/expression.h"
 
+#include <type_traits>
 #include <unordered_map>
 
 #include "base/call_trace.h"
@@ -178,13 +179,38 @@ void compile_operand_unary(const Operand* operand, bool, bool, CompiledCodeColle
 
 // ---- binary operators ----
 
+// The operator with a number constant on its right as one instruction: the
+// constant's push is taken back. Other operators have no such form.
+template <class Op>
+VmOp* with_constant_right(const VmOp* constant) {
+    constexpr bool add = std::is_same_v<Op, VmOpBinaryAdd>;
+    constexpr bool mul = std::is_same_v<Op, VmOpBinaryMul>;
+    if constexpr (add || mul) {
+        if (constant->opcode == OP_READ_CONST_INTEGER) {
+            integer_type_st value = static_cast<const VmOpReadConstInteger*>(constant)->value;
+            if (add) return new VmOpAddConstInteger(value);
+            return new VmOpMulConstInteger(value);
+        }
+        if (constant->opcode == OP_READ_CONST_NUMERIC) {
+            numeric_type_st value = static_cast<const VmOpReadConstNumeric*>(constant)->value;
+            if (add) return new VmOpAddConstNumeric(value);
+            return new VmOpMulConstNumeric(value);
+        }
+    }
+    return nullptr;
+}
+
 template <class Op, bool Text>
 void compile_constexpr_binary_default(const BinaryOperator* binary, CompiledCodeCollection* code, CodePath& path,
                                       compiler_type_info_st* type) {
     compiler_type_info_st left = fresh_type(), right = fresh_type();
     compile_operand(binary->left.get(), false, true, code, path, &left);
+    size_t before = code->size();
     compile_operand(binary->right.get(), false, true, code, path, &right);
-    code->push_back(binary->location, new Op());
+    const VmOp* last = code->last_instruction();
+    VmOp* fused = code->size() == before + 1 && last ? with_constant_right<Op>(last) : nullptr;
+    if (fused) code->truncate(before);
+    code->push_back(binary->location, fused ? fused : new Op());
     *type = fresh_type();
     type->is_constant = left.is_constant && right.is_constant;
     if (Text && (left.type & 15) == FORMAL_STRING && (right.type & 15) == FORMAL_STRING) {

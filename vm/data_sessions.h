@@ -42,6 +42,13 @@ public:
     // session or the expression's table changed. What the VM keeps about
     // names stands while it stays (vm/name_cache.h).
     uint64_t fields_version() const noexcept { return fields_version_; }
+    // Moves with everything that may give a name another meaning: each move
+    // of the fields version and each change of the stack's visible variables
+    // (VmStack::names_changed). One compare tells whether a kept answer
+    // stands (vm/name_cache.h). Every instance starts beyond the values any
+    // other reaches, so an answer kept under another one never matches.
+    uint64_t names_epoch() const noexcept { return names_epoch_; }
+    void names_changed() noexcept { ++names_epoch_; }
     // True while no table can hide a bare name: none runs an expression and
     // the current work area has none. Known only once find_field found no
     // table at the current fields version; false while unknown.
@@ -76,7 +83,10 @@ protected:
     explicit DataSessions(session_settings_st* current) noexcept : settings_(current) {}
     // An implementation calls this whenever its current session changes.
     void use_settings_of(session_settings_st* current) noexcept { settings_ = current; }
-    void fields_changed() noexcept { ++fields_version_; }
+    void fields_changed() noexcept {
+        ++fields_version_;
+        ++names_epoch_;
+    }
     // find_field saw no table to look in: bare names are free until the
     // fields version moves.
     void note_bare_names_free() noexcept { free_version_ = fields_version_; }
@@ -85,6 +95,8 @@ private:
     session_settings_st* settings_;
     uint64_t fields_version_ = 0;
     uint64_t free_version_ = ~0ull;
+    uint64_t names_epoch_ = first_names_epoch();
+    static uint64_t first_names_epoch() noexcept;
 };
 
 // The data sessions of a stack before the table engine: one session, no

@@ -165,7 +165,11 @@ void execute_program(VmStack* stack, size_t argc, bool has_this, const Program* 
         deferred.exception = std::current_exception();
     }
 
-    __release_variables(stack, frame.saved_undo_top, frame.saved_esp);
+    // A frame that hid no name and made no dynamic local only pops its slots.
+    if (stack->undo_top < frame.saved_undo_top || stack->dynamic_locals)
+        __release_variables(stack, frame.saved_undo_top, frame.saved_esp);
+    else
+        stack->pop_to(frame.saved_esp);
     stack->locals = frame.saved_locals;
     stack->frame_esp = frame.saved_frame_esp;
     stack->esp = frame.saved_esp;
@@ -174,7 +178,7 @@ void execute_program(VmStack* stack, size_t argc, bool has_this, const Program* 
     stack->frame = frame.previous;
     stack->frame_program_id = saved_program_id;
     stack->argc = frame.saved_argc;
-    free_try_scopes(&frame);
+    if (frame.try_scopes) free_try_scopes(&frame);
     if (deferred.action != DEFER_NOTHING) run_deferred(stack, deferred);
 }
 

@@ -23,7 +23,8 @@ Memvar* visible_variable(const VmStack* stack, uint32_t symbol) {
 
 // Keeps what a name means as a variable now: the frame slot of that name,
 // if the program has one, and the visible variable, if any.
-void keep_variable(VmStack* stack, name_cache_entry_st& entry, uint64_t key, uint64_t fields_version) {
+// `epoch` is the names epoch from before the look-up began.
+void keep_variable(VmStack* stack, name_cache_entry_st& entry, uint64_t key, uint64_t epoch) {
     uint32_t symbol = static_cast<uint32_t>(key);
     const Program* program = stack->frame ? stack->frame->program : nullptr;
     uint64_t offset = 0;
@@ -32,55 +33,62 @@ void keep_variable(VmStack* stack, name_cache_entry_st& entry, uint64_t key, uin
         entry.key = 0;
         return;
     }
-    entry = {key, program ? program->id : 0, stack->names_version, fields_version, offset,
+    entry = {key, program ? program->id : 0, epoch, offset,
              visible_variable(stack, symbol), {nullptr, 0}};
 }
 
-// The key of an entry that no fields version ever matches.
-constexpr uint64_t NO_FIELDS = ~0ull;
+
+// Where this stack keeps the look-up place's answer: the place itself when
+// no stack claimed it yet or this one did, else the stack's NameCache.
+name_cache_entry_st& claim_entry(VmStack* stack, name_site_st& site) {
+    uint64_t owner = site.owner.load(std::memory_order_relaxed);
+    if (owner == 0 && site.owner.compare_exchange_strong(owner, stack->stamp, std::memory_order_relaxed))
+        owner = stack->stamp;
+    return owner == stack->stamp ? site.entry : stack->name_cache.at(&site);
+}
 
 }  // namespace
 
-Memvar* lookup_memvar(VmStack* stack, const VmOp* op, uint32_t symbol) {
-    name_cache_entry_st& entry = stack->name_cache.at(op);
-    keep_variable(stack, entry, name_key(symbol, NAME_VARIABLE), NO_FIELDS);
+Memvar* lookup_memvar(VmStack* stack, name_site_st& site, uint32_t symbol) {
+    name_cache_entry_st& entry = claim_entry(stack, site);
+    keep_variable(stack, entry, name_key(symbol, NAME_VARIABLE), stack->sessions->names_epoch());
     return find_memvar(stack, symbol);
 }
 
-Memvar* lookup_assignable_memvar(VmStack* stack, const VmOp* op, uint32_t symbol) {
+Memvar* lookup_assignable_memvar(VmStack* stack, name_site_st& site, uint32_t symbol) {
     Memvar* var;
     stack->alloc_undefined_memvar(symbol, &var);
-    keep_variable(stack, stack->name_cache.at(op), name_key(symbol, NAME_VARIABLE), NO_FIELDS);
+    keep_variable(stack, claim_entry(stack, site), name_key(symbol, NAME_VARIABLE),
+                  stack->sessions->names_epoch());
     return var;
 }
 
-void lookup_by_name(VmStack* stack, const VmOp* op, uint32_t symbol) {
-    name_cache_entry_st& entry = stack->name_cache.at(op);
+void lookup_by_name(VmStack* stack, name_site_st& site, uint32_t symbol) {
+    name_cache_entry_st& entry = claim_entry(stack, site);
     DataSessions* sessions = stack->sessions.get();
-    uint64_t fields_version = sessions->fields_version();
+    uint64_t epoch = sessions->names_epoch();
     uint64_t key = name_key(symbol, NAME_FIELD_OR_VARIABLE);
     field_ref_st field;
     if (sessions->find_field(stack, symbol, &field)) {
-        entry = {key, stack->frame ? stack->frame->program->id : 0, stack->names_version, fields_version, 0,
-                 nullptr, field};
+        entry = {key, stack->frame ? stack->frame->program->id : 0, epoch, 0, nullptr, field};
         sessions->read_field(stack, field, stack->push());
         return;
     }
-    keep_variable(stack, entry, key, fields_version);
+    keep_variable(stack, entry, key, epoch);
     const Memvar* var = find_memvar(stack, symbol);
     stack->push()->set_variant(var);
 }
 
-void lookup_file_object_or_memvar(VmStack* stack, const VmOp* op, uint32_t symbol) {
-    name_cache_entry_st& entry = stack->name_cache.at(op);
-    uint64_t fields_version = stack->sessions->fields_version();
+void lookup_file_object_or_memvar(VmStack* stack, name_site_st& site, uint32_t symbol) {
+    name_cache_entry_st& entry = claim_entry(stack, site);
+    uint64_t epoch = stack->sessions->names_epoch();
     Memvar* slot = stack->push();
     if (stack->sessions->find_work_area(stack, symbol, slot)) {
         entry.key = 0;
         return;
     }
     stack->pop();
-    keep_variable(stack, entry, name_key(symbol, NAME_ALIAS_OR_VARIABLE), fields_version);
+    keep_variable(stack, entry, name_key(symbol, NAME_ALIAS_OR_VARIABLE), epoch);
     const Memvar* var = find_memvar(stack, symbol);
     stack->push()->set_variant(var);
 }

@@ -33,60 +33,84 @@ enum NameLookup : uint64_t { NAME_VARIABLE = 1, NAME_FIELD_OR_VARIABLE = 2, NAME
 
 constexpr uint64_t name_key(uint32_t symbol, NameLookup lookup) { return static_cast<uint64_t>(lookup) << 32 | symbol; }
 
-// The full look-ups, which keep their answer for the instruction op.
-Memvar* lookup_memvar(VmStack* stack, const VmOp* op, uint32_t symbol);
-Memvar* lookup_assignable_memvar(VmStack* stack, const VmOp* op, uint32_t symbol);
-void lookup_by_name(VmStack* stack, const VmOp* op, uint32_t symbol);
-void lookup_file_object_or_memvar(VmStack* stack, const VmOp* op, uint32_t symbol);
+// The full look-ups, which keep their answer for the look-up place.
+Memvar* lookup_memvar(VmStack* stack, name_site_st& site, uint32_t symbol);
+Memvar* lookup_assignable_memvar(VmStack* stack, name_site_st& site, uint32_t symbol);
+void lookup_by_name(VmStack* stack, name_site_st& site, uint32_t symbol);
+void lookup_file_object_or_memvar(VmStack* stack, name_site_st& site, uint32_t symbol);
 
 inline uint64_t frame_program_id(const VmStack* stack) { return stack->frame_program_id; }
 
-inline const name_cache_entry_st* kept_entry(VmStack* stack, const VmOp* op, uint64_t key) {
-    const name_cache_entry_st& entry = stack->name_cache.at(op);
-    return entry.key == key && entry.program_id == frame_program_id(stack) ? &entry : nullptr;
+// Where this stack keeps the answer of a look-up place: in the place when the
+// stack claimed it, else in the stack's NameCache.
+[[gnu::always_inline]] inline name_cache_entry_st& site_entry(VmStack* stack, name_site_st& site) {
+    if (site.owner.load(std::memory_order_relaxed) == stack->stamp) [[likely]]
+        return site.entry;
+    return stack->name_cache.at(&site);
 }
 
-// The kept answer as a variable: the frame slot while it is a LOCAL, else
-// the visible variable while the names stand; null: look up again.
-inline Memvar* kept_variable(VmStack* stack, const name_cache_entry_st& entry) {
+// The entry while it answers: same look-up, same frame program, nothing
+// changed since.
+[[gnu::always_inline]] inline const name_cache_entry_st* kept_entry(VmStack* stack, name_site_st& site,
+                                                                    uint64_t key) {
+    const name_cache_entry_st& entry = site_entry(stack, site);
+    return entry.key == key && entry.program_id == frame_program_id(stack) &&
+                   entry.epoch == stack->sessions->names_epoch()
+               ? &entry
+               : nullptr;
+}
+
+// The kept answer as a variable, its epoch checked: the frame slot while it
+// is a LOCAL, else the visible variable; null: look up again.
+[[gnu::always_inline]] inline Memvar* kept_variable(VmStack* stack, const name_cache_entry_st& entry) {
     if (entry.offset) {
         Memvar* slot = stack->locals - entry.offset;
         if (slot->kind == MEMVAR_LOCAL) return slot;
     }
-    return entry.names_version == stack->names_version ? entry.variable : nullptr;
+    return entry.variable;
 }
 
-// find_memvar for the instruction op.
-inline Memvar* find_memvar(VmStack* stack, const VmOp* op, uint32_t symbol) {
-    if (const name_cache_entry_st* entry = kept_entry(stack, op, name_key(symbol, NAME_VARIABLE)))
+// find_memvar for the look-up place.
+[[gnu::always_inline]] inline Memvar* find_memvar(VmStack* stack, name_site_st& site, uint32_t symbol) {
+    if (const name_cache_entry_st* entry = kept_entry(stack, site, name_key(symbol, NAME_VARIABLE)))
         if (Memvar* var = kept_variable(stack, *entry)) return var;
-    return lookup_memvar(stack, op, symbol);
+    return lookup_memvar(stack, site, symbol);
 }
 
 // What assigning to the name finds or creates (alloc_undefined_memvar).
-inline Memvar* assignable_memvar(VmStack* stack, const VmOp* op, uint32_t symbol) {
-    if (const name_cache_entry_st* entry = kept_entry(stack, op, name_key(symbol, NAME_VARIABLE)))
+[[gnu::always_inline]] inline Memvar* assignable_memvar(VmStack* stack, name_site_st& site,
+                                                        uint32_t symbol) {
+    if (const name_cache_entry_st* entry = kept_entry(stack, site, name_key(symbol, NAME_VARIABLE)))
         if (Memvar* var = kept_variable(stack, *entry)) return var;
-    return lookup_assignable_memvar(stack, op, symbol);
+    return lookup_assignable_memvar(stack, site, symbol);
+}
+
+// What the bare name means while it is kept as a variable no field hides;
+// null: not known without a look-up.
+[[gnu::always_inline]] inline Memvar* kept_bare_variable(VmStack* stack, name_site_st& site,
+                                                         uint32_t symbol) {
+    const name_cache_entry_st* entry = kept_entry(stack, site, name_key(symbol, NAME_FIELD_OR_VARIABLE));
+    if (entry && !entry->field.table) return kept_variable(stack, *entry);
+    return nullptr;
 }
 
 // A bare name: a field of the expression table or of the current work area
 // hides a variable. Pushes the value.
-[[gnu::always_inline]] inline void read_by_name(VmStack* stack, const VmOp* op, uint32_t symbol) {
-    const name_cache_entry_st* entry = kept_entry(stack, op, name_key(symbol, NAME_FIELD_OR_VARIABLE));
-    if (entry && entry->fields_version == stack->sessions->fields_version()) {
+[[gnu::always_inline]] inline void read_by_name(VmStack* stack, name_site_st& site, uint32_t symbol) {
+    const name_cache_entry_st* entry = kept_entry(stack, site, name_key(symbol, NAME_FIELD_OR_VARIABLE));
+    if (entry) {
         if (entry->field.table) return stack->sessions->read_field(stack, entry->field, stack->push());
         if (const Memvar* var = kept_variable(stack, *entry)) return copy_value(stack->push(), var);
     }
-    lookup_by_name(stack, op, symbol);
+    lookup_by_name(stack, site, symbol);
 }
 
 // An alias of an open work area pushes the work area's object, else the variable.
-inline void read_file_object_or_memvar(VmStack* stack, const VmOp* op, uint32_t symbol) {
-    const name_cache_entry_st* entry = kept_entry(stack, op, name_key(symbol, NAME_ALIAS_OR_VARIABLE));
-    if (entry && entry->fields_version == stack->sessions->fields_version())
+inline void read_file_object_or_memvar(VmStack* stack, name_site_st& site, uint32_t symbol) {
+    const name_cache_entry_st* entry = kept_entry(stack, site, name_key(symbol, NAME_ALIAS_OR_VARIABLE));
+    if (entry)
         if (const Memvar* var = kept_variable(stack, *entry)) return copy_value(stack->push(), var);
-    lookup_file_object_or_memvar(stack, op, symbol);
+    lookup_file_object_or_memvar(stack, site, symbol);
 }
 // Pushes a field of the expression table by its position.
 void read_expression_field(VmStack* stack, uint16_t index);

@@ -7,6 +7,7 @@
 
 #include "values/number_types.h"
 #include "values/string.h"
+#include "vm/name_site.h"
 
 namespace zobase {
 
@@ -79,6 +80,26 @@ public:
     VmOp& operator=(const VmOp&) = delete;
 };
 
+// How many look-up places (vm/name_site.h) an instruction that finds a
+// name at run time holds: one per way it looks the name up.
+constexpr int name_sites_of(uint8_t op) {
+    switch (op) {
+    case OP_READ_BY_NAME:
+    case OP_READ_MEMVAR_BY_NAME:
+    case OP_READ_FILE_OBJECT_OR_MEMVAR_BY_NAME:
+    case OP_READ_MEMVAR_POINTER_BY_NAME:
+    case OP_READ_ADD_WRITE:
+    case OP_WRITE_MEMVAR_BY_NAME:
+    case OP_READ_BARE_LOCAL:
+    case OP_READ_ARRAY_BY_NAME:
+    case OP_WRITE_ARRAY_BY_NAME: return 1;
+    // The bare name read, then the variable assigned.
+    case OP_ADD_TO_BARE_NAME:
+    case OP_ADD_TO_BARE_LOCAL: return 2;
+    default: return 0;
+    }
+}
+
 // Instruction shapes. Each opcode is a distinct class named as in the
 // instruction table; the shape only says which operands it holds.
 template <uint8_t OP>
@@ -88,7 +109,7 @@ public:
 };
 
 template <uint8_t OP>
-class VmOpSymbol : public VmOp {
+class VmOpSymbol : public VmOp, public NameSites<name_sites_of(OP)> {
 public:
     uint32_t symbol;
     explicit VmOpSymbol(uint32_t s) : VmOp(OP), symbol(s) {}
@@ -109,7 +130,7 @@ public:
 };
 
 template <uint8_t OP>
-class VmOpOffsetSymbol : public VmOp {
+class VmOpOffsetSymbol : public VmOp, public NameSites<name_sites_of(OP)> {
 public:
     uint64_t offset;
     uint32_t symbol;
@@ -117,7 +138,7 @@ public:
 };
 
 template <uint8_t OP>
-class VmOpSymbolCount : public VmOp {
+class VmOpSymbolCount : public VmOp, public NameSites<name_sites_of(OP)> {
 public:
     uint32_t symbol;
     uint64_t n;
@@ -212,7 +233,8 @@ public:
 // step is added to the loop variable (a frame slot known to be LOCAL, or
 // the variable of that name), then the loop's test reads the variable as a
 // bare name, as the test at the loop's head does. The target is the body.
-class VmOpForNextJump : public VmOpJumpBase {
+// Its look-up places: the variable the step goes to, the bare name tested.
+class VmOpForNextJump : public VmOpJumpBase, public NameSites<2> {
 public:
     uint64_t variable = 0;  // 0: by name
     uint32_t symbol = 0;
@@ -224,7 +246,8 @@ public:
 // `x = x + y` with y a bare name: AddToBareName (or AddToBareLocal, with the
 // slot) whose right side is read as ReadByName (or ReadBareLocal) reads it.
 // One instruction instead of two, and two numbers add with no slot pushed.
-class VmOpAddBareToBare : public VmOp {
+// Its look-up places: the target read bare, the target assigned, the source.
+class VmOpAddBareToBare : public VmOp, public NameSites<3> {
 public:
     uint64_t offset = 0;  // the target's frame slot; 0: by name
     uint32_t symbol = 0;

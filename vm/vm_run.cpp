@@ -177,24 +177,6 @@ bool for_loop_ends(VmStack* stack) {
     return ends;
 }
 
-// An instruction that looks its name up two ways keeps the second answer
-// under an address inside itself, where no other instruction starts:
-// ForNextJump (the variable for the step, the bare name for the test) and
-// the bare-name adds (the bare name, then the variable to assign).
-const VmOp* second_site(const VmOp* op) {
-    static_assert(sizeof(VmOpForNextJump) > 16 && sizeof(VmOpAddToBareName) > 16 &&
-                  sizeof(VmOpAddToBareLocal) > 16);
-    return reinterpret_cast<const VmOp*>(reinterpret_cast<const char*>(op) + 16);
-}
-
-// What the bare name means while it is kept as a variable no field hides.
-[[gnu::always_inline]] inline Memvar* kept_bare_variable(VmStack* stack, const VmOp* site, uint32_t symbol) {
-    const name_cache_entry_st* entry = kept_entry(stack, site, name_key(symbol, NAME_FIELD_OR_VARIABLE));
-    if (entry && entry->fields_version == stack->sessions->fields_version() && !entry->field.table)
-        return kept_variable(stack, *entry);
-    return nullptr;
-}
-
 [[gnu::always_inline]] inline void write_slot(VmStack* stack, Memvar* slot);
 
 // Exchanges the top two slots, temporaries both, without touching what they own.
@@ -217,9 +199,10 @@ void add_to_value_beneath(VmStack* stack) {
 
 // `x = x + top`: in place while the bare name x means the variable; when a
 // field hides it, the field's value plus top goes to the target, which is
-// the slot, or found as assigning to the name finds it.
-void add_to_bare_name(VmStack* stack, const VmOp* op, uint32_t symbol, uint64_t offset) {
-    if (Memvar* variable = kept_bare_variable(stack, op, symbol)) {
+// the slot, or found as assigning to the name finds it. sites[0] is the
+// look-up place of the bare read, sites[1] of the assignment.
+void add_to_bare_name(VmStack* stack, name_site_st* sites, uint32_t symbol, uint64_t offset) {
+    if (Memvar* variable = kept_bare_variable(stack, sites[0], symbol)) {
         if (add_in_place(variable, stack->esp)) pop_scalar(stack);
         else {
             inline_variant_add(variable, stack->esp);
@@ -227,9 +210,9 @@ void add_to_bare_name(VmStack* stack, const VmOp* op, uint32_t symbol, uint64_t 
         }
         return;
     }
-    read_by_name(stack, op, symbol);
+    read_by_name(stack, sites[0], symbol);
     add_to_value_beneath(stack);
-    write_slot(stack, offset ? local_slot(stack, offset) : assignable_memvar(stack, second_site(op), symbol));
+    write_slot(stack, offset ? local_slot(stack, offset) : assignable_memvar(stack, sites[1], symbol));
 }
 
 bool add_numbers_in_place(Variant* stored, const Variant* addend) { return add_in_place(stored, addend); }
@@ -245,40 +228,57 @@ void add_to_this_member(VmStack* stack, const Memvar* slot, uint32_t symbol) {
     write_this_member(stack, slot, symbol);
 }
 
-// AddBareToBare keeps its source's answer at a third place inside itself.
-const VmOp* source_site(const VmOpAddBareToBare& add) {
-    static_assert(sizeof(VmOpAddBareToBare) > 32);
-    return reinterpret_cast<const VmOp*>(reinterpret_cast<const char*>(&add) + 32);
-}
-
 // The variable a bare name stands for now, or null when that is not known
 // without a look-up (a field may hide it, or nothing is kept).
-[[gnu::always_inline]] inline Memvar* bare_variable(VmStack* stack, const VmOp* site, uint32_t symbol,
+[[gnu::always_inline]] inline Memvar* bare_variable(VmStack* stack, name_site_st& site, uint32_t symbol,
                                                     uint64_t offset) {
     if (offset && stack->sessions->bare_names_free()) return local_slot(stack, offset);
     return kept_bare_variable(stack, site, symbol);
 }
 
-// Two numbers add in place with nothing pushed; anything else goes as the
-// read of the source and then AddToBareName would.
+// Two numbers add in place with nothing pushed: true. The loop's own short path.
+[[gnu::always_inline]] inline bool add_bare_numbers(VmStack* stack, const VmOpAddBareToBare& add) {
+    const Memvar* source = bare_variable(stack, add.sites[2], add.source, add.source_offset);
+    if (!source) return false;
+    Memvar* target = bare_variable(stack, add.sites[0], add.symbol, add.offset);
+    return target && add_in_place(target, source);
+}
+
+// Anything but two numbers goes as the read of the source and then
+// AddToBareName would.
 void add_bare_to_bare(VmStack* stack, const VmOpAddBareToBare& add) {
-    const Memvar* source = bare_variable(stack, source_site(add), add.source, add.source_offset);
-    Memvar* target = bare_variable(stack, &add, add.symbol, add.offset);
+    const Memvar* source = bare_variable(stack, add.sites[2], add.source, add.source_offset);
+    Memvar* target = bare_variable(stack, add.sites[0], add.symbol, add.offset);
     if (source && target && add_in_place(target, source)) return;
     if (source) copy_value(stack->push(), source);
-    else read_by_name(stack, source_site(add), add.source);
-    add_to_bare_name(stack, &add, add.symbol, add.offset);
+    else read_by_name(stack, add.sites[2], add.source);
+    add_to_bare_name(stack, add.sites, add.symbol, add.offset);
+}
+
+// The round of an integer loop whose variable is known without a look-up:
+// 1 go round again, 0 done; -1 when the general round must decide (another
+// type, an overflow to a double, a name that must be looked up).
+[[gnu::always_inline]] inline int integer_round(VmStack* stack, const VmOpForNextJump& next) {
+    Memvar* value = bare_variable(stack, next.sites[1], next.symbol, next.variable);
+    if (!value || (next.variable && value != local_slot(stack, next.variable))) return -1;
+    const Memvar* step = local_slot(stack, next.step);
+    const Memvar* limit = local_slot(stack, next.limit);
+    if (value->tag != TAG_INTEGER || step->tag != TAG_INTEGER || limit->tag != TAG_INTEGER) return -1;
+    long long sum;
+    if (__builtin_add_overflow(value->integer, step->integer, &sum)) return -1;
+    value->integer = sum;
+    return three_way(sum, limit->integer) != three_way(step->integer, 0);
 }
 
 // The step in place, then the test of the loop's head on value, limit and
 // step; true: go round again.
 // While no field hides the bare name, it is the variable the step goes to.
 bool for_next_continues(VmStack* stack, const VmOpForNextJump& next) {
-    const VmOp* site = second_site(&next);
-    Memvar* value = kept_bare_variable(stack, site, next.symbol);
+    name_site_st& site = next.sites[1];
+    Memvar* value = bare_variable(stack, site, next.symbol, next.variable);
     Memvar* variable = next.variable ? local_slot(stack, next.variable)
                        : value       ? value
-                                     : find_memvar(stack, &next, next.symbol);
+                                     : find_memvar(stack, next.sites[0], next.symbol);
     const Memvar* step = local_slot(stack, next.step);
     const Memvar* limit = local_slot(stack, next.limit);
     if (!add_in_place(variable, step)) inline_variant_add(variable, step);
@@ -401,6 +401,37 @@ void write_array(VmStack* stack, Memvar* var, uint64_t n) {
     }
     write_array_item(stack, var, n);
     pop_slots(stack, n + 1);
+}
+
+void set_constant(Variant* dest, integer_type_st value) { dest->set_integer(value); }
+void set_constant(Variant* dest, const numeric_type_st& value) { dest->set(value); }
+
+// top + constant and top * constant: in place for the pairs the short path
+// takes, else the constant is pushed and `general` runs the operator as
+// BinaryAdd or BinaryMul would.
+template <typename Constant, typename General>
+void operate_with_constant(VmStack* stack, const Constant& value, bool (*in_place)(Variant*, const Variant*),
+                           General general) {
+    Variant right;
+    set_constant(&right, value);
+    if (in_place(stack->esp, &right)) return;
+    set_constant(stack->push(), value);
+    general();
+}
+
+template <typename Constant>
+void add_constant(VmStack* stack, const Constant& value) {
+    operate_with_constant(stack, value, add_in_place, [stack] {
+        inline_variant_add(stack->esp + 1, stack->esp);
+        stack->pop();
+    });
+}
+
+template <typename Constant>
+void multiply_constant(VmStack* stack, const Constant& value) {
+    operate_with_constant(stack, value, multiply_in_place, [stack] {
+        binary_with_null_rule(stack, [stack](Variant* l, Variant* r) { l->mul(stack, *r); });
+    });
 }
 
 // The target is a by-reference slot; the value stays as top.
@@ -637,7 +668,9 @@ void run_loop(VmStack* stack, VmOp*** ip, Variant* ret) {
             break;
         case OP_FOR_NEXT_JUMP: {
             const auto& next = op_as<VmOpForNextJump>(op);
-            if (for_next_continues(stack, next)) {
+            int round = integer_round(stack, next);
+            if (round < 0) round = for_next_continues(stack, next);
+            if (round) {
                 // A loop's way round: Ctrl-C is answered here, as at a jump.
                 poll_interrupt(stack);
                 *ip = pc = next.target;
@@ -706,25 +739,33 @@ void run_loop(VmStack* stack, VmOp*** ip, Variant* ret) {
                 return;
             }
             break;
-        case OP_READ_BY_NAME: read_by_name(stack, op, op_as<VmOpReadByName>(op).symbol); break;
+        case OP_READ_BY_NAME: {
+            const auto& read = op_as<VmOpReadByName>(op);
+            read_by_name(stack, read.sites[0], read.symbol);
+            break;
+        }
         case OP_READ_BARE_LOCAL: {
             const auto& read = op_as<VmOpReadBareLocal>(op);
             if (stack->sessions->bare_names_free()) copy_value(stack->push(), local_slot(stack, read.offset));
-            else read_by_name(stack, op, read.symbol);
+            else read_by_name(stack, read.sites[0], read.symbol);
             break;
         }
-        case OP_READ_MEMVAR_BY_NAME:
-            push_copy(stack, find_memvar(stack, op, op_as<VmOpReadMemvarByName>(op).symbol));
+        case OP_READ_MEMVAR_BY_NAME: {
+            const auto& read = op_as<VmOpReadMemvarByName>(op);
+            push_copy(stack, find_memvar(stack, read.sites[0], read.symbol));
             break;
+        }
         case OP_READ_MEMVAR_OR_FALSE:
             read_memvar_or_false(stack, op_as<VmOpReadMemvarOrFalse>(op).symbol);
             break;
-        case OP_READ_FILE_OBJECT_OR_MEMVAR_BY_NAME:
-            read_file_object_or_memvar(stack, op, op_as<VmOpReadFileObjectOrMemvarByName>(op).symbol);
+        case OP_READ_FILE_OBJECT_OR_MEMVAR_BY_NAME: {
+            const auto& read = op_as<VmOpReadFileObjectOrMemvarByName>(op);
+            read_file_object_or_memvar(stack, read.sites[0], read.symbol);
             break;
+        }
         case OP_READ_ARRAY_BY_NAME: {
             const auto& read = op_as<VmOpReadArrayByName>(op);
-            read_array(stack, find_memvar(stack, op, read.symbol), read.n);
+            read_array(stack, find_memvar(stack, read.sites[0], read.symbol), read.n);
             break;
         }
         case OP_READ_ARRAY_BY_OFFSET: {
@@ -732,11 +773,14 @@ void run_loop(VmStack* stack, VmOp*** ip, Variant* ret) {
             read_array(stack, local_slot(stack, read.offset), read.n);
             break;
         }
-        case OP_READ_MEMVAR_POINTER_BY_NAME:
-            push_pointer(stack, find_memvar(stack, op, op_as<VmOpReadMemvarPointerByName>(op).symbol));
+        case OP_READ_MEMVAR_POINTER_BY_NAME: {
+            const auto& read = op_as<VmOpReadMemvarPointerByName>(op);
+            push_pointer(stack, find_memvar(stack, read.sites[0], read.symbol));
             break;
+        }
         case OP_READ_ADD_WRITE: {
-            Memvar* var = find_memvar(stack, op, op_as<VmOpReadAddWrite>(op).symbol);
+            const auto& add = op_as<VmOpReadAddWrite>(op);
+            Memvar* var = find_memvar(stack, add.sites[0], add.symbol);
             if (add_in_place(var, stack->esp)) {
                 pop_scalar(stack);
                 break;
@@ -745,15 +789,21 @@ void run_loop(VmStack* stack, VmOp*** ip, Variant* ret) {
             stack->pop();
             break;
         }
-        case OP_ADD_TO_BARE_NAME:
-            add_to_bare_name(stack, op, op_as<VmOpAddToBareName>(op).symbol, 0);
-            break;
-        case OP_ADD_TO_BARE_LOCAL: {
-            const auto& add = op_as<VmOpAddToBareLocal>(op);
-            add_to_bare_name(stack, op, add.symbol, add.offset);
+        case OP_ADD_TO_BARE_NAME: {
+            const auto& add = op_as<VmOpAddToBareName>(op);
+            add_to_bare_name(stack, add.sites, add.symbol, 0);
             break;
         }
-        case OP_ADD_BARE_TO_BARE: add_bare_to_bare(stack, op_as<VmOpAddBareToBare>(op)); break;
+        case OP_ADD_TO_BARE_LOCAL: {
+            const auto& add = op_as<VmOpAddToBareLocal>(op);
+            add_to_bare_name(stack, add.sites, add.symbol, add.offset);
+            break;
+        }
+        case OP_ADD_BARE_TO_BARE: {
+            const auto& add = op_as<VmOpAddBareToBare>(op);
+            if (!add_bare_numbers(stack, add)) add_bare_to_bare(stack, add);
+            break;
+        }
         case OP_READ_THIS_MEMBER: {
             const auto& read = op_as<VmOpReadThisMember>(op);
             read_this_member(stack, local_slot(stack, read.offset), read.symbol);
@@ -770,12 +820,14 @@ void run_loop(VmStack* stack, VmOp*** ip, Variant* ret) {
             break;
         }
         case OP_STORE: store(stack); break;
-        case OP_WRITE_MEMVAR_BY_NAME:
-            write_slot(stack, assignable_memvar(stack, op, op_as<VmOpWriteMemarByName>(op).symbol));
+        case OP_WRITE_MEMVAR_BY_NAME: {
+            const auto& write = op_as<VmOpWriteMemarByName>(op);
+            write_slot(stack, assignable_memvar(stack, write.sites[0], write.symbol));
             break;
+        }
         case OP_WRITE_ARRAY_BY_NAME: {
             const auto& write = op_as<VmOpWriteArrayByName>(op);
-            write_array(stack, find_memvar(stack, op, write.symbol), write.n);
+            write_array(stack, find_memvar(stack, write.sites[0], write.symbol), write.n);
             break;
         }
         case OP_WRITE_ARRAY_BY_OFFSET: {
@@ -819,6 +871,10 @@ void run_loop(VmStack* stack, VmOp*** ip, Variant* ret) {
         case OP_READ_CONST_STRING:
             stack->push()->set_string(op_as<VmOpReadConstString>(op).value);
             break;
+        case OP_ADD_CONST_INTEGER: add_constant(stack, op_as<VmOpAddConstInteger>(op).value); break;
+        case OP_ADD_CONST_NUMERIC: add_constant(stack, op_as<VmOpAddConstNumeric>(op).value); break;
+        case OP_MUL_CONST_INTEGER: multiply_constant(stack, op_as<VmOpMulConstInteger>(op).value); break;
+        case OP_MUL_CONST_NUMERIC: multiply_constant(stack, op_as<VmOpMulConstNumeric>(op).value); break;
         case OP_READ_CONST_DATE: stack->push()->set(op_as<VmOpReadConstDate>(op).value); break;
         case OP_READ_CONST_DATETIME:
             stack->push()->set(op_as<VmOpReadConstDatetime>(op).value);

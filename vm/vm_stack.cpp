@@ -3,6 +3,7 @@
 #include <sys/mman.h>
 
 #include <algorithm>
+#include <atomic>
 #include <new>
 
 #include "base/call_trace.h"
@@ -10,6 +11,8 @@
 namespace zobase {
 
 namespace {
+
+std::atomic<uint64_t> next_stamp{1};
 
 // The slot arrays come from the system as zero pages that are only made
 // real when first touched: a stack of 65,536 slots costs a process nothing
@@ -43,7 +46,7 @@ void free_heap_memvar(VmStack* stack, Memvar* var) {
 }  // namespace
 
 VmStack::VmStack(Runtime* owner, uint64_t slots, uint64_t undo_slots)
-    : id(0), capacity(slots), undo_capacity(undo_slots), sessions(std::make_unique<PlainDataSessions>()),
+    : id(0), stamp(next_stamp.fetch_add(1, std::memory_order_relaxed)), capacity(slots), undo_capacity(undo_slots), sessions(std::make_unique<PlainDataSessions>()),
       runtime(owner) {
     ZO_TRACE();
     base = zero_pages<Memvar>(slots);

@@ -95,6 +95,9 @@ public:
     VmStack& operator=(const VmStack&) = delete;
 
     uint64_t id;
+    // Unique in the process and never reused: what claims the look-up places
+    // of instructions (vm/name_site.h).
+    const uint64_t stamp;
     Memvar* base;  // lowest valid slot
     uint64_t argc = 0;
     Memvar* locals;
@@ -119,10 +122,10 @@ public:
     uint32_t textmerge_memvar = 0;  // SET TEXTMERGE TO MEMVAR: the variable collecting output
     DebugHook* debug_hook = nullptr;
     std::unordered_map<uint32_t, Memvar*> names;  // visible PRIVATE and PUBLIC variables
-    // Moves with every change of what a name may mean as a variable: an
-    // entry of `names` made, hidden or restored, a LOCAL declared by name.
-    uint64_t names_version = 0;
-    void names_changed() noexcept { ++names_version; }
+    // Every change of what a name may mean as a variable (an entry of
+    // `names` made, hidden or restored, a LOCAL declared by name) moves the
+    // sessions' names epoch, which the fields move too.
+    void names_changed() noexcept { sessions->names_changed(); }
     // What by-name instructions found, while both versions stand.
     NameCache name_cache;
     // Macro statements compiled on this stack (vm/macro_cache.h).

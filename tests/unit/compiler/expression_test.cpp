@@ -38,7 +38,7 @@ TEST_F(ExpressionTest, FoldingStopsAtAComparisonInside) {
 
 TEST_F(ExpressionTest, VariableIsReadByNameOutsideFunctions) {
     compiler_type_info_st type = compile("x + 1");
-    EXPECT_EQ(opcodes(), (std::vector<uint8_t>{OP_READ_BY_NAME, OP_READ_CONST_INTEGER, OP_BINARY_ADD}));
+    EXPECT_EQ(opcodes(), (std::vector<uint8_t>{OP_READ_BY_NAME, OP_ADD_CONST_INTEGER}));
     EXPECT_FALSE(type.is_constant);
 }
 

@@ -70,7 +70,7 @@ TEST_F(StatementsTest, StoreEvaluatesItsValueOnce) {
 
 TEST_F(StatementsTest, ForLimitAndStepAreReadOnce) {
     auto program = command("n = 3\nFOR i = 1 TO n * 1\nn = 10\nENDFOR\n");
-    EXPECT_EQ(count_ops(*program, OP_BINARY_MUL), 1u);
+    EXPECT_EQ(count_ops(*program, OP_MUL_CONST_INTEGER), 1u);
 }
 
 TEST_F(StatementsTest, LoopInForAppliesTheStepOnce) {

@@ -113,6 +113,25 @@ TEST_F(DataSessionsDoor, FieldsByPositionComeThroughTheDoor) {
     EXPECT_EQ(result.integer, 40);
 }
 
+// A bare name keeps what it found inside its instruction; sessions put in
+// place of others start a names epoch of their own, so the same instruction
+// looks again and finds the field.
+class ReplacedSessions : public CompilerFixture {};
+
+TEST_F(ReplacedSessions, AnAnswerKeptUnderTheOldSessionsNeverStands) {
+    ASSERT_EQ(run("city = \"variable\""), 0);
+    BuildInput input(stack);
+    input.import_library(runtime->library());
+    std::unique_ptr<Program> program(input.build_command(String("? city")));
+    Variant result;
+    execute_program(stack, 0, false, program.get(), &result);
+    execute_program(stack, 0, false, program.get(), &result);
+    stack->sessions = std::make_unique<OneTableSessions>(runtime->symbols().symbolize("city"), 0);
+    execute_program(stack, 0, false, program.get(), &result);
+    result.release(stack);
+    EXPECT_EQ(screen.output, "variable\nvariable\nfield city\n");
+}
+
 TEST(PlainDataSessions, ANewSessionHasTheTraditionalSettings) {
     PlainDataSessions plain;
     const session_settings_st& settings = plain.settings();
