@@ -1,12 +1,19 @@
 // Classes, their members, and the built-in classes made from rows.
 #include "objects/class.h"
 
+#include <atomic>
+
 #include "base/call_trace.h"
 #include "text/collation.h"
 #include "values/error.h"
 #include "values/symtable.h"
 
 namespace zobase {
+
+uint64_t member_tables_st::new_id() noexcept {
+    static std::atomic<uint64_t> last{0};
+    return last.fetch_add(1, std::memory_order_relaxed) + 1;
+}
 
 bool MemberNameLess::operator()(const String& a, const String& b) const {
     return Collation::unicode_machine_ci->compare(a, b) < 0;

@@ -70,10 +70,21 @@ struct ClassMember {
 };
 
 // A member vector and the symbol map over it; shared by a class and its
-// objects until an object adds members of its own.
+// objects until an object adds members of its own. The id is unique in the
+// process, a copy included: what member look-up places key on
+// (vm/member_site.h).
 struct member_tables_st {
+    member_tables_st() : id(new_id()) {}
+    member_tables_st(const member_tables_st& other)
+        : id(new_id()), members(other.members), by_symbol(other.by_symbol) {}
+    member_tables_st& operator=(const member_tables_st&) = delete;
+
+    const uint64_t id;
     std::vector<ClassMember*> members;
     SymbolMap<ClassMember*> by_symbol;
+
+private:
+    static uint64_t new_id() noexcept;
 };
 
 typedef Object* (*object_factory_fn)(VmStack* stack, Class* object_class);

@@ -11,6 +11,7 @@
 #include "values/error.h"
 #include "values/symtable.h"
 #include "vm/call_resolver.h"
+#include "vm/member_site.h"
 #include "vm/param.h"
 #include "vm/param_window.h"
 #include "vm/runtime_services.h"
@@ -39,6 +40,56 @@ inline const ClassMember* visible_member(VmStack* stack, const Object* object, u
     if (!find_member(object, symbol, &member, holder)) raise_member_not_found(stack, symbol);
     if (member->visibility != MEMBER_PUBLIC) check_visible(stack, object, *holder, member);
     return member;
+}
+
+// ---- member look-up places ----
+
+// Whether a link behind the first shows its class's own member tables.
+inline bool shows_class_tables(const Object* link) {
+    return link->object_class && link->tables.load(std::memory_order_acquire) == link->object_class->member_tables();
+}
+
+inline uint64_t tables_id_of(const Object* object) {
+    const member_tables_st* table = object->tables.load(std::memory_order_acquire);
+    return table ? table->id : 0;
+}
+
+// What the look-up place keeps for this object, with the member's link, when
+// the entry answers for it and the caller may see the member; else null.
+inline const member_site_entry_st* kept_member(VmStack* stack, member_site_st& site, const Object* object,
+                                               Object** holder) {
+    if (site.owner.load(std::memory_order_relaxed) != stack->stamp) return nullptr;
+    const member_site_entry_st& entry = site.entry;
+    if (tables_id_of(object) != entry.tables_id || !entry.tables_id) return nullptr;
+    const Object* link = object;
+    for (uint32_t depth = entry.depth; depth; --depth) {
+        link = link->parent;
+        if (!shows_class_tables(link)) return nullptr;
+    }
+    if (!entry.is_public && !member_visible(stack, object, link, entry.member)) return nullptr;
+    *holder = const_cast<Object*>(link);
+    return &entry;
+}
+
+// Keeps a member of a user class's link found for the object whose first
+// link showed the tables `tables_id` before the look-up began (a change
+// since then only makes the entry miss). The place is claimed by the first
+// stack that keeps something there.
+void keep_member(VmStack* stack, member_site_st& site, uint64_t tables_id, const Object* object,
+                 const Object* holder, const ClassMember* member) {
+    if (!tables_id || !holder->object_class || !holder->object_class->user_defined) return;
+    uint32_t depth = 0;
+    for (const Object* link = object; link != holder;) {
+        link = link->parent;
+        ++depth;
+        if (!shows_class_tables(link)) return;
+    }
+    uint64_t owner = site.owner.load(std::memory_order_relaxed);
+    if (owner == 0 && site.owner.compare_exchange_strong(owner, stack->stamp, std::memory_order_relaxed))
+        owner = stack->stamp;
+    if (owner != stack->stamp) return;
+    site.entry = {tables_id, member, depth, member->visibility == MEMBER_PUBLIC, member->plain_read,
+                  member->plain_write};
 }
 
 void added_property_access(VmStack* stack, unsigned long long argc, Variant* ret) {
@@ -156,35 +207,55 @@ namespace {
 
 // The member for a read or write without a handler, or null when it needs one.
 // Only user classes' objects are sure to keep Object's operations.
-const ClassMember* plain_member(VmStack* stack, const Object* object, unsigned symbol, bool write,
-                               Object** holder) {
+const ClassMember* plain_member(VmStack* stack, member_site_st& site, const Object* object, unsigned symbol,
+                               bool write, Object** holder) {
+    if (const member_site_entry_st* kept = kept_member(stack, site, object, holder))
+        return (write ? kept->plain_write : kept->plain_read) ? kept->member : nullptr;
     if (!object->object_class || !object->object_class->user_defined) return nullptr;
+    uint64_t tables_id = tables_id_of(object);
     const ClassMember* member;
-    if (!find_member(object, symbol, &member, holder) || !(write ? member->plain_write : member->plain_read))
-        return nullptr;
+    if (!find_member(object, symbol, &member, holder)) return nullptr;
     if (member->visibility != MEMBER_PUBLIC && !member_visible(stack, object, *holder, member)) return nullptr;
-    return member;
+    keep_member(stack, site, tables_id, object, *holder, member);
+    return (write ? member->plain_write : member->plain_read) ? member : nullptr;
 }
 
 }  // namespace
 
-bool Object::read_plain(VmStack* stack, unsigned symbol, Variant* ret) {
+void Object::call_member(VmStack* stack, member_site_st& site, unsigned symbol, size_t argc, Variant* ret) {
     Object* holder;
-    const ClassMember* member = plain_member(stack, this, symbol, false, &holder);
+    const ClassMember* member;
+    if (const member_site_entry_st* kept = kept_member(stack, site, this, &holder)) {
+        member = kept->member;
+    } else {
+        if (!object_class || !object_class->user_defined) return virtual_call(stack, symbol, argc, ret);
+        uint64_t tables_id = tables_id_of(this);
+        member = visible_member(stack, this, symbol, &holder);
+        keep_member(stack, site, tables_id, this, holder, member);
+    }
+    if (!member->call) raise_member_not_found(stack, symbol);
+    MemberScope scope(stack, this, holder, member, MEMBER_MODE_CALL);
+    member->call(stack, argc, ret);
+}
+
+bool Object::read_plain(VmStack* stack, member_site_st& site, unsigned symbol, Variant* ret) {
+    Object* holder;
+    const ClassMember* member = plain_member(stack, site, this, symbol, false, &holder);
     if (member) read_plain_value(holder, member, ret);
     return member;
 }
 
-bool Object::write_plain(VmStack* stack, unsigned symbol) {
+bool Object::write_plain(VmStack* stack, member_site_st& site, unsigned symbol) {
     Object* holder;
-    const ClassMember* member = plain_member(stack, this, symbol, true, &holder);
+    const ClassMember* member = plain_member(stack, site, this, symbol, true, &holder);
     if (member) write_stored(stack, holder, plain_place(holder, member), 1);
     return member;
 }
 
-bool Object::update_plain(VmStack* stack, unsigned symbol, plain_update_fn update, const Variant* operand) {
+bool Object::update_plain(VmStack* stack, member_site_st& site, unsigned symbol, plain_update_fn update,
+                          const Variant* operand) {
     Object* holder;
-    const ClassMember* member = plain_member(stack, this, symbol, true, &holder);
+    const ClassMember* member = plain_member(stack, site, this, symbol, true, &holder);
     if (!member || !member->plain_read) return false;
     Variant* stored = plain_place(holder, member);
     StorageWriteGuard guard(holder);

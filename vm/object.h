@@ -24,6 +24,7 @@ class Variant;
 class VmStack;
 struct ClassMember;
 struct member_tables_st;
+struct member_site_st;
 struct object_added_st;
 
 // How a member handler was entered; kept in the stack's call context. The
@@ -62,20 +63,25 @@ public:
     virtual void virtual_access_ref(VmStack* stack, unsigned symbol, size_t argc, Variant* ret);
     // A property write; the value is the last of the argc slots, above any subscripts.
     virtual void virtual_assign(VmStack* stack, unsigned symbol, size_t argc);
+    // A method call as virtual_call makes it; the member found is kept at
+    // the instruction's look-up place for the next call.
+    void call_member(VmStack* stack, member_site_st& site, unsigned symbol, size_t argc, Variant* ret);
     // A read without subscripts that needs no handler: a plain stored
     // property the caller may see, of an object whose operations are the
     // default ones. Copies it into ret (clean) and answers true; otherwise
     // answers false having changed nothing, and the read goes the usual way.
-    bool read_plain(VmStack* stack, unsigned symbol, Variant* ret);
+    // The member found is kept at the look-up place, as by call_member.
+    bool read_plain(VmStack* stack, member_site_st& site, unsigned symbol, Variant* ret);
     // A write of the whole value that needs no handler, as read_plain has
     // it: the value is the top of the stack, which stays to be popped.
-    bool write_plain(VmStack* stack, unsigned symbol);
+    bool write_plain(VmStack* stack, member_site_st& site, unsigned symbol);
     // Changes a plain stored property that may be read and written so in
     // place: update(stored, operand) runs on it under the storage guard and
     // must run nothing of the language. False when the property isn't plain
     // or update answered false (having changed nothing).
     typedef bool (*plain_update_fn)(Variant* stored, const Variant* operand);
-    bool update_plain(VmStack* stack, unsigned symbol, plain_update_fn update, const Variant* operand);
+    bool update_plain(VmStack* stack, member_site_st& site, unsigned symbol, plain_update_fn update,
+                      const Variant* operand);
     // This link's members in the order of its member vector.
     virtual int enum_properties(enum_properties_fn callback, void* context);
 

@@ -135,18 +135,20 @@ void check_argument(VmStack* stack, const VmOpCheckArgument& op);
 // many, 11 for too few or a pair with no conversion).
 void convert_library_arguments(VmStack* stack, const library_function_st& function, uint64_t n);
 
-void object_call(VmStack* stack, uint32_t symbol, uint64_t n);
+// A method call and a property read; the member found is kept at the
+// instruction's look-up place.
+void object_call(VmStack* stack, member_site_st& site, uint32_t symbol, uint64_t n);
 void object_call_pointer(VmStack* stack, uint32_t symbol, uint64_t n);
-void object_read(VmStack* stack, uint32_t symbol, uint64_t n);
+void object_read(VmStack* stack, member_site_st& site, uint32_t symbol, uint64_t n);
 void object_read_pointer(VmStack* stack, uint32_t symbol, uint64_t n);
 void object_write(VmStack* stack, uint32_t symbol, uint64_t n);
 // A property of a method's THIS, pushed: as ObjectRead without subscripts on
 // a copy of the slot, which is made only when a handler must run. The slot
 // keeps the object alive meanwhile: only the method's own code could change it.
-void read_this_member(VmStack* stack, const Memvar* slot, uint32_t symbol);
+void read_this_member(VmStack* stack, member_site_st& site, const Memvar* slot, uint32_t symbol);
 // The top into a property of a method's THIS, popped: as ObjectWrite with
 // the object under the value, which the compiler emits only where the
 // value's code could not have changed the slot.
-void write_this_member(VmStack* stack, const Memvar* slot, uint32_t symbol);
+void write_this_member(VmStack* stack, member_site_st& site, const Memvar* slot, uint32_t symbol);
 
 }  // namespace zobase

@@ -129,9 +129,16 @@ void member_by_reference(VmStack* stack, uint32_t symbol, uint64_t n, object_mem
 
 }  // namespace
 
-void object_call(VmStack* stack, uint32_t symbol, uint64_t n) {
+void object_call(VmStack* stack, member_site_st& site, uint32_t symbol, uint64_t n) {
     ZO_TRACE();
-    member_through_temporary(stack, symbol, n, &Object::virtual_call);
+    Memvar* object_slot = stack->esp + n;
+    Variant temporary;
+    {
+        ParamWindow window(stack, object_slot, n);
+        object_in(object_slot)->call_member(stack, site, symbol, n, &temporary);
+    }
+    move_into(stack, object_slot + 1, &temporary);
+    stack->pop_to(object_slot + 1);
 }
 
 void object_call_pointer(VmStack* stack, uint32_t symbol, uint64_t n) {
@@ -139,12 +146,13 @@ void object_call_pointer(VmStack* stack, uint32_t symbol, uint64_t n) {
     member_by_reference(stack, symbol, n, &Object::virtual_call, ERR_RVALUE_BY_REFERENCE);
 }
 
-void object_read(VmStack* stack, uint32_t symbol, uint64_t n) {
+void object_read(VmStack* stack, member_site_st& site, uint32_t symbol, uint64_t n) {
     ZO_TRACE();
     if (n == 0) {
         Memvar* object_slot = stack->esp;
         Memvar* result = object_slot + 1;
-        if (result->tag == TAG_FALSE && object_in(object_slot)->read_plain(stack, symbol, result)) return stack->pop();
+        if (result->tag == TAG_FALSE && object_in(object_slot)->read_plain(stack, site, symbol, result))
+            return stack->pop();
     }
     member_through_temporary(stack, symbol, n, &Object::virtual_access);
 }
@@ -154,15 +162,15 @@ void object_read_pointer(VmStack* stack, uint32_t symbol, uint64_t n) {
     member_by_reference(stack, symbol, n, &Object::virtual_access_ref, ERR_UNSAFE_POINTER);
 }
 
-void read_this_member(VmStack* stack, const Memvar* slot, uint32_t symbol) {
+void read_this_member(VmStack* stack, member_site_st& site, const Memvar* slot, uint32_t symbol) {
     Memvar* result = stack->push();
-    if (object_in(slot)->read_plain(stack, symbol, result)) return;
+    if (object_in(slot)->read_plain(stack, site, symbol, result)) return;
     stack->push()->set_variant(slot);
-    object_read(stack, symbol, 0);
+    member_through_temporary(stack, symbol, 0, &Object::virtual_access);
 }
 
-void write_this_member(VmStack* stack, const Memvar* slot, uint32_t symbol) {
-    if (object_in(slot)->write_plain(stack, symbol)) return stack->pop();
+void write_this_member(VmStack* stack, member_site_st& site, const Memvar* slot, uint32_t symbol) {
+    if (object_in(slot)->write_plain(stack, site, symbol)) return stack->pop();
     // The usual write wants the object under the value.
     stack->push()->set_variant(slot);
     alignas(Memvar) unsigned char object[sizeof(Memvar)];

@@ -7,6 +7,7 @@
 
 #include "values/number_types.h"
 #include "values/string.h"
+#include "vm/member_site.h"
 #include "vm/name_site.h"
 
 namespace zobase {
@@ -100,6 +101,18 @@ constexpr int name_sites_of(uint8_t op) {
     }
 }
 
+// Whether an instruction keeps the member its look-up found (vm/member_site.h).
+constexpr int member_sites_of(uint8_t op) {
+    switch (op) {
+    case OP_OBJECT_CALL:
+    case OP_OBJECT_READ:
+    case OP_READ_THIS_MEMBER:
+    case OP_WRITE_THIS_MEMBER:
+    case OP_ADD_TO_THIS_MEMBER: return 1;
+    default: return 0;
+    }
+}
+
 // Instruction shapes. Each opcode is a distinct class named as in the
 // instruction table; the shape only says which operands it holds.
 template <uint8_t OP>
@@ -130,7 +143,7 @@ public:
 };
 
 template <uint8_t OP>
-class VmOpOffsetSymbol : public VmOp, public NameSites<name_sites_of(OP)> {
+class VmOpOffsetSymbol : public VmOp, public NameSites<name_sites_of(OP)>, public MemberSites<member_sites_of(OP)> {
 public:
     uint64_t offset;
     uint32_t symbol;
@@ -138,7 +151,7 @@ public:
 };
 
 template <uint8_t OP>
-class VmOpSymbolCount : public VmOp, public NameSites<name_sites_of(OP)> {
+class VmOpSymbolCount : public VmOp, public NameSites<name_sites_of(OP)>, public MemberSites<member_sites_of(OP)> {
 public:
     uint32_t symbol;
     uint64_t n;

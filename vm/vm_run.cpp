@@ -220,12 +220,12 @@ bool add_numbers_in_place(Variant* stored, const Variant* addend) { return add_i
 // THIS.name = THIS.name + top: a plain stored number takes a number in
 // place; anything else is read, added and written as the three
 // instructions would (access and assign methods run).
-void add_to_this_member(VmStack* stack, const Memvar* slot, uint32_t symbol) {
-    if (static_cast<Object*>(*slot->follow())->update_plain(stack, symbol, add_numbers_in_place, stack->esp))
+void add_to_this_member(VmStack* stack, member_site_st& site, const Memvar* slot, uint32_t symbol) {
+    if (static_cast<Object*>(*slot->follow())->update_plain(stack, site, symbol, add_numbers_in_place, stack->esp))
         return pop_scalar(stack);
-    read_this_member(stack, slot, symbol);
+    read_this_member(stack, site, slot, symbol);
     add_to_value_beneath(stack);
-    write_this_member(stack, slot, symbol);
+    write_this_member(stack, site, slot, symbol);
 }
 
 // The variable a bare name stands for now, or null when that is not known
@@ -687,7 +687,7 @@ void run_loop(VmStack* stack, VmOp*** ip, Variant* ret) {
         }
         case OP_OBJECT_CALL: {
             const auto& call = op_as<VmOpObjectCall>(op);
-            object_call(stack, call.symbol, call.n);
+            object_call(stack, call.member_site, call.symbol, call.n);
             break;
         }
         case OP_OBJECT_CALL_POINTER: {
@@ -697,7 +697,7 @@ void run_loop(VmStack* stack, VmOp*** ip, Variant* ret) {
         }
         case OP_OBJECT_READ: {
             const auto& read = op_as<VmOpObjectRead>(op);
-            object_read(stack, read.symbol, read.n);
+            object_read(stack, read.member_site, read.symbol, read.n);
             break;
         }
         case OP_OBJECT_READ_POINTER: {
@@ -806,17 +806,17 @@ void run_loop(VmStack* stack, VmOp*** ip, Variant* ret) {
         }
         case OP_READ_THIS_MEMBER: {
             const auto& read = op_as<VmOpReadThisMember>(op);
-            read_this_member(stack, local_slot(stack, read.offset), read.symbol);
+            read_this_member(stack, read.member_site, local_slot(stack, read.offset), read.symbol);
             break;
         }
         case OP_WRITE_THIS_MEMBER: {
             const auto& write = op_as<VmOpWriteThisMember>(op);
-            write_this_member(stack, local_slot(stack, write.offset), write.symbol);
+            write_this_member(stack, write.member_site, local_slot(stack, write.offset), write.symbol);
             break;
         }
         case OP_ADD_TO_THIS_MEMBER: {
             const auto& add = op_as<VmOpAddToThisMember>(op);
-            add_to_this_member(stack, local_slot(stack, add.offset), add.symbol);
+            add_to_this_member(stack, add.member_site, local_slot(stack, add.offset), add.symbol);
             break;
         }
         case OP_STORE: store(stack); break;
