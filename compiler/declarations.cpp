@@ -52,7 +52,8 @@ bool leaves_locals_alone(const CompiledCodeCollection& code, size_t first) {
                         opcode == OP_ESP_ALLOC || opcode == OP_JUMP || opcode == OP_OBJECT_CALL ||
                         (opcode >= OP_READ_BY_NAME && opcode <= OP_READ_CONST_NULL) || opcode == OP_OBJECT_READ ||
                         opcode == OP_UNARY_NOT || opcode == OP_UNARY_NEG || opcode == OP_READ_FIELD_BY_INDEX ||
-                        opcode == OP_READ_THIS_MEMBER || opcode == OP_READ_BARE_LOCAL;
+                        opcode == OP_READ_THIS_MEMBER || opcode == OP_READ_BARE_LOCAL ||
+                        opcode == OP_READ_NAME_MEMBER;
         if (!harmless) return false;
     }
     return true;

@@ -782,6 +782,17 @@ unsigned long long this_member_root(const Path* path_operand, CodePath& path) {
     return offset;
 }
 
+// The symbol of a path's root name when the root and the first member read
+// go as one ReadNameMember: a name read as an alias or else a variable,
+// then a property without subscripts; 0 otherwise.
+unsigned name_member_root(const Path* path_operand, CodePath& path) {
+    const PathItem* root = path_operand->root.get();
+    if (root->kind != PATH_ITEM_NAME || path_operand->memvar_root || path_operand->items[0]->kind != PATH_ITEM_NAME)
+        return 0;
+    unsigned symbol = path.symbolize(item_name(root));
+    return is_method_this(symbol, path) ? 0 : symbol;
+}
+
 void compile_evaluate_path(const Path* path_operand, bool stop_before_last, CompiledCodeCollection* code,
                            CodePath& path, compiler_type_info_st* type) {
     *type = fresh_type();
@@ -789,11 +800,15 @@ void compile_evaluate_path(const Path* path_operand, bool stop_before_last, Comp
     if (!stop_before_last && compile_dotted_builtin(path_operand, code, path, type)) return;
     size_t count = path_operand->items.size() - (stop_before_last && !path_operand->items.empty() ? 1 : 0);
     unsigned long long this_offset = count ? this_member_root(path_operand, path) : 0;
-    size_t first = this_offset ? 1 : 0;
+    unsigned name_root = count && !this_offset ? name_member_root(path_operand, path) : 0;
+    size_t first = this_offset || name_root ? 1 : 0;
     for (size_t i = first; i < count; ++i) code->push_back(path_operand->location, new VmOpEspAlloc());
     if (this_offset) {
         const PathItem* item = path_operand->items[0].get();
         code->push_back(item->location, new VmOpReadThisMember(this_offset, path.symbolize(item_name(item))));
+    } else if (name_root) {
+        const PathItem* item = path_operand->items[0].get();
+        code->push_back(item->location, new VmOpReadNameMember(name_root, path.symbolize(item_name(item))));
     } else {
         find_row(root_table, path_operand->root->kind)(path_operand, path_operand->root.get(), code, path, type);
     }

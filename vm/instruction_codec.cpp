@@ -465,6 +465,19 @@ struct shape_codec<VmOpAddBareToBare> {
     }
 };
 
+template <>
+struct shape_codec<VmOpReadNameMember> {
+    static void encode(const VmOp& op, module_writer& out) {
+        const auto& read = static_cast<const VmOpReadNameMember&>(op);
+        out.symbol(read.root);
+        out.symbol(read.symbol);
+    }
+    static VmOp* decode(opcode_decoder_stack_st& decoder, std::istream& in) {
+        uint32_t root = decoder.symbol(in);
+        return new VmOpReadNameMember(root, decoder.symbol(in));
+    }
+};
+
 template <class Op>
 void encode_as(const VmOp* const& slot, module_writer& out) {
     shape_codec<Op>::encode(*slot, out);
@@ -509,6 +522,7 @@ namespace file_ids {
 #define ZO_CODEC_SHAPE_TRY ZO_CODEC_ROW
 #define ZO_CODEC_SHAPE_FOR_NEXT ZO_CODEC_ROW
 #define ZO_CODEC_SHAPE_ADD_BARE ZO_CODEC_ROW
+#define ZO_CODEC_SHAPE_NAME_MEMBER ZO_CODEC_ROW
 #define ZO_CODEC_SHAPE_UNUSED ZO_CODEC_UNUSED
 
 const std::vector<instruction_codec_st> codec_rows = {

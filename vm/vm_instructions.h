@@ -146,6 +146,11 @@ void object_write(VmStack* stack, uint32_t symbol, uint64_t n);
 // a copy of the slot, which is made only when a handler must run. The slot
 // keeps the object alive meanwhile: only the method's own code could change it.
 void read_this_member(VmStack* stack, member_site_st& site, const Memvar* slot, uint32_t symbol);
+// `name.member` pushed (ReadNameMember): while the name is kept as a
+// variable holding an object, a plain property is read through the
+// variable with no copy of the object; else as the two instructions.
+void read_name_member(VmStack* stack, name_site_st& site, member_site_st& member_site, uint32_t root,
+                      uint32_t symbol);
 // The top into a property of a method's THIS, popped: as ObjectWrite with
 // the object under the value, which the compiler emits only where the
 // value's code could not have changed the slot.

@@ -169,6 +169,21 @@ void read_this_member(VmStack* stack, member_site_st& site, const Memvar* slot, 
     member_through_temporary(stack, symbol, 0, &Object::virtual_access);
 }
 
+void read_name_member(VmStack* stack, name_site_st& site, member_site_st& member_site, uint32_t root,
+                      uint32_t symbol) {
+    if (const name_cache_entry_st* entry = kept_entry(stack, site, name_key(root, NAME_ALIAS_OR_VARIABLE)))
+        if (const Memvar* variable = kept_variable(stack, *entry))
+            if (variable->follow()->tag == TAG_OBJECT) {
+                // Nothing of the language runs in a plain read: the variable keeps the object alive.
+                Memvar* result = stack->push();
+                if (object_in(variable)->read_plain(stack, member_site, symbol, result)) return;
+                stack->pop();
+            }
+    stack->push();
+    read_file_object_or_memvar(stack, site, root);
+    object_read(stack, member_site, symbol, 0);
+}
+
 void write_this_member(VmStack* stack, member_site_st& site, const Memvar* slot, uint32_t symbol) {
     if (object_in(slot)->write_plain(stack, site, symbol)) return stack->pop();
     // The usual write wants the object under the value.

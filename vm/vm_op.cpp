@@ -50,6 +50,7 @@ uint64_t count_operand(const VmOp* op) noexcept {
 #define ZO_COUNT_TRY(Name, ENUM)
 #define ZO_COUNT_FOR_NEXT(Name, ENUM)
 #define ZO_COUNT_ADD_BARE(Name, ENUM)
+#define ZO_COUNT_NAME_MEMBER(Name, ENUM)
 #define ZO_COUNT_UNUSED(Name, ENUM)
 #define ZO_INSTRUCTION(code, Name, ENUM, operands, pops, pushes, meaning) ZO_COUNT_##operands(Name, ENUM)
 #include "vm/instructions.def"

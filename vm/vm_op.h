@@ -269,8 +269,18 @@ public:
     VmOpAddBareToBare() : VmOp(OP_ADD_BARE_TO_BARE) {}
 };
 
+// `name.member` read where the name is looked up as an alias or else a
+// variable: ReadFileObjectOrMemvarByName and ObjectRead without subscripts
+// in one, and the variable's object is read in place, not copied.
+class VmOpReadNameMember : public VmOp, public NameSites<1>, public MemberSites<1> {
+public:
+    uint32_t root;    // the name
+    uint32_t symbol;  // the member
+    VmOpReadNameMember(uint32_t name, uint32_t member) : VmOp(OP_READ_NAME_MEMBER), root(name), symbol(member) {}
+};
+
 // The class of each row whose operands have a template shape; the rows of
-// shape CALL, CHECK, UNRESOLVED, FOR_NEXT, ADD_BARE and TRY name the classes above and in
+// shape CALL, CHECK, UNRESOLVED, FOR_NEXT, ADD_BARE, NAME_MEMBER and TRY name the classes above and in
 // vm/try_scope.h.
 #define ZO_SHAPE_NONE(Name, ENUM) using VmOp##Name = VmOpPlain<OP_##ENUM>;
 #define ZO_SHAPE_SYMBOL(Name, ENUM) using VmOp##Name = VmOpSymbol<OP_##ENUM>;
@@ -296,6 +306,7 @@ public:
 #define ZO_SHAPE_TRY(Name, ENUM)
 #define ZO_SHAPE_FOR_NEXT(Name, ENUM)
 #define ZO_SHAPE_ADD_BARE(Name, ENUM)
+#define ZO_SHAPE_NAME_MEMBER(Name, ENUM)
 #define ZO_SHAPE_UNUSED(Name, ENUM)
 #define ZO_INSTRUCTION(code, Name, ENUM, operands, pops, pushes, meaning) ZO_SHAPE_##operands(Name, ENUM)
 #include "vm/instructions.def"
@@ -324,6 +335,7 @@ public:
 #undef ZO_SHAPE_TRY
 #undef ZO_SHAPE_FOR_NEXT
 #undef ZO_SHAPE_ADD_BARE
+#undef ZO_SHAPE_NAME_MEMBER
 #undef ZO_SHAPE_UNUSED
 
 // The n operand of an instruction that has one, else 0.

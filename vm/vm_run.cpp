@@ -819,6 +819,11 @@ void run_loop(VmStack* stack, VmOp*** ip, Variant* ret) {
             add_to_this_member(stack, add.member_site, local_slot(stack, add.offset), add.symbol);
             break;
         }
+        case OP_READ_NAME_MEMBER: {
+            const auto& read = op_as<VmOpReadNameMember>(op);
+            read_name_member(stack, read.sites[0], read.member_site, read.root, read.symbol);
+            break;
+        }
         case OP_STORE: store(stack); break;
         case OP_WRITE_MEMVAR_BY_NAME: {
             const auto& write = op_as<VmOpWriteMemarByName>(op);
