@@ -83,6 +83,11 @@ FOR k = 1 TO 2
    CATCH TO oError
       ? "outside: error", oError.ErrorNo
    ENDTRY
+   TRY
+      ? "through a function from a method:", oKeeper.ViaFunction()
+   CATCH TO oError
+      ? "through a function from a method: error", oError.ErrorNo
+   ENDTRY
    ? "from a subclass:", CREATEOBJECT("SubKeeper").PeekFromSub()
    TRY
       ? "hidden from a subclass:", CREATEOBJECT("SubKeeper").PeekHiddenFromSub()
@@ -142,6 +147,9 @@ DEFINE CLASS Keeper AS Custom
    ENDPROC
    PROCEDURE PeekProtected(toObject)
       RETURN toObject.nProt
+   ENDPROC
+   PROCEDURE ViaFunction
+      RETURN ReadProtected(This)
    ENDPROC
    PROCEDURE PeekHidden(toObject)
       RETURN toObject.nHid
