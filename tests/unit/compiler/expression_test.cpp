@@ -149,10 +149,24 @@ TEST_F(ExpressionTest, DottedBuiltinIsNoObjectPath) {
     EXPECT_EQ(opcodes(), (std::vector<uint8_t>{OP_ESP_ALLOC, OP_READ_CONST_STRING, OP_CALL_NATIVE}));
 }
 
+// The root and its first member go as one instruction, which pushes its
+// own result; the members after it reserve their slots before it.
 TEST_F(ExpressionTest, PathReservesResultSlotsBeforeTheRoot) {
     compile("a.b.c");
-    EXPECT_EQ(opcodes(), (std::vector<uint8_t>{OP_ESP_ALLOC, OP_ESP_ALLOC, OP_READ_FILE_OBJECT_OR_MEMVAR_BY_NAME,
-                                               OP_OBJECT_READ, OP_OBJECT_READ}));
+    EXPECT_EQ(opcodes(), (std::vector<uint8_t>{OP_ESP_ALLOC, OP_READ_NAME_MEMBER, OP_OBJECT_READ}));
+}
+
+// A root read as a variable only, or a member with subscripts, keeps the two steps.
+TEST_F(ExpressionTest, MemvarRootPathReadsItsMembersOneByOne) {
+    compile("m.a.b.c");
+    EXPECT_EQ(opcodes(), (std::vector<uint8_t>{OP_ESP_ALLOC, OP_ESP_ALLOC, OP_READ_MEMVAR_BY_NAME, OP_OBJECT_READ,
+                                               OP_OBJECT_READ}));
+}
+
+TEST_F(ExpressionTest, SubscriptedFirstMemberReadsTheRootAlone) {
+    compile("a.b[1]");
+    EXPECT_EQ(opcodes(), (std::vector<uint8_t>{OP_ESP_ALLOC, OP_READ_FILE_OBJECT_OR_MEMVAR_BY_NAME,
+                                               OP_READ_CONST_INTEGER, OP_OBJECT_READ}));
 }
 
 TEST_F(ExpressionTest, ArrayElementReadsByName) {
