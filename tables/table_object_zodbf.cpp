@@ -5,6 +5,7 @@
 #include <cstring>
 #include <ctime>
 #include <filesystem>
+#include <optional>
 #include <system_error>
 
 #include "base/call_trace.h"
@@ -232,9 +233,12 @@ void Table_Object_ZoDbf::set_field_readonly(uint64_t index, bool readonly) {
 
 // ---- the cursor
 
-// In index order the key of the record finds its place in the order.
+// In index order the key of the record finds its place in the order. In
+// file order no expression runs, and the scope is left out: entering one
+// makes every bare name of the running code look itself up again.
 void Table_Object_ZoDbf::go(VmStack* stack, uint64_t number) {
-    ExpressionTableScope scope(stack, this);
+    std::optional<ExpressionTableScope> scope;
+    if (table_->order.index) scope.emplace(stack, this);
     table_operation(TABLE_GO, no_detail, [&] { table_->go_to(stack, number); });
 }
 
@@ -313,9 +317,12 @@ void Table_Object_ZoDbf::recall_record() {
     table_operation(TABLE_OTHER, no_detail, [&] { table_->recall_record(); });
 }
 
-// Key and filter expressions of the indexes see this table's fields.
+// Key and filter expressions of the indexes see this table's fields. A
+// table without tags runs none (tags come only with opening and INDEX ON),
+// and then the scope is left out, as in go().
 void Table_Object_ZoDbf::update(VmStack* stack) {
-    ExpressionTableScope scope(stack, this);
+    std::optional<ExpressionTableScope> scope;
+    if (!table_->tags.empty()) scope.emplace(stack, this);
     table_operation(TABLE_UPDATE, [&] { return alias; }, [&] {
         if (journal_) journal_update();
         table_->update(stack);
