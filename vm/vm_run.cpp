@@ -3,13 +3,17 @@
 
 #include <algorithm>
 #include <cmath>
+#include <exception>
 #include <string>
+#include <utility>
 
 #include "values/numeric.h"
+#include "vm/frames.h"
 #include "vm/interrupt.h"
 #include "vm/macro_execute.h"
 #include "vm/object.h"
 #include "vm/try_scope.h"
+#include "vm/user_function.h"
 #include "vm/variant_compare.h"
 #include "vm/vm_instructions.h"
 
@@ -486,14 +490,56 @@ void verify_stack_effect(const VmStack* stack, const VmOp* op, uint64_t before, 
         stack_effect_failed(op, before, stack->depth(), std::to_string(expected).c_str());
 }
 
+// A call of a user function from compiled code runs in the caller's
+// activation: the callee's frame is entered (at call_frames[depth]) and the
+// loop goes on at its first instruction.
+[[gnu::always_inline]] inline VmFrame* enter_called_frame(VmStack* stack, const VmOpCallUserFunction& call) {
+    stack->pending_args = call.n;
+    // Recursion goes round through calls: Ctrl-C is answered here too.
+    poll_interrupt(stack);
+    const Program* program = call.function->program();
+    // Deliberately "Must specify additional parameters." although there are too many.
+    if (call.n > program->parameter_count) throw RuntimeError(ERR_MISSING_PARAMETERS);
+    uint64_t depth = next_frame_depth(stack);
+    VmFrame* frame = &stack->call_frames[depth];
+    enter_frame(stack, *frame, depth, call.n, false, program, stack->esp + call.n);
+    return frame;
+}
+
+// The RETURN of a frame entered in place: the frame ends and its arguments
+// are popped, leaving the value in the caller's result slot.
+[[gnu::always_inline]] inline void return_to_caller(VmStack* stack) {
+    VmFrame& frame = *stack->frame;
+    Memvar* result = static_cast<Memvar*>(frame.ret);
+    leave_frame(stack, frame);
+    stack->pop_to(result);
+}
+
 // The dispatch loop, compiled twice: Checked verifies every instruction's
 // stack effect against the instruction table.
 // *ip stays the machine's position: every change is written through to it,
 // so the exception paths find the instruction that failed. The copy in `pc`
 // only spares reading it back before each instruction; nothing else moves
 // the position of a running loop.
+// `floor` is the frame running when the activation began: its position is
+// *floor_ip and its RETURN ends the loop. Frames entered in place above it
+// keep their position in their own ip and return into the loop. Checked
+// runs every call in an activation of its own, so each call completes as
+// one instruction.
 template <bool Checked>
-void run_loop(VmStack* stack, VmOp*** ip, Variant* ret) {
+void run_loop(VmStack* stack, const VmFrame* floor, VmOp*** floor_ip, Variant* floor_ret) {
+    VmOp*** ip = floor_ip;
+    Variant* ret = floor_ret;
+    auto follow_running_frame = [&] {
+        if (stack->frame == floor) {
+            ip = floor_ip;
+            ret = floor_ret;
+        } else {
+            ip = &stack->frame->ip;
+            ret = stack->frame->ret;
+        }
+    };
+    follow_running_frame();
     VmOp** pc = *ip;
     for (;;) {
         const VmOp* op = *pc;
@@ -558,8 +604,16 @@ void run_loop(VmStack* stack, VmOp*** ip, Variant* ret) {
         case OP_BINARY_LTGT: compare(stack, TEST_LTGT, false); break;
         case OP_BINARY_EQEQ: compare(stack, TEST_EQ, true); break;
         case OP_CALL_USER_FUNCTION:
-            call_user_function(stack, op_as<VmOpCallUserFunction>(op));
-            break;
+            if constexpr (Checked) {
+                call_user_function(stack, op_as<VmOpCallUserFunction>(op));
+                break;
+            } else {
+                VmFrame* frame = enter_called_frame(stack, op_as<VmOpCallUserFunction>(op));
+                ip = &frame->ip;
+                ret = frame->ret;
+                pc = frame->ip;
+                continue;
+            }
         case OP_CALL_BY_NAME: {
             const auto& call = op_as<VmOpCallByName>(op);
             call_by_name(stack, call.symbol, call.n);
@@ -721,20 +775,24 @@ void run_loop(VmStack* stack, VmOp*** ip, Variant* ret) {
             take_value_bits(ret, stack->esp);
             stack->esp->tag = TAG_FALSE;
             stack->pop();
+            if (stack->frame != floor) goto return_in_place;
             completed(false);
             return;
         case OP_RETURN_POINTER:
             stack->esp->ref(stack, ret, nullptr);
             stack->pop();
+            if (stack->frame != floor) goto return_in_place;
             completed(false);
             return;
         case OP_RETURN:
             ret->release(stack);
             ret->set_true();
+            if (stack->frame != floor) goto return_in_place;
             completed(false);
             return;
         case OP_MACRO_EXECUTE:
             if (macro_execute(stack, ip, ret)) {
+                if (stack->frame != floor) goto return_in_place;
                 completed(false);
                 return;
             }
@@ -913,6 +971,13 @@ void run_loop(VmStack* stack, VmOp*** ip, Variant* ret) {
         }
         completed(false);
         *ip = ++pc;
+        continue;
+    return_in_place:
+        // Back in the caller, after its call instruction.
+        return_to_caller(stack);
+        follow_running_frame();
+        pc = *ip;
+        *ip = ++pc;
     }
 }
 
@@ -920,9 +985,24 @@ void run_loop(VmStack* stack, VmOp*** ip, Variant* ret) {
 
 bool vm_check_stack_effects = false;
 
+// An exception raised in a frame entered in place is handled in that frame,
+// as an activation of its own would: the frame goes on, or it is left and
+// what it passes on is raised again in its caller. Once the floor frame is
+// running again, the exception leaves for whoever started this activation.
 void vm_run(VmStack* stack, VmOp*** ip, Variant* ret) {
-    if (vm_check_stack_effects) run_loop<true>(stack, ip, ret);
-    else run_loop<false>(stack, ip, ret);
+    const VmFrame* floor = stack->frame;
+    std::exception_ptr passed_on;
+    for (;;) {
+        try {
+            if (passed_on) std::rethrow_exception(std::exchange(passed_on, nullptr));
+            if (vm_check_stack_effects) run_loop<true>(stack, floor, ip, ret);
+            else run_loop<false>(stack, floor, ip, ret);
+            return;
+        } catch (...) {
+            if (stack->frame == floor) throw;
+            passed_on = recover_in_called_frame(stack);
+        }
+    }
 }
 
 void vm_run_expression(VmStack* stack, const Program* program, Variant* result) {

@@ -49,6 +49,7 @@ VmStack::VmStack(Runtime* owner, uint64_t slots, uint64_t undo_slots)
     : id(0), stamp(next_stamp.fetch_add(1, std::memory_order_relaxed)), capacity(slots), undo_capacity(undo_slots), sessions(std::make_unique<PlainDataSessions>()),
       runtime(owner) {
     ZO_TRACE();
+    call_frames.reset(new VmFrame[MAX_FRAME_DEPTH + 1]);
     base = zero_pages<Memvar>(slots);
     locals = frame_esp = esp = end();
     undo_base = zero_pages<UndoMemvar>(UNDO_HANDLER_RESERVE + undo_slots) + UNDO_HANDLER_RESERVE;

@@ -79,6 +79,8 @@ struct VmFrame {
     uint64_t saved_argc;
     VmStack* stack;
     std::unordered_map<uint32_t, Memvar*>* saved_dynamic_locals;
+    Variant* ret;  // where the frame's RETURN puts its value
+    uint64_t saved_program_id;
 };
 
 constexpr uint64_t MAX_FRAME_DEPTH = 128;
@@ -131,6 +133,10 @@ public:
     // Macro statements compiled on this stack (vm/macro_cache.h).
     MacroCache macro_cache;
     VmFrame* frame = nullptr;
+    // The frames of calls the dispatch loop runs in place, one per depth:
+    // a frame of depth d lives at call_frames[d] (no two live frames share
+    // a depth). Frames with an activation of their own live in it.
+    std::unique_ptr<VmFrame[]> call_frames;
     // The running frame's Program::id, 0 at rest: what kept names are checked
     // against, read without going through the frame.
     uint64_t frame_program_id = 0;
