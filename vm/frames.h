@@ -49,7 +49,15 @@ namespace zobase {
     stack->esp = stack->frame_esp = frame_esp;
     stack->argc = argc;
     stack->dynamic_locals = nullptr;
-    frame.ip = const_cast<VmOp**>(program->code());
+    VmOp** entry = const_cast<VmOp**>(program->code());
+    // The parameters of FUNCTION f(a, b) open the body: they are done here,
+    // sparing the body's first instruction.
+    if ((*entry)->opcode == OP_INIT_LPARAMETERS) {
+        uint64_t n = static_cast<const VmOpInitLparameters*>(*entry)->n;
+        for (uint64_t offset = 1; offset <= n; ++offset) (locals - offset)->kind = MEMVAR_LOCAL;
+        ++entry;
+    }
+    frame.ip = entry;
 }
 
 // The depth a new frame takes; past MAX_FRAME_DEPTH raises 103.

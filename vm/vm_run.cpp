@@ -503,13 +503,6 @@ void verify_stack_effect(const VmStack* stack, const VmOp* op, uint64_t before, 
     uint64_t depth = next_frame_depth(stack);
     VmFrame* frame = &stack->call_frames[depth];
     enter_frame(stack, *frame, depth, call.n, false, program, stack->esp + call.n);
-    // The parameters of FUNCTION f(a, b) open the body: they are done here,
-    // sparing the body's first instruction.
-    if ((*frame->ip)->opcode == OP_INIT_LPARAMETERS) {
-        uint64_t n = op_as<VmOpInitLparameters>(*frame->ip).n;
-        for (uint64_t offset = 1; offset <= n; ++offset) (stack->locals - offset)->kind = MEMVAR_LOCAL;
-        ++frame->ip;
-    }
     return frame;
 }
 
