@@ -30,10 +30,8 @@ namespace zobase {
     // string store, slow to start and slow to read back from.
     frame.depth = depth;
     frame.previous = stack->frame;
-    frame.saved_ip = nullptr;
     frame.try_scopes = nullptr;
     frame.program = program;
-    frame.stack = stack;
     frame.saved_locals = stack->locals;
     frame.saved_frame_esp = stack->frame_esp;
     frame.saved_esp = stack->esp;

@@ -77,7 +77,6 @@ struct VmFrame {
     Memvar* saved_esp;
     UndoMemvar* saved_undo_top;
     uint64_t saved_argc;
-    VmStack* stack;
     std::unordered_map<uint32_t, Memvar*>* saved_dynamic_locals;
     Variant* ret;  // where the frame's RETURN puts its value
     uint64_t saved_program_id;
