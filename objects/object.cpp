@@ -8,6 +8,7 @@
 
 #include "base/call_trace.h"
 #include "objects/property_storage.h"
+#include "objects/user_class.h"
 #include "values/error.h"
 #include "values/symtable.h"
 #include "vm/call_resolver.h"
@@ -222,20 +223,29 @@ const ClassMember* plain_member(VmStack* stack, member_site_st& site, const Obje
 
 }  // namespace
 
+const ClassMember* Object::call_target(VmStack* stack, member_site_st& site, unsigned symbol, Object** holder) {
+    if (const member_site_entry_st* kept = kept_member(stack, site, this, holder)) return kept->member;
+    if (!object_class || !object_class->user_defined) return nullptr;
+    uint64_t tables_id = tables_id_of(this);
+    const ClassMember* member = visible_member(stack, this, symbol, holder);
+    keep_member(stack, site, tables_id, this, *holder, member);
+    return member;
+}
+
 void Object::call_member(VmStack* stack, member_site_st& site, unsigned symbol, size_t argc, Variant* ret) {
     Object* holder;
-    const ClassMember* member;
-    if (const member_site_entry_st* kept = kept_member(stack, site, this, &holder)) {
-        member = kept->member;
-    } else {
-        if (!object_class || !object_class->user_defined) return virtual_call(stack, symbol, argc, ret);
-        uint64_t tables_id = tables_id_of(this);
-        member = visible_member(stack, this, symbol, &holder);
-        keep_member(stack, site, tables_id, this, holder, member);
-    }
+    const ClassMember* member = call_target(stack, site, symbol, &holder);
+    if (!member) return virtual_call(stack, symbol, argc, ret);
     if (!member->call) raise_member_not_found(stack, symbol);
     MemberScope scope(stack, this, holder, member, MEMBER_MODE_CALL);
     member->call(stack, argc, ret);
+}
+
+const Program* Object::method_program(VmStack* stack, member_site_st& site, unsigned symbol, Object** holder,
+                                      const ClassMember** member) {
+    *member = call_target(stack, site, symbol, holder);
+    if (!*member || (*member)->call != user_class_generic_call) return nullptr;
+    return (*member)->method->program();
 }
 
 bool Object::read_plain(VmStack* stack, member_site_st& site, unsigned symbol, Variant* ret) {

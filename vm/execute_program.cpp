@@ -162,7 +162,7 @@ std::exception_ptr recover_in_called_frame(VmStack* stack) {
         // Raised while handling: the same frame handles it next.
         return std::current_exception();
     }
-    leave_frame(stack, frame);
+    leave_called_frame(stack, frame);
     return deferred_exception(stack, deferred);
 }
 

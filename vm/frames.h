@@ -40,6 +40,7 @@ namespace zobase {
     frame.saved_dynamic_locals = stack->dynamic_locals;
     frame.saved_program_id = stack->frame_program_id;
     frame.ret = ret;
+    frame.member_call = false;
 
     stack->frame = &frame;
     stack->frame_program_id = program->id;
@@ -82,6 +83,17 @@ inline void leave_frame(VmStack* stack, VmFrame& frame) {
     stack->frame_program_id = frame.saved_program_id;
     stack->argc = frame.saved_argc;
     if (frame.try_scopes) free_try_scopes(&frame);
+}
+
+// Ends a frame the dispatch loop entered in place; a method's frame also
+// gives back the caller's member context and argument window.
+inline void leave_called_frame(VmStack* stack, VmFrame& frame) {
+    leave_frame(stack, frame);
+    if (frame.member_call) {
+        stack->context = frame.saved_context;
+        stack->params_top = frame.saved_params_top;
+        stack->param_count = frame.saved_param_count;
+    }
 }
 
 // Called inside a catch block while stack->frame is a frame the dispatch

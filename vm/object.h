@@ -20,6 +20,7 @@
 namespace zobase {
 
 class Class;
+class Program;
 class Variant;
 class VmStack;
 struct ClassMember;
@@ -66,6 +67,13 @@ public:
     // A method call as virtual_call makes it; the member found is kept at
     // the instruction's look-up place for the next call.
     void call_member(VmStack* stack, member_site_st& site, unsigned symbol, size_t argc, Variant* ret);
+    // For a call that compiled code runs in place: the program of a method
+    // a user class wrote in the language, with the member and the link that
+    // holds it, found and kept as call_member finds them; null when the
+    // call must go through call_member (a built-in class or handler, a
+    // member that is no method, which call_member reports).
+    const Program* method_program(VmStack* stack, member_site_st& site, unsigned symbol, Object** holder,
+                                  const ClassMember** member);
     // A read without subscripts that needs no handler: a plain stored
     // property the caller may see, of an object whose operations are the
     // default ones. Copies it into ret (clean) and answers true; otherwise
@@ -108,6 +116,12 @@ public:
     std::unique_ptr<object_added_st> added;
     // The member tables: the class's own until the first addproperty.
     std::atomic<const member_tables_st*> tables{nullptr};
+
+private:
+    // The member a call at the look-up place reaches, kept there; null for
+    // an object of a class not written in the language (its virtual_call
+    // answers).
+    const ClassMember* call_target(VmStack* stack, member_site_st& site, unsigned symbol, Object** holder);
 };
 
 // Holds an object's lock over its storage, shared for reading or exclusive

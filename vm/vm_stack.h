@@ -80,6 +80,11 @@ struct VmFrame {
     std::unordered_map<uint32_t, Memvar*>* saved_dynamic_locals;
     Variant* ret;  // where the frame's RETURN puts its value
     uint64_t saved_program_id;
+    // A method's frame entered in place keeps what its call changed.
+    bool member_call;
+    member_context_st saved_context;
+    Memvar* saved_params_top;
+    uint64_t saved_param_count;
 };
 
 constexpr uint64_t MAX_FRAME_DEPTH = 128;
