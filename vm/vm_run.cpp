@@ -513,8 +513,8 @@ void verify_stack_effect(const VmStack* stack, const VmOp* op, uint64_t before, 
 [[gnu::always_inline]] inline VmFrame* enter_called_method(VmStack* stack, const VmOpObjectCall& call) {
     Memvar* object_slot = stack->esp + call.n;
     const Variant* target = object_slot->follow();
-    if (target->tag != TAG_OBJECT) return nullptr;
-    Object* object = static_cast<Object*>(*target);
+    if (target->tag != TAG_OBJECT || !object_alive(target->object)) return nullptr;
+    Object* object = target->object.object;
     Object* holder;
     const ClassMember* member;
     const Program* program = object->method_program(stack, call.member_site, call.symbol, &holder, &member);
