@@ -493,17 +493,21 @@ void verify_stack_effect(const VmStack* stack, const VmOp* op, uint64_t before, 
 // A call of a user function from compiled code runs in the caller's
 // activation: the callee's frame is entered (at call_frames[depth]) and the
 // loop goes on at its first instruction.
-[[gnu::always_inline]] inline VmFrame* enter_called_frame(VmStack* stack, const VmOpCallUserFunction& call) {
-    stack->pending_args = call.n;
+[[gnu::always_inline]] inline VmFrame* enter_in_place(VmStack* stack, const Program* program, uint64_t n,
+                                                      bool has_this, Variant* ret) {
+    stack->pending_args = n;
     // Recursion goes round through calls: Ctrl-C is answered here too.
     poll_interrupt(stack);
-    const Program* program = call.function->program();
     // Deliberately "Must specify additional parameters." although there are too many.
-    if (call.n > program->parameter_count) throw RuntimeError(ERR_MISSING_PARAMETERS);
+    if (n > program->parameter_count) throw RuntimeError(ERR_MISSING_PARAMETERS);
     uint64_t depth = next_frame_depth(stack);
     VmFrame* frame = &stack->call_frames[depth];
-    enter_frame(stack, *frame, depth, call.n, false, program, stack->esp + call.n);
+    enter_frame(stack, *frame, depth, n, has_this, program, ret);
     return frame;
+}
+
+[[gnu::always_inline]] inline VmFrame* enter_called_frame(VmStack* stack, const VmOpCallUserFunction& call) {
+    return enter_in_place(stack, call.function->program(), call.n, false, stack->esp + call.n);
 }
 
 // A call of a method that a user class wrote in the language runs in place
@@ -519,12 +523,7 @@ void verify_stack_effect(const VmStack* stack, const VmOp* op, uint64_t before, 
     const ClassMember* member;
     const Program* program = object->method_program(stack, call.member_site, call.symbol, &holder, &member);
     if (!program) return nullptr;
-    stack->pending_args = call.n;
-    poll_interrupt(stack);
-    if (call.n > program->parameter_count) throw RuntimeError(ERR_MISSING_PARAMETERS);
-    uint64_t depth = next_frame_depth(stack);
-    VmFrame* frame = &stack->call_frames[depth];
-    enter_frame(stack, *frame, depth, call.n, true, program, object_slot + 1);
+    VmFrame* frame = enter_in_place(stack, program, call.n, true, object_slot + 1);
     frame->member_call = true;
     frame->saved_context = stack->context;
     frame->saved_params_top = stack->params_top;
