@@ -200,6 +200,34 @@ VmOp* with_constant_right(const VmOp* constant) {
     return nullptr;
 }
 
+// The operator with a bare name on its right as one instruction: the read
+// is taken back and the instruction reads the name itself, as ReadByName or
+// ReadBareLocal (with its frame slot) would.
+template <class Op>
+VmOp* with_bare_right(const VmOp* read) {
+    uint64_t offset = 0;
+    uint32_t symbol;
+    if (read->opcode == OP_READ_BY_NAME) {
+        symbol = static_cast<const VmOpReadByName*>(read)->symbol;
+    } else if (read->opcode == OP_READ_BARE_LOCAL) {
+        symbol = static_cast<const VmOpReadBareLocal*>(read)->symbol;
+        offset = static_cast<const VmOpReadBareLocal*>(read)->offset;
+    } else {
+        return nullptr;
+    }
+    if constexpr (std::is_same_v<Op, VmOpBinaryAdd>) return new VmOpAddByBare(offset, symbol);
+    if constexpr (std::is_same_v<Op, VmOpBinaryMul>) return new VmOpMulByBare(offset, symbol);
+    if constexpr (std::is_same_v<Op, VmOpBinaryDiv>) return new VmOpDivByBare(offset, symbol);
+    return nullptr;
+}
+
+// The right operand's instruction folded into the operator, or null.
+template <class Op>
+VmOp* with_right_operand(const VmOp* right) {
+    if (VmOp* fused = with_constant_right<Op>(right)) return fused;
+    return with_bare_right<Op>(right);
+}
+
 template <class Op, bool Text>
 void compile_constexpr_binary_default(const BinaryOperator* binary, CompiledCodeCollection* code, CodePath& path,
                                       compiler_type_info_st* type) {
@@ -208,9 +236,14 @@ void compile_constexpr_binary_default(const BinaryOperator* binary, CompiledCode
     size_t before = code->size();
     compile_operand(binary->right.get(), false, true, code, path, &right);
     const VmOp* last = code->last_instruction();
-    VmOp* fused = code->size() == before + 1 && last ? with_constant_right<Op>(last) : nullptr;
+    VmOp* fused = code->size() == before + 1 && last ? with_right_operand<Op>(last) : nullptr;
+    // A fused read keeps the read's place: a name not found is reported there.
+    document_location_st location = fused && last->opcode != OP_READ_CONST_INTEGER &&
+                                            last->opcode != OP_READ_CONST_NUMERIC && code->items.back().has_location
+                                        ? code->items.back().location
+                                        : binary->location;
     if (fused) code->truncate(before);
-    code->push_back(binary->location, fused ? fused : new Op());
+    code->push_back(location, fused ? fused : new Op());
     *type = fresh_type();
     type->is_constant = left.is_constant && right.is_constant;
     if (Text && (left.type & 15) == FORMAL_STRING && (right.type & 15) == FORMAL_STRING) {

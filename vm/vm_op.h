@@ -93,7 +93,10 @@ constexpr int name_sites_of(uint8_t op) {
     case OP_WRITE_MEMVAR_BY_NAME:
     case OP_READ_BARE_LOCAL:
     case OP_READ_ARRAY_BY_NAME:
-    case OP_WRITE_ARRAY_BY_NAME: return 1;
+    case OP_WRITE_ARRAY_BY_NAME:
+    case OP_ADD_BY_BARE:
+    case OP_MUL_BY_BARE:
+    case OP_DIV_BY_BARE: return 1;
     // The bare name read, then the variable assigned.
     case OP_ADD_TO_BARE_NAME:
     case OP_ADD_TO_BARE_LOCAL: return 2;

@@ -119,6 +119,24 @@ void binary_with_null_rule(VmStack* stack, Operation operation) {
     stack->pop();
 }
 
+// BinaryAdd, BinaryMul and BinaryDiv on the top two slots: the short path
+// for the pairs it takes, else the general operator.
+[[gnu::always_inline]] inline void binary_add(VmStack* stack) {
+    if (add_in_place(stack->esp + 1, stack->esp)) return pop_scalar(stack);
+    inline_variant_add(stack->esp + 1, stack->esp);
+    stack->pop();
+}
+
+[[gnu::always_inline]] inline void binary_mul(VmStack* stack) {
+    if (multiply_in_place(stack->esp + 1, stack->esp)) return pop_scalar(stack);
+    binary_with_null_rule(stack, [stack](Variant* l, Variant* r) { l->mul(stack, *r); });
+}
+
+[[gnu::always_inline]] inline void binary_div(VmStack* stack) {
+    if (divide_in_place(stack->esp + 1, stack->esp)) return pop_scalar(stack);
+    binary_with_null_rule(stack, [stack](Variant* l, Variant* r) { l->div(stack, *r); });
+}
+
 enum CompareTest { TEST_EQ, TEST_LT, TEST_LTEQ, TEST_GT, TEST_GTEQ, TEST_LTGT };
 
 bool passes(CompareTest test, int result) {
@@ -234,6 +252,21 @@ void add_to_this_member(VmStack* stack, member_site_st& site, const Memvar* slot
                                                     uint64_t offset) {
     if (offset && stack->sessions->bare_names_free()) return local_slot(stack, offset);
     return kept_bare_variable(stack, site, symbol);
+}
+
+// top <operator> a bare name: while the name is known as a variable and the
+// pair takes the short path, the variable is read in place and nothing is
+// pushed; else the name is read as ReadByName (ReadBareLocal) reads it and
+// the operator runs as its own instruction would.
+template <typename Op>
+[[gnu::always_inline]] inline void operate_by_bare(VmStack* stack, const Op& op,
+                                                   bool (*in_place)(Variant*, const Variant*),
+                                                   void (*general)(VmStack*)) {
+    const Memvar* right = bare_variable(stack, op.sites[0], op.symbol, op.offset);
+    if (right && in_place(stack->esp, right)) return;
+    if (right) copy_value(stack->push(), right);
+    else read_by_name(stack, op.sites[0], op.symbol);
+    general(stack);
 }
 
 // Two numbers add in place with nothing pushed: true. The loop's own short path.
@@ -421,17 +454,12 @@ void operate_with_constant(VmStack* stack, const Constant& value, bool (*in_plac
 
 template <typename Constant>
 void add_constant(VmStack* stack, const Constant& value) {
-    operate_with_constant(stack, value, add_in_place, [stack] {
-        inline_variant_add(stack->esp + 1, stack->esp);
-        stack->pop();
-    });
+    operate_with_constant(stack, value, add_in_place, [stack] { binary_add(stack); });
 }
 
 template <typename Constant>
 void multiply_constant(VmStack* stack, const Constant& value) {
-    operate_with_constant(stack, value, multiply_in_place, [stack] {
-        binary_with_null_rule(stack, [stack](Variant* l, Variant* r) { l->mul(stack, *r); });
-    });
+    operate_with_constant(stack, value, multiply_in_place, [stack] { binary_mul(stack); });
 }
 
 // The target is a by-reference slot; the value stays as top.
@@ -510,31 +538,17 @@ void run_loop(VmStack* stack, VmOp*** ip, Variant* ret) {
         case OP_RESET_ESP:
             stack->pop_to(stack->frame_esp);
             break;
-        case OP_BINARY_ADD:
-            if (add_in_place(stack->esp + 1, stack->esp)) {
-                pop_scalar(stack);
-                break;
-            }
-            inline_variant_add(stack->esp + 1, stack->esp);
-            stack->pop();
-            break;
+        case OP_BINARY_ADD: binary_add(stack); break;
         case OP_BINARY_SUB:
             binary_with_null_rule(stack, [stack](Variant* l, Variant* r) { l->sub(stack, *r); });
             break;
-        case OP_BINARY_MUL:
-            if (multiply_in_place(stack->esp + 1, stack->esp)) {
-                pop_scalar(stack);
-                break;
-            }
-            binary_with_null_rule(stack, [stack](Variant* l, Variant* r) { l->mul(stack, *r); });
+        case OP_BINARY_MUL: binary_mul(stack); break;
+        case OP_BINARY_DIV: binary_div(stack); break;
+        case OP_ADD_BY_BARE: operate_by_bare(stack, op_as<VmOpAddByBare>(op), add_in_place, binary_add); break;
+        case OP_MUL_BY_BARE:
+            operate_by_bare(stack, op_as<VmOpMulByBare>(op), multiply_in_place, binary_mul);
             break;
-        case OP_BINARY_DIV:
-            if (divide_in_place(stack->esp + 1, stack->esp)) {
-                pop_scalar(stack);
-                break;
-            }
-            binary_with_null_rule(stack, [stack](Variant* l, Variant* r) { l->div(stack, *r); });
-            break;
+        case OP_DIV_BY_BARE: operate_by_bare(stack, op_as<VmOpDivByBare>(op), divide_in_place, binary_div); break;
         case OP_BINARY_POW:
             binary_with_null_rule(stack, [stack](Variant* l, Variant* r) { l->pow(stack, *r); });
             break;

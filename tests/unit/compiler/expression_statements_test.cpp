@@ -41,8 +41,7 @@ TEST_F(ExpressionStatementTest, SelfAddOfABareNameIsOneInstruction) {
 
 TEST_F(ExpressionStatementTest, AddWithTheNameOnTheRightIsAPlainStore) {
     compile_statement("x = 1 + x");
-    EXPECT_EQ(opcodes(), (std::vector<uint8_t>{OP_READ_CONST_INTEGER, OP_READ_BY_NAME, OP_BINARY_ADD,
-                                               OP_WRITE_MEMVAR_BY_NAME}));
+    EXPECT_EQ(opcodes(), (std::vector<uint8_t>{OP_READ_CONST_INTEGER, OP_ADD_BY_BARE, OP_WRITE_MEMVAR_BY_NAME}));
 }
 
 TEST_F(ExpressionStatementTest, SystemVariableAssignmentCallsItsWriter) {
