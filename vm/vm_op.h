@@ -272,6 +272,20 @@ public:
     VmOpAddBareToBare() : VmOp(OP_ADD_BARE_TO_BARE) {}
 };
 
+// `x = x * factor + addend` with two number constants of one type: the bare
+// read, MulConst, AddConst and the assignment in one; two numbers take the
+// product and the sum in the variable itself.
+// Its look-up places: the name read bare, the variable assigned.
+template <uint8_t OP, typename T>
+class VmOpMulAddToBare : public VmOp, public NameSites<2> {
+public:
+    uint64_t offset = 0;  // the target's frame slot; 0: by name
+    uint32_t symbol = 0;
+    T factor{};
+    T addend{};
+    VmOpMulAddToBare() : VmOp(OP) {}
+};
+
 // `name.member` read where the name is looked up as an alias or else a
 // variable: ReadFileObjectOrMemvarByName and ObjectRead without subscripts
 // in one, and the variable's object is read in place, not copied.
@@ -309,6 +323,8 @@ public:
 #define ZO_SHAPE_TRY(Name, ENUM)
 #define ZO_SHAPE_FOR_NEXT(Name, ENUM)
 #define ZO_SHAPE_ADD_BARE(Name, ENUM)
+#define ZO_SHAPE_MUL_ADD_INTEGER(Name, ENUM) using VmOp##Name = VmOpMulAddToBare<OP_##ENUM, integer_type_st>;
+#define ZO_SHAPE_MUL_ADD_NUMERIC(Name, ENUM) using VmOp##Name = VmOpMulAddToBare<OP_##ENUM, numeric_type_st>;
 #define ZO_SHAPE_NAME_MEMBER(Name, ENUM)
 #define ZO_SHAPE_UNUSED(Name, ENUM)
 #define ZO_INSTRUCTION(code, Name, ENUM, operands, pops, pushes, meaning) ZO_SHAPE_##operands(Name, ENUM)
@@ -338,6 +354,8 @@ public:
 #undef ZO_SHAPE_TRY
 #undef ZO_SHAPE_FOR_NEXT
 #undef ZO_SHAPE_ADD_BARE
+#undef ZO_SHAPE_MUL_ADD_INTEGER
+#undef ZO_SHAPE_MUL_ADD_NUMERIC
 #undef ZO_SHAPE_NAME_MEMBER
 #undef ZO_SHAPE_UNUSED
 

@@ -462,6 +462,47 @@ void multiply_constant(VmStack* stack, const Constant& value) {
     operate_with_constant(stack, value, multiply_in_place, [stack] { binary_mul(stack); });
 }
 
+// x * factor + addend in place: two integers when neither step overflows,
+// or two numerics, with the decimals MulConst and AddConst give them.
+bool mul_add_in_place(Variant* x, integer_type_st factor, integer_type_st addend) {
+    long long product, sum;
+    if (x->tag != TAG_INTEGER || __builtin_mul_overflow(x->integer, factor, &product) ||
+        __builtin_add_overflow(product, addend, &sum))
+        return false;
+    x->integer = sum;
+    return true;
+}
+
+bool mul_add_in_place(Variant* x, const numeric_type_st& factor, const numeric_type_st& addend) {
+    if (x->tag != TAG_NUMERIC) return false;
+    double product = x->numeric.value * factor.value;
+    // Rounded on its own, as the product of MulConst is: never one fused step.
+    asm("" : "+x"(product));
+    x->numeric = {product + addend.value,
+                  std::max(product_decimals(x->numeric.decimals, factor.decimals), addend.decimals)};
+    return true;
+}
+
+// Anything but the pairs above: the name read, multiplied, added and
+// assigned as the four instructions would.
+template <typename Op>
+[[gnu::noinline]] void mul_add_to_bare_generally(VmStack* stack, const Op& op, const Memvar* variable) {
+    if (variable) copy_value(stack->push(), variable);
+    else read_by_name(stack, op.sites[0], op.symbol);
+    multiply_constant(stack, op.factor);
+    add_constant(stack, op.addend);
+    write_slot(stack, op.offset ? local_slot(stack, op.offset) : assignable_memvar(stack, op.sites[1], op.symbol));
+}
+
+// `x = x * factor + addend`: in the variable itself while the bare name is
+// known as the variable (the variable assigning finds as well).
+template <typename Op>
+[[gnu::always_inline]] inline void mul_add_to_bare(VmStack* stack, const Op& op) {
+    Memvar* variable = bare_variable(stack, op.sites[0], op.symbol, op.offset);
+    if (variable && mul_add_in_place(variable, op.factor, op.addend)) return;
+    mul_add_to_bare_generally(stack, op, variable);
+}
+
 // The target is a by-reference slot; the value stays as top.
 void store(VmStack* stack) {
     Memvar* target = stack->esp;
@@ -548,6 +589,8 @@ void run_loop(VmStack* stack, VmOp*** ip, Variant* ret) {
         case OP_MUL_BY_BARE:
             operate_by_bare(stack, op_as<VmOpMulByBare>(op), multiply_in_place, binary_mul);
             break;
+        case OP_MUL_ADD_INTEGER_TO_BARE: mul_add_to_bare(stack, op_as<VmOpMulAddIntegerToBare>(op)); break;
+        case OP_MUL_ADD_NUMERIC_TO_BARE: mul_add_to_bare(stack, op_as<VmOpMulAddNumericToBare>(op)); break;
         case OP_DIV_BY_BARE: operate_by_bare(stack, op_as<VmOpDivByBare>(op), divide_in_place, binary_div); break;
         case OP_BINARY_POW:
             binary_with_null_rule(stack, [stack](Variant* l, Variant* r) { l->pow(stack, *r); });
