@@ -200,36 +200,17 @@ bool fuse_bare_source(CompiledCodeCollection* code, size_t before, const documen
                       unsigned symbol, unsigned long long offset) {
     const VmOp* last = code->last_instruction();
     if (code->size() != before + 1 || !last) return false;
+    uint32_t source;
+    uint64_t source_offset;
+    if (!bare_read_of(last, &source, &source_offset)) return false;
     auto* add = new VmOpAddBareToBare();
     add->offset = offset;
     add->symbol = symbol;
-    if (last->opcode == OP_READ_BY_NAME) {
-        add->source = static_cast<const VmOpReadByName*>(last)->symbol;
-    } else if (last->opcode == OP_READ_BARE_LOCAL) {
-        add->source = static_cast<const VmOpReadBareLocal*>(last)->symbol;
-        add->source_offset = static_cast<const VmOpReadBareLocal*>(last)->offset;
-    } else {
-        delete add;
-        return false;
-    }
+    add->source = source;
+    add->source_offset = source_offset;
     code->truncate(before);
     code->push_back(location, add);
     return true;
-}
-
-// The bare name's own read: its symbol and frame slot (0: by name).
-bool bare_read_of(const VmOp* op, uint32_t* symbol, uint64_t* offset) {
-    if (op->opcode == OP_READ_BY_NAME) {
-        *symbol = static_cast<const VmOpReadByName*>(op)->symbol;
-        *offset = 0;
-        return true;
-    }
-    if (op->opcode == OP_READ_BARE_LOCAL) {
-        *symbol = static_cast<const VmOpReadBareLocal*>(op)->symbol;
-        *offset = static_cast<const VmOpReadBareLocal*>(op)->offset;
-        return true;
-    }
-    return false;
 }
 
 template <class Update, class Mul, class Add>

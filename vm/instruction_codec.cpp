@@ -484,6 +484,25 @@ struct shape_codec<VmOpMulAddToBare<OP, T>> {
     }
 };
 
+template <uint8_t OP>
+struct shape_codec<VmOpBareByBare<OP>> {
+    static void encode(const VmOp& op, module_writer& out) {
+        const auto& binary = static_cast<const VmOpBareByBare<OP>&>(op);
+        out.u64(binary.left_offset);
+        out.symbol(binary.left);
+        out.u64(binary.offset);
+        out.symbol(binary.symbol);
+    }
+    static VmOp* decode(opcode_decoder_stack_st& decoder, std::istream& in) {
+        auto binary = std::make_unique<VmOpBareByBare<OP>>();
+        binary->left_offset = read_u64(in);
+        binary->left = decoder.symbol(in);
+        binary->offset = read_u64(in);
+        binary->symbol = decoder.symbol(in);
+        return binary.release();
+    }
+};
+
 template <>
 struct shape_codec<VmOpReadNameMember> {
     static void encode(const VmOp& op, module_writer& out) {
@@ -543,6 +562,7 @@ namespace file_ids {
 #define ZO_CODEC_SHAPE_ADD_BARE ZO_CODEC_ROW
 #define ZO_CODEC_SHAPE_MUL_ADD_INTEGER ZO_CODEC_ROW
 #define ZO_CODEC_SHAPE_MUL_ADD_NUMERIC ZO_CODEC_ROW
+#define ZO_CODEC_SHAPE_BARE_BY_BARE ZO_CODEC_ROW
 #define ZO_CODEC_SHAPE_NAME_MEMBER ZO_CODEC_ROW
 #define ZO_CODEC_SHAPE_UNUSED ZO_CODEC_UNUSED
 

@@ -52,6 +52,7 @@ uint64_t count_operand(const VmOp* op) noexcept {
 #define ZO_COUNT_ADD_BARE(Name, ENUM)
 #define ZO_COUNT_MUL_ADD_INTEGER(Name, ENUM)
 #define ZO_COUNT_MUL_ADD_NUMERIC(Name, ENUM)
+#define ZO_COUNT_BARE_BY_BARE(Name, ENUM)
 #define ZO_COUNT_NAME_MEMBER(Name, ENUM)
 #define ZO_COUNT_UNUSED(Name, ENUM)
 #define ZO_INSTRUCTION(code, Name, ENUM, operands, pops, pushes, meaning) ZO_COUNT_##operands(Name, ENUM)

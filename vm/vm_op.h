@@ -286,6 +286,19 @@ public:
     VmOpMulAddToBare() : VmOp(OP) {}
 };
 
+// `left op right` with both operands bare names: the two reads and the
+// operator in one; the names read as ReadByName (ReadBareLocal, with the
+// slot) reads them. Its look-up places: the left name, the right name.
+template <uint8_t OP>
+class VmOpBareByBare : public VmOp, public NameSites<2> {
+public:
+    uint64_t left_offset = 0;  // 0: by name
+    uint32_t left = 0;
+    uint64_t offset = 0;  // the right operand's slot; 0: by name
+    uint32_t symbol = 0;
+    VmOpBareByBare() : VmOp(OP) {}
+};
+
 // `name.member` read where the name is looked up as an alias or else a
 // variable: ReadFileObjectOrMemvarByName and ObjectRead without subscripts
 // in one, and the variable's object is read in place, not copied.
@@ -323,6 +336,7 @@ public:
 #define ZO_SHAPE_TRY(Name, ENUM)
 #define ZO_SHAPE_FOR_NEXT(Name, ENUM)
 #define ZO_SHAPE_ADD_BARE(Name, ENUM)
+#define ZO_SHAPE_BARE_BY_BARE(Name, ENUM) using VmOp##Name = VmOpBareByBare<OP_##ENUM>;
 #define ZO_SHAPE_MUL_ADD_INTEGER(Name, ENUM) using VmOp##Name = VmOpMulAddToBare<OP_##ENUM, integer_type_st>;
 #define ZO_SHAPE_MUL_ADD_NUMERIC(Name, ENUM) using VmOp##Name = VmOpMulAddToBare<OP_##ENUM, numeric_type_st>;
 #define ZO_SHAPE_NAME_MEMBER(Name, ENUM)
@@ -354,6 +368,7 @@ public:
 #undef ZO_SHAPE_TRY
 #undef ZO_SHAPE_FOR_NEXT
 #undef ZO_SHAPE_ADD_BARE
+#undef ZO_SHAPE_BARE_BY_BARE
 #undef ZO_SHAPE_MUL_ADD_INTEGER
 #undef ZO_SHAPE_MUL_ADD_NUMERIC
 #undef ZO_SHAPE_NAME_MEMBER

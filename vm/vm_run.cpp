@@ -68,23 +68,28 @@ bool multiply_in_place(Variant* left, const Variant* right) {
     return true;
 }
 
-// left /= right for a numeric left and a numeric or integer right, when the
+// left / right for a numeric left and a numeric or integer right, when the
 // quotient is plainly not a whole number: the general quotient then gives
 // that double with unknown decimals. Near a whole number it decides itself.
-bool divide_in_place(Variant* left, const Variant* right) {
+[[gnu::always_inline]] inline bool plain_quotient(const Variant* left, const Variant* right, double* quotient) {
     if (left->tag != TAG_NUMERIC) return false;
     double divisor;
     if (right->tag == TAG_NUMERIC) divisor = right->numeric.value;
     else if (right->tag == TAG_INTEGER) divisor = static_cast<double>(right->integer);
     else return false;
-    double quotient = left->numeric.value / divisor;
-    double magnitude = std::fabs(quotient);
+    *quotient = left->numeric.value / divisor;
+    double magnitude = std::fabs(*quotient);
     if (!(magnitude < 1e15)) return false;
     double fraction = magnitude - static_cast<double>(static_cast<long long>(magnitude));
     double to_whole = std::min(fraction, 1.0 - fraction);
     // The general test's bound grows with the nearest whole number, which is
     // at most magnitude + 1: beyond this bound both agree it is no whole number.
-    if (!(to_whole > DOUBLE_TOLERANCE * (4 * (magnitude + 1) + 1))) return false;
+    return to_whole > DOUBLE_TOLERANCE * (4 * (magnitude + 1) + 1);
+}
+
+bool divide_in_place(Variant* left, const Variant* right) {
+    double quotient;
+    if (!plain_quotient(left, right, &quotient)) return false;
     left->set_float(quotient, DECIMALS_UNKNOWN);
     return true;
 }
@@ -258,15 +263,34 @@ void add_to_this_member(VmStack* stack, member_site_st& site, const Memvar* slot
 // pair takes the short path, the variable is read in place and nothing is
 // pushed; else the name is read as ReadByName (ReadBareLocal) reads it and
 // the operator runs as its own instruction would.
+[[gnu::always_inline]] inline void operate_by_bare(VmStack* stack, name_site_st& site, uint32_t symbol,
+                                                   uint64_t offset, bool (*in_place)(Variant*, const Variant*),
+                                                   void (*general)(VmStack*)) {
+    const Memvar* right = bare_variable(stack, site, symbol, offset);
+    if (right && in_place(stack->esp, right)) return;
+    if (right) copy_value(stack->push(), right);
+    else read_by_name(stack, site, symbol);
+    general(stack);
+}
+
 template <typename Op>
 [[gnu::always_inline]] inline void operate_by_bare(VmStack* stack, const Op& op,
                                                    bool (*in_place)(Variant*, const Variant*),
                                                    void (*general)(VmStack*)) {
-    const Memvar* right = bare_variable(stack, op.sites[0], op.symbol, op.offset);
-    if (right && in_place(stack->esp, right)) return;
-    if (right) copy_value(stack->push(), right);
-    else read_by_name(stack, op.sites[0], op.symbol);
-    general(stack);
+    operate_by_bare(stack, op.sites[0], op.symbol, op.offset, in_place, general);
+}
+
+// left <operator> right, both bare names: the left pushed as its read would
+// push it, then as the operator by a bare name.
+template <uint8_t OP>
+[[gnu::always_inline]] inline void operate_bare_by_bare(VmStack* stack, const VmOpBareByBare<OP>& op,
+                                                        bool (*in_place)(Variant*, const Variant*),
+                                                        void (*general)(VmStack*)) {
+    if (const Memvar* left = bare_variable(stack, op.sites[0], op.left, op.left_offset))
+        copy_value(stack->push(), left);
+    else
+        read_by_name(stack, op.sites[0], op.left);
+    operate_by_bare(stack, op.sites[1], op.symbol, op.offset, in_place, general);
 }
 
 // Two numbers add in place with nothing pushed: true. The loop's own short path.
@@ -286,6 +310,16 @@ void add_bare_to_bare(VmStack* stack, const VmOpAddBareToBare& add) {
     if (source) copy_value(stack->push(), source);
     else read_by_name(stack, add.sites[2], add.source);
     add_to_bare_name(stack, add.sites, add.symbol, add.offset);
+}
+
+// The quotient of two bare names goes straight to the pushed slot, with no
+// copy of the left operand to read back.
+[[gnu::always_inline]] inline void divide_bare_by_bare(VmStack* stack, const VmOpDivBareByBare& op) {
+    const Memvar* left = bare_variable(stack, op.sites[0], op.left, op.left_offset);
+    const Memvar* right = left ? bare_variable(stack, op.sites[1], op.symbol, op.offset) : nullptr;
+    double quotient;
+    if (right && plain_quotient(left, right, &quotient)) return stack->push()->set_float(quotient, DECIMALS_UNKNOWN);
+    operate_bare_by_bare(stack, op, divide_in_place, binary_div);
 }
 
 // The round of an integer loop whose variable is known without a look-up:
@@ -589,6 +623,13 @@ void run_loop(VmStack* stack, VmOp*** ip, Variant* ret) {
         case OP_MUL_BY_BARE:
             operate_by_bare(stack, op_as<VmOpMulByBare>(op), multiply_in_place, binary_mul);
             break;
+        case OP_ADD_BARE_BY_BARE:
+            operate_bare_by_bare(stack, op_as<VmOpAddBareByBare>(op), add_in_place, binary_add);
+            break;
+        case OP_MUL_BARE_BY_BARE:
+            operate_bare_by_bare(stack, op_as<VmOpMulBareByBare>(op), multiply_in_place, binary_mul);
+            break;
+        case OP_DIV_BARE_BY_BARE: divide_bare_by_bare(stack, op_as<VmOpDivBareByBare>(op)); break;
         case OP_MUL_ADD_INTEGER_TO_BARE: mul_add_to_bare(stack, op_as<VmOpMulAddIntegerToBare>(op)); break;
         case OP_MUL_ADD_NUMERIC_TO_BARE: mul_add_to_bare(stack, op_as<VmOpMulAddNumericToBare>(op)); break;
         case OP_DIV_BY_BARE: operate_by_bare(stack, op_as<VmOpDivByBare>(op), divide_in_place, binary_div); break;
@@ -848,6 +889,11 @@ void run_loop(VmStack* stack, VmOp*** ip, Variant* ret) {
         }
         case OP_ADD_TO_BARE_NAME: {
             const auto& add = op_as<VmOpAddToBareName>(op);
+            if (Memvar* variable = kept_bare_variable(stack, add.sites[0], add.symbol);
+                variable && add_in_place(variable, stack->esp)) {
+                pop_scalar(stack);
+                break;
+            }
             add_to_bare_name(stack, add.sites, add.symbol, 0);
             break;
         }
