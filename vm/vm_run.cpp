@@ -507,7 +507,8 @@ bool mul_add_in_place(Variant* x, integer_type_st factor, integer_type_st addend
     return true;
 }
 
-bool mul_add_in_place(Variant* x, const numeric_type_st& factor, const numeric_type_st& addend) {
+[[gnu::always_inline]] inline bool mul_add_in_place(Variant* x, const numeric_type_st& factor,
+                                                   const numeric_type_st& addend) {
     if (x->tag != TAG_NUMERIC) return false;
     double product = x->numeric.value * factor.value;
     // Rounded on its own, as the product of MulConst is: never one fused step.
