@@ -2,6 +2,7 @@
 #include "vm/vm_run.h"
 
 #include <algorithm>
+#include <bit>
 #include <cmath>
 #include <string>
 
@@ -68,6 +69,23 @@ bool multiply_in_place(Variant* left, const Variant* right) {
     return true;
 }
 
+// A quotient plainly not a whole number, told from its bits alone: between
+// 2^-46 and 1 - 2^-46, or from 1 up more than 26 units of its last place
+// from the nearest whole number. The general rule's tolerance at that size is
+// below 2^-46 in the first range and at most 26 units in the second, so it
+// agrees that the quotient is a fraction. Anything else is left to it.
+[[gnu::always_inline]] inline bool plainly_fractional(double quotient) {
+    constexpr uint64_t LOW = std::bit_cast<uint64_t>(0x1p-46);
+    constexpr uint64_t HIGH = std::bit_cast<uint64_t>(1.0 - 0x1p-46);
+    uint64_t bits = std::bit_cast<uint64_t>(quotient) & ~(1ull << 63);
+    if (bits - (LOW + 1) < HIGH - (LOW + 1)) return true;
+    int exponent = static_cast<int>(bits >> 52) - 1023;
+    if (exponent < 0 || exponent > 47) return false;
+    uint64_t one = 1ull << (52 - exponent);  // 1.0 in units of the last place
+    uint64_t fraction = bits & (one - 1);
+    return std::min(fraction, one - fraction) > 26;
+}
+
 // left / right for a numeric left and a numeric or integer right, when the
 // quotient is plainly not a whole number: the general quotient then gives
 // that double with unknown decimals. Near a whole number it decides itself.
@@ -78,13 +96,7 @@ bool multiply_in_place(Variant* left, const Variant* right) {
     else if (right->tag == TAG_INTEGER) divisor = static_cast<double>(right->integer);
     else return false;
     *quotient = left->numeric.value / divisor;
-    double magnitude = std::fabs(*quotient);
-    if (!(magnitude < 1e15)) return false;
-    double fraction = magnitude - static_cast<double>(static_cast<long long>(magnitude));
-    double to_whole = std::min(fraction, 1.0 - fraction);
-    // The general test's bound grows with the nearest whole number, which is
-    // at most magnitude + 1: beyond this bound both agree it is no whole number.
-    return to_whole > DOUBLE_TOLERANCE * (4 * (magnitude + 1) + 1);
+    return plainly_fractional(*quotient);
 }
 
 bool divide_in_place(Variant* left, const Variant* right) {

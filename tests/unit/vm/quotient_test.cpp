@@ -92,6 +92,16 @@ TEST_F(Quotient, SpreadOfMagnitudesAgrees) {
     }
 }
 
+// Just above zero and just below one the nearest whole number is 0 or 1.
+TEST_F(Quotient, SmallAndJustBelowOneAgree) {
+    for (int j = 30; j <= 60; ++j)
+        for (double scale : {1.0, 1.25, 1.5, 1.75})
+            for (double q : {std::ldexp(scale, -j), 1.0 - std::ldexp(scale, -j), 1.0 + std::ldexp(scale, -j)}) {
+                expect_same(q, operand(1.0, false));
+                expect_same(-q * 3, operand(3, true));
+            }
+}
+
 // Zero, negative zero, infinities and a NaN go the general way and keep its answer.
 TEST_F(Quotient, EdgeValuesAgree) {
     double inf = std::numeric_limits<double>::infinity();
