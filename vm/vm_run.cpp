@@ -136,21 +136,18 @@ void binary_with_null_rule(VmStack* stack, Operation operation) {
     stack->pop();
 }
 
-// BinaryAdd, BinaryMul and BinaryDiv on the top two slots: the short path
-// for the pairs it takes, else the general operator.
-[[gnu::always_inline]] inline void binary_add(VmStack* stack) {
-    if (add_in_place(stack->esp + 1, stack->esp)) return pop_scalar(stack);
+// The general add, product and quotient of the top two slots, out of the
+// dispatch loop.
+[[gnu::noinline]] void general_add(VmStack* stack) {
     inline_variant_add(stack->esp + 1, stack->esp);
     stack->pop();
 }
 
-[[gnu::always_inline]] inline void binary_mul(VmStack* stack) {
-    if (multiply_in_place(stack->esp + 1, stack->esp)) return pop_scalar(stack);
+[[gnu::noinline]] void general_mul(VmStack* stack) {
     binary_with_null_rule(stack, [stack](Variant* l, Variant* r) { l->mul(stack, *r); });
 }
 
-[[gnu::always_inline]] inline void binary_div(VmStack* stack) {
-    if (divide_in_place(stack->esp + 1, stack->esp)) return pop_scalar(stack);
+[[gnu::noinline]] void general_div(VmStack* stack) {
     binary_with_null_rule(stack, [stack](Variant* l, Variant* r) { l->div(stack, *r); });
 }
 
@@ -271,17 +268,20 @@ void add_to_this_member(VmStack* stack, member_site_st& site, const Memvar* slot
     return kept_bare_variable(stack, site, symbol);
 }
 
+// Pushes the bare name's value as ReadByName (ReadBareLocal) pushes it: the
+// variable kept for it, else found by a look-up.
+void push_bare(VmStack* stack, name_site_st& site, uint32_t symbol, const Memvar* kept) {
+    if (kept) copy_value(stack->push(), kept);
+    else read_by_name(stack, site, symbol);
+}
+
 // top <operator> a bare name: while the name is known as a variable and the
 // pair takes the short path, the variable is read in place and nothing is
 // pushed; else the name is read as ReadByName (ReadBareLocal) reads it and
 // the operator runs as its own instruction would.
-[[gnu::always_inline]] inline void operate_by_bare(VmStack* stack, name_site_st& site, uint32_t symbol,
-                                                   uint64_t offset, bool (*in_place)(Variant*, const Variant*),
-                                                   void (*general)(VmStack*)) {
-    const Memvar* right = bare_variable(stack, site, symbol, offset);
-    if (right && in_place(stack->esp, right)) return;
-    if (right) copy_value(stack->push(), right);
-    else read_by_name(stack, site, symbol);
+[[gnu::noinline]] void operate_by_bare_generally(VmStack* stack, name_site_st& site, uint32_t symbol,
+                                                 const Memvar* kept, void (*general)(VmStack*)) {
+    push_bare(stack, site, symbol, kept);
     general(stack);
 }
 
@@ -289,20 +289,21 @@ template <typename Op>
 [[gnu::always_inline]] inline void operate_by_bare(VmStack* stack, const Op& op,
                                                    bool (*in_place)(Variant*, const Variant*),
                                                    void (*general)(VmStack*)) {
-    operate_by_bare(stack, op.sites[0], op.symbol, op.offset, in_place, general);
+    const Memvar* right = bare_variable(stack, op.sites[0], op.symbol, op.offset);
+    if (right && in_place(stack->esp, right)) return;
+    operate_by_bare_generally(stack, op.sites[0], op.symbol, right, general);
 }
 
 // left <operator> right, both bare names: the left pushed as its read would
 // push it, then as the operator by a bare name.
 template <uint8_t OP>
-[[gnu::always_inline]] inline void operate_bare_by_bare(VmStack* stack, const VmOpBareByBare<OP>& op,
-                                                        bool (*in_place)(Variant*, const Variant*),
-                                                        void (*general)(VmStack*)) {
-    if (const Memvar* left = bare_variable(stack, op.sites[0], op.left, op.left_offset))
-        copy_value(stack->push(), left);
-    else
-        read_by_name(stack, op.sites[0], op.left);
-    operate_by_bare(stack, op.sites[1], op.symbol, op.offset, in_place, general);
+[[gnu::noinline]] void operate_bare_by_bare(VmStack* stack, const VmOpBareByBare<OP>& op,
+                                            bool (*in_place)(Variant*, const Variant*),
+                                            void (*general)(VmStack*)) {
+    push_bare(stack, op.sites[0], op.left, bare_variable(stack, op.sites[0], op.left, op.left_offset));
+    const Memvar* right = bare_variable(stack, op.sites[1], op.symbol, op.offset);
+    if (right && in_place(stack->esp, right)) return;
+    operate_by_bare_generally(stack, op.sites[1], op.symbol, right, general);
 }
 
 // Two numbers add in place with nothing pushed: true. The loop's own short path.
@@ -331,7 +332,7 @@ void add_bare_to_bare(VmStack* stack, const VmOpAddBareToBare& add) {
     const Memvar* right = left ? bare_variable(stack, op.sites[1], op.symbol, op.offset) : nullptr;
     double quotient;
     if (right && plain_quotient(left, right, &quotient)) return stack->push()->set_float(quotient, DECIMALS_UNKNOWN);
-    operate_bare_by_bare(stack, op, divide_in_place, binary_div);
+    operate_bare_by_bare(stack, op, divide_in_place, general_div);
 }
 
 // The round of an integer loop whose variable is known without a look-up:
@@ -500,12 +501,12 @@ void operate_with_constant(VmStack* stack, const Constant& value, bool (*in_plac
 
 template <typename Constant>
 void add_constant(VmStack* stack, const Constant& value) {
-    operate_with_constant(stack, value, add_in_place, [stack] { binary_add(stack); });
+    operate_with_constant(stack, value, add_in_place, [stack] { general_add(stack); });
 }
 
 template <typename Constant>
 void multiply_constant(VmStack* stack, const Constant& value) {
-    operate_with_constant(stack, value, multiply_in_place, [stack] { binary_mul(stack); });
+    operate_with_constant(stack, value, multiply_in_place, [stack] { general_mul(stack); });
 }
 
 // x * factor + addend in place: two integers when neither step overflows,
@@ -626,26 +627,45 @@ void run_loop(VmStack* stack, VmOp*** ip, Variant* ret) {
         case OP_RESET_ESP:
             stack->pop_to(stack->frame_esp);
             break;
-        case OP_BINARY_ADD: binary_add(stack); break;
+        case OP_BINARY_ADD:
+            if (add_in_place(stack->esp + 1, stack->esp)) {
+                pop_scalar(stack);
+                break;
+            }
+            inline_variant_add(stack->esp + 1, stack->esp);
+            stack->pop();
+            break;
         case OP_BINARY_SUB:
             binary_with_null_rule(stack, [stack](Variant* l, Variant* r) { l->sub(stack, *r); });
             break;
-        case OP_BINARY_MUL: binary_mul(stack); break;
-        case OP_BINARY_DIV: binary_div(stack); break;
-        case OP_ADD_BY_BARE: operate_by_bare(stack, op_as<VmOpAddByBare>(op), add_in_place, binary_add); break;
+        case OP_BINARY_MUL:
+            if (multiply_in_place(stack->esp + 1, stack->esp)) {
+                pop_scalar(stack);
+                break;
+            }
+            binary_with_null_rule(stack, [stack](Variant* l, Variant* r) { l->mul(stack, *r); });
+            break;
+        case OP_BINARY_DIV:
+            if (divide_in_place(stack->esp + 1, stack->esp)) {
+                pop_scalar(stack);
+                break;
+            }
+            binary_with_null_rule(stack, [stack](Variant* l, Variant* r) { l->div(stack, *r); });
+            break;
+        case OP_ADD_BY_BARE: operate_by_bare(stack, op_as<VmOpAddByBare>(op), add_in_place, general_add); break;
         case OP_MUL_BY_BARE:
-            operate_by_bare(stack, op_as<VmOpMulByBare>(op), multiply_in_place, binary_mul);
+            operate_by_bare(stack, op_as<VmOpMulByBare>(op), multiply_in_place, general_mul);
             break;
         case OP_ADD_BARE_BY_BARE:
-            operate_bare_by_bare(stack, op_as<VmOpAddBareByBare>(op), add_in_place, binary_add);
+            operate_bare_by_bare(stack, op_as<VmOpAddBareByBare>(op), add_in_place, general_add);
             break;
         case OP_MUL_BARE_BY_BARE:
-            operate_bare_by_bare(stack, op_as<VmOpMulBareByBare>(op), multiply_in_place, binary_mul);
+            operate_bare_by_bare(stack, op_as<VmOpMulBareByBare>(op), multiply_in_place, general_mul);
             break;
         case OP_DIV_BARE_BY_BARE: divide_bare_by_bare(stack, op_as<VmOpDivBareByBare>(op)); break;
         case OP_MUL_ADD_INTEGER_TO_BARE: mul_add_to_bare(stack, op_as<VmOpMulAddIntegerToBare>(op)); break;
         case OP_MUL_ADD_NUMERIC_TO_BARE: mul_add_to_bare(stack, op_as<VmOpMulAddNumericToBare>(op)); break;
-        case OP_DIV_BY_BARE: operate_by_bare(stack, op_as<VmOpDivByBare>(op), divide_in_place, binary_div); break;
+        case OP_DIV_BY_BARE: operate_by_bare(stack, op_as<VmOpDivByBare>(op), divide_in_place, general_div); break;
         case OP_BINARY_POW:
             binary_with_null_rule(stack, [stack](Variant* l, Variant* r) { l->pow(stack, *r); });
             break;
