@@ -273,6 +273,10 @@ int compile_stmt_echo(const statement_iterator& end, statement_iterator& it, Com
 int compile_stmt_assign(const statement_iterator& end, statement_iterator& it, CompiledCodeCollection* code,
                         CodePath& path);
 
+// An instruction that reads one bare name: its symbol and frame slot (0: by name).
+bool bare_read_of(const VmOp* op, uint32_t* symbol, uint64_t* offset);
+// The frame slot an assignment to the name writes; 0: it goes by name.
+uint64_t assignment_slot(const unsigned& symbol, CodePath& path);
 // Stores the top of the stack into a variable.
 void compile_assign_to_variable(const unsigned& symbol, const document_location_st& location,
                                 CompiledCodeCollection* code, CodePath& path);

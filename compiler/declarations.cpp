@@ -200,20 +200,59 @@ bool fuse_bare_source(CompiledCodeCollection* code, size_t before, const documen
                       unsigned symbol, unsigned long long offset) {
     const VmOp* last = code->last_instruction();
     if (code->size() != before + 1 || !last) return false;
+    uint32_t source;
+    uint64_t source_offset;
+    if (!bare_read_of(last, &source, &source_offset)) return false;
     auto* add = new VmOpAddBareToBare();
     add->offset = offset;
     add->symbol = symbol;
-    if (last->opcode == OP_READ_BY_NAME) {
-        add->source = static_cast<const VmOpReadByName*>(last)->symbol;
-    } else if (last->opcode == OP_READ_BARE_LOCAL) {
-        add->source = static_cast<const VmOpReadBareLocal*>(last)->symbol;
-        add->source_offset = static_cast<const VmOpReadBareLocal*>(last)->offset;
-    } else {
-        delete add;
+    add->source = source;
+    add->source_offset = source_offset;
+    code->truncate(before);
+    code->push_back(location, add);
+    return true;
+}
+
+template <class Update, class Mul, class Add>
+VmOp* mul_add_update(const VmOp* const* ops, uint32_t symbol, uint64_t offset) {
+    auto* update = new Update();
+    update->symbol = symbol;
+    update->offset = offset;
+    update->factor = static_cast<const Mul*>(ops[1])->value;
+    update->addend = static_cast<const Add*>(ops[2])->value;
+    return update;
+}
+
+// `x = x * a + b` with two constants of one number type: a value that
+// compiled to the bare read of the target, MulConst and AddConst becomes
+// one instruction that updates the variable itself. The read must find the
+// slot the assignment writes; the instruction keeps the read's place, where
+// a name not found is reported.
+bool fuse_mul_add_update(CompiledCodeCollection* code, size_t before, unsigned symbol, CodePath& path) {
+    if (code->size() != before + 3) return false;
+    auto item = std::prev(code->items.end(), 3);
+    const document_location_st location = item->location;
+    const VmOp* ops[3];
+    for (const VmOp*& op : ops) {
+        if (item->kind != CODE_ITEM_INSTRUCTION) return false;
+        op = (item++)->op;
+    }
+    uint32_t read_symbol;
+    uint64_t offset;
+    if (!bare_read_of(ops[0], &read_symbol, &offset) || read_symbol != symbol) return false;
+    VmOp* update;
+    if (ops[1]->opcode == OP_MUL_CONST_INTEGER && ops[2]->opcode == OP_ADD_CONST_INTEGER)
+        update = mul_add_update<VmOpMulAddIntegerToBare, VmOpMulConstInteger, VmOpAddConstInteger>(ops, symbol, offset);
+    else if (ops[1]->opcode == OP_MUL_CONST_NUMERIC && ops[2]->opcode == OP_ADD_CONST_NUMERIC)
+        update = mul_add_update<VmOpMulAddNumericToBare, VmOpMulConstNumeric, VmOpAddConstNumeric>(ops, symbol, offset);
+    else
+        return false;
+    if (assignment_slot(symbol, path) != offset) {
+        delete update;
         return false;
     }
     code->truncate(before);
-    code->push_back(location, add);
+    code->push_back(location, update);
     return true;
 }
 
@@ -233,7 +272,9 @@ void compile_assign_to_variable(const Operand_Variable* target, const Operand* v
     if (compile_system_variable_write(target, value, code, path)) return;
     unsigned symbol = path.symbolize(target->name);
     if (!is_self_add(symbol, value, path)) {
+        size_t before = code->size();
         compile_value(value, code, path);
+        if (fuse_mul_add_update(code, before, symbol, path)) return;
         compile_assign_to_variable(symbol, target->location, code, path);
         return;
     }

@@ -200,17 +200,92 @@ VmOp* with_constant_right(const VmOp* constant) {
     return nullptr;
 }
 
+}  // namespace
+
+bool bare_read_of(const VmOp* op, uint32_t* symbol, uint64_t* offset) {
+    if (op->opcode == OP_READ_BY_NAME) {
+        *symbol = static_cast<const VmOpReadByName*>(op)->symbol;
+        *offset = 0;
+        return true;
+    }
+    if (op->opcode == OP_READ_BARE_LOCAL) {
+        *symbol = static_cast<const VmOpReadBareLocal*>(op)->symbol;
+        *offset = static_cast<const VmOpReadBareLocal*>(op)->offset;
+        return true;
+    }
+    return false;
+}
+
+namespace {
+
+// The operator with a bare name on its right as one instruction: the read
+// is taken back and the instruction reads the name itself.
+template <class Op>
+VmOp* with_bare_right(uint32_t symbol, uint64_t offset) {
+    if constexpr (std::is_same_v<Op, VmOpBinaryAdd>) return new VmOpAddByBare(offset, symbol);
+    if constexpr (std::is_same_v<Op, VmOpBinaryMul>) return new VmOpMulByBare(offset, symbol);
+    if constexpr (std::is_same_v<Op, VmOpBinaryDiv>) return new VmOpDivByBare(offset, symbol);
+    return nullptr;
+}
+
+template <class Binary>
+VmOp* bare_by_bare(uint32_t left, uint64_t left_offset, uint32_t right, uint64_t right_offset) {
+    auto* binary = new Binary();
+    binary->left = left;
+    binary->left_offset = left_offset;
+    binary->symbol = right;
+    binary->offset = right_offset;
+    return binary;
+}
+
+// Both operands bare names: both reads go into the operator.
+template <class Op>
+VmOp* with_bare_operands(uint32_t left, uint64_t left_offset, uint32_t right, uint64_t right_offset) {
+    if constexpr (std::is_same_v<Op, VmOpBinaryAdd>)
+        return bare_by_bare<VmOpAddBareByBare>(left, left_offset, right, right_offset);
+    if constexpr (std::is_same_v<Op, VmOpBinaryMul>)
+        return bare_by_bare<VmOpMulBareByBare>(left, left_offset, right, right_offset);
+    if constexpr (std::is_same_v<Op, VmOpBinaryDiv>)
+        return bare_by_bare<VmOpDivBareByBare>(left, left_offset, right, right_offset);
+    return nullptr;
+}
+
+// The operator, with a right operand that compiled to one constant or one
+// bare read folded into it, and then a left operand that is one bare read.
+// A folded read keeps the read's place: a name not found is reported there.
+template <class Op>
+void emit_binary(const BinaryOperator* binary, CompiledCodeCollection* code, size_t start, size_t before) {
+    const VmOp* last = code->last_instruction();
+    if (code->size() != before + 1 || !last) return code->push_back(binary->location, new Op());
+    if (VmOp* fused = with_constant_right<Op>(last)) {
+        code->truncate(before);
+        return code->push_back(binary->location, fused);
+    }
+    uint32_t right, left;
+    uint64_t right_offset, left_offset;
+    VmOp* fused = bare_read_of(last, &right, &right_offset) ? with_bare_right<Op>(right, right_offset) : nullptr;
+    if (!fused) return code->push_back(binary->location, new Op());
+    code_item_st read = code->items.back();
+    code->truncate(before);
+    const VmOp* left_read = before == start + 1 ? code->last_instruction() : nullptr;
+    if (left_read && bare_read_of(left_read, &left, &left_offset)) {
+        delete fused;
+        fused = with_bare_operands<Op>(left, left_offset, right, right_offset);
+        read = code->items.back();
+        code->truncate(start);
+    }
+    code->push_back(read.has_location ? read.location : binary->location, fused);
+}
+
 template <class Op, bool Text>
 void compile_constexpr_binary_default(const BinaryOperator* binary, CompiledCodeCollection* code, CodePath& path,
                                       compiler_type_info_st* type) {
     compiler_type_info_st left = fresh_type(), right = fresh_type();
+    size_t start = code->size();
     compile_operand(binary->left.get(), false, true, code, path, &left);
     size_t before = code->size();
     compile_operand(binary->right.get(), false, true, code, path, &right);
-    const VmOp* last = code->last_instruction();
-    VmOp* fused = code->size() == before + 1 && last ? with_constant_right<Op>(last) : nullptr;
-    if (fused) code->truncate(before);
-    code->push_back(binary->location, fused ? fused : new Op());
+    emit_binary<Op>(binary, code, start, before);
     *type = fresh_type();
     type->is_constant = left.is_constant && right.is_constant;
     if (Text && (left.type & 15) == FORMAL_STRING && (right.type & 15) == FORMAL_STRING) {

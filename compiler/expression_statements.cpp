@@ -18,10 +18,15 @@ int compile_stmt_echo(const statement_iterator&, statement_iterator& it, Compile
 }
 
 // A name not declared LOCAL on this path goes by name, even when it has a slot.
+uint64_t assignment_slot(const unsigned& symbol, CodePath& path) {
+    unsigned long long offset;
+    if (path.compiler->compile_time_define_memvar(symbol, &offset) && path.known_locals.count(symbol)) return offset;
+    return 0;
+}
+
 void compile_assign_to_variable(const unsigned& symbol, const document_location_st& location,
                                 CompiledCodeCollection* code, CodePath& path) {
-    unsigned long long offset;
-    if (path.compiler->compile_time_define_memvar(symbol, &offset) && path.known_locals.count(symbol))
+    if (uint64_t offset = assignment_slot(symbol, path))
         code->push_back(location, new VmOpWriteMemvarByOffset(offset));
     else
         code->push_back(location, new VmOpWriteMemarByName(symbol));

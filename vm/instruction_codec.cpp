@@ -465,6 +465,44 @@ struct shape_codec<VmOpAddBareToBare> {
     }
 };
 
+template <uint8_t OP, typename T>
+struct shape_codec<VmOpMulAddToBare<OP, T>> {
+    static void encode(const VmOp& op, module_writer& out) {
+        const auto& update = static_cast<const VmOpMulAddToBare<OP, T>&>(op);
+        out.u64(update.offset);
+        out.symbol(update.symbol);
+        write_value(out, update.factor);
+        write_value(out, update.addend);
+    }
+    static VmOp* decode(opcode_decoder_stack_st& decoder, std::istream& in) {
+        auto update = std::make_unique<VmOpMulAddToBare<OP, T>>();
+        update->offset = read_u64(in);
+        update->symbol = decoder.symbol(in);
+        read_value(decoder, in, &update->factor);
+        read_value(decoder, in, &update->addend);
+        return update.release();
+    }
+};
+
+template <uint8_t OP>
+struct shape_codec<VmOpBareByBare<OP>> {
+    static void encode(const VmOp& op, module_writer& out) {
+        const auto& binary = static_cast<const VmOpBareByBare<OP>&>(op);
+        out.u64(binary.left_offset);
+        out.symbol(binary.left);
+        out.u64(binary.offset);
+        out.symbol(binary.symbol);
+    }
+    static VmOp* decode(opcode_decoder_stack_st& decoder, std::istream& in) {
+        auto binary = std::make_unique<VmOpBareByBare<OP>>();
+        binary->left_offset = read_u64(in);
+        binary->left = decoder.symbol(in);
+        binary->offset = read_u64(in);
+        binary->symbol = decoder.symbol(in);
+        return binary.release();
+    }
+};
+
 template <>
 struct shape_codec<VmOpReadNameMember> {
     static void encode(const VmOp& op, module_writer& out) {
@@ -522,6 +560,9 @@ namespace file_ids {
 #define ZO_CODEC_SHAPE_TRY ZO_CODEC_ROW
 #define ZO_CODEC_SHAPE_FOR_NEXT ZO_CODEC_ROW
 #define ZO_CODEC_SHAPE_ADD_BARE ZO_CODEC_ROW
+#define ZO_CODEC_SHAPE_MUL_ADD_INTEGER ZO_CODEC_ROW
+#define ZO_CODEC_SHAPE_MUL_ADD_NUMERIC ZO_CODEC_ROW
+#define ZO_CODEC_SHAPE_BARE_BY_BARE ZO_CODEC_ROW
 #define ZO_CODEC_SHAPE_NAME_MEMBER ZO_CODEC_ROW
 #define ZO_CODEC_SHAPE_UNUSED ZO_CODEC_UNUSED
 

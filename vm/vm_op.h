@@ -93,7 +93,10 @@ constexpr int name_sites_of(uint8_t op) {
     case OP_WRITE_MEMVAR_BY_NAME:
     case OP_READ_BARE_LOCAL:
     case OP_READ_ARRAY_BY_NAME:
-    case OP_WRITE_ARRAY_BY_NAME: return 1;
+    case OP_WRITE_ARRAY_BY_NAME:
+    case OP_ADD_BY_BARE:
+    case OP_MUL_BY_BARE:
+    case OP_DIV_BY_BARE: return 1;
     // The bare name read, then the variable assigned.
     case OP_ADD_TO_BARE_NAME:
     case OP_ADD_TO_BARE_LOCAL: return 2;
@@ -269,6 +272,33 @@ public:
     VmOpAddBareToBare() : VmOp(OP_ADD_BARE_TO_BARE) {}
 };
 
+// `x = x * factor + addend` with two number constants of one type: the bare
+// read, MulConst, AddConst and the assignment in one; two numbers take the
+// product and the sum in the variable itself.
+// Its look-up places: the name read bare, the variable assigned.
+template <uint8_t OP, typename T>
+class VmOpMulAddToBare : public VmOp, public NameSites<2> {
+public:
+    uint64_t offset = 0;  // the target's frame slot; 0: by name
+    uint32_t symbol = 0;
+    T factor{};
+    T addend{};
+    VmOpMulAddToBare() : VmOp(OP) {}
+};
+
+// `left op right` with both operands bare names: the two reads and the
+// operator in one; the names read as ReadByName (ReadBareLocal, with the
+// slot) reads them. Its look-up places: the left name, the right name.
+template <uint8_t OP>
+class VmOpBareByBare : public VmOp, public NameSites<2> {
+public:
+    uint64_t left_offset = 0;  // 0: by name
+    uint32_t left = 0;
+    uint64_t offset = 0;  // the right operand's slot; 0: by name
+    uint32_t symbol = 0;
+    VmOpBareByBare() : VmOp(OP) {}
+};
+
 // `name.member` read where the name is looked up as an alias or else a
 // variable: ReadFileObjectOrMemvarByName and ObjectRead without subscripts
 // in one, and the variable's object is read in place, not copied.
@@ -306,6 +336,9 @@ public:
 #define ZO_SHAPE_TRY(Name, ENUM)
 #define ZO_SHAPE_FOR_NEXT(Name, ENUM)
 #define ZO_SHAPE_ADD_BARE(Name, ENUM)
+#define ZO_SHAPE_BARE_BY_BARE(Name, ENUM) using VmOp##Name = VmOpBareByBare<OP_##ENUM>;
+#define ZO_SHAPE_MUL_ADD_INTEGER(Name, ENUM) using VmOp##Name = VmOpMulAddToBare<OP_##ENUM, integer_type_st>;
+#define ZO_SHAPE_MUL_ADD_NUMERIC(Name, ENUM) using VmOp##Name = VmOpMulAddToBare<OP_##ENUM, numeric_type_st>;
 #define ZO_SHAPE_NAME_MEMBER(Name, ENUM)
 #define ZO_SHAPE_UNUSED(Name, ENUM)
 #define ZO_INSTRUCTION(code, Name, ENUM, operands, pops, pushes, meaning) ZO_SHAPE_##operands(Name, ENUM)
@@ -335,6 +368,9 @@ public:
 #undef ZO_SHAPE_TRY
 #undef ZO_SHAPE_FOR_NEXT
 #undef ZO_SHAPE_ADD_BARE
+#undef ZO_SHAPE_BARE_BY_BARE
+#undef ZO_SHAPE_MUL_ADD_INTEGER
+#undef ZO_SHAPE_MUL_ADD_NUMERIC
 #undef ZO_SHAPE_NAME_MEMBER
 #undef ZO_SHAPE_UNUSED
 

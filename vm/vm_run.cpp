@@ -2,6 +2,7 @@
 #include "vm/vm_run.h"
 
 #include <algorithm>
+#include <bit>
 #include <cmath>
 #include <exception>
 #include <string>
@@ -72,23 +73,39 @@ bool multiply_in_place(Variant* left, const Variant* right) {
     return true;
 }
 
-// left /= right for a numeric left and a numeric or integer right, when the
+// A quotient plainly not a whole number, told from its bits alone: between
+// 2^-46 and 1 - 2^-46, or from 1 up more than 26 units of its last place
+// from the nearest whole number. The general rule's tolerance at that size is
+// below 2^-46 in the first range and at most 26 units in the second, so it
+// agrees that the quotient is a fraction. Anything else is left to it.
+[[gnu::always_inline]] inline bool plainly_fractional(double quotient) {
+    constexpr uint64_t LOW = std::bit_cast<uint64_t>(0x1p-46);
+    constexpr uint64_t HIGH = std::bit_cast<uint64_t>(1.0 - 0x1p-46);
+    uint64_t bits = std::bit_cast<uint64_t>(quotient) & ~(1ull << 63);
+    if (bits - (LOW + 1) < HIGH - (LOW + 1)) return true;
+    int exponent = static_cast<int>(bits >> 52) - 1023;
+    if (exponent < 0 || exponent > 47) return false;
+    uint64_t one = 1ull << (52 - exponent);  // 1.0 in units of the last place
+    uint64_t fraction = bits & (one - 1);
+    return std::min(fraction, one - fraction) > 26;
+}
+
+// left / right for a numeric left and a numeric or integer right, when the
 // quotient is plainly not a whole number: the general quotient then gives
 // that double with unknown decimals. Near a whole number it decides itself.
-bool divide_in_place(Variant* left, const Variant* right) {
+[[gnu::always_inline]] inline bool plain_quotient(const Variant* left, const Variant* right, double* quotient) {
     if (left->tag != TAG_NUMERIC) return false;
     double divisor;
     if (right->tag == TAG_NUMERIC) divisor = right->numeric.value;
     else if (right->tag == TAG_INTEGER) divisor = static_cast<double>(right->integer);
     else return false;
-    double quotient = left->numeric.value / divisor;
-    double magnitude = std::fabs(quotient);
-    if (!(magnitude < 1e15)) return false;
-    double fraction = magnitude - static_cast<double>(static_cast<long long>(magnitude));
-    double to_whole = std::min(fraction, 1.0 - fraction);
-    // The general test's bound grows with the nearest whole number, which is
-    // at most magnitude + 1: beyond this bound both agree it is no whole number.
-    if (!(to_whole > DOUBLE_TOLERANCE * (4 * (magnitude + 1) + 1))) return false;
+    *quotient = left->numeric.value / divisor;
+    return plainly_fractional(*quotient);
+}
+
+bool divide_in_place(Variant* left, const Variant* right) {
+    double quotient;
+    if (!plain_quotient(left, right, &quotient)) return false;
     left->set_float(quotient, DECIMALS_UNKNOWN);
     return true;
 }
@@ -121,6 +138,21 @@ void binary_with_null_rule(VmStack* stack, Operation operation) {
         operation(left, right);
     }
     stack->pop();
+}
+
+// The general add, product and quotient of the top two slots, out of the
+// dispatch loop.
+[[gnu::noinline]] void general_add(VmStack* stack) {
+    inline_variant_add(stack->esp + 1, stack->esp);
+    stack->pop();
+}
+
+[[gnu::noinline]] void general_mul(VmStack* stack) {
+    binary_with_null_rule(stack, [stack](Variant* l, Variant* r) { l->mul(stack, *r); });
+}
+
+[[gnu::noinline]] void general_div(VmStack* stack) {
+    binary_with_null_rule(stack, [stack](Variant* l, Variant* r) { l->div(stack, *r); });
 }
 
 enum CompareTest { TEST_EQ, TEST_LT, TEST_LTEQ, TEST_GT, TEST_GTEQ, TEST_LTGT };
@@ -240,6 +272,44 @@ void add_to_this_member(VmStack* stack, member_site_st& site, const Memvar* slot
     return kept_bare_variable(stack, site, symbol);
 }
 
+// Pushes the bare name's value as ReadByName (ReadBareLocal) pushes it: the
+// variable kept for it, else found by a look-up.
+void push_bare(VmStack* stack, name_site_st& site, uint32_t symbol, const Memvar* kept) {
+    if (kept) copy_value(stack->push(), kept);
+    else read_by_name(stack, site, symbol);
+}
+
+// top <operator> a bare name: while the name is known as a variable and the
+// pair takes the short path, the variable is read in place and nothing is
+// pushed; else the name is read as ReadByName (ReadBareLocal) reads it and
+// the operator runs as its own instruction would.
+[[gnu::noinline]] void operate_by_bare_generally(VmStack* stack, name_site_st& site, uint32_t symbol,
+                                                 const Memvar* kept, void (*general)(VmStack*)) {
+    push_bare(stack, site, symbol, kept);
+    general(stack);
+}
+
+template <typename Op>
+[[gnu::always_inline]] inline void operate_by_bare(VmStack* stack, const Op& op,
+                                                   bool (*in_place)(Variant*, const Variant*),
+                                                   void (*general)(VmStack*)) {
+    const Memvar* right = bare_variable(stack, op.sites[0], op.symbol, op.offset);
+    if (right && in_place(stack->esp, right)) return;
+    operate_by_bare_generally(stack, op.sites[0], op.symbol, right, general);
+}
+
+// left <operator> right, both bare names: the left pushed as its read would
+// push it, then as the operator by a bare name.
+template <uint8_t OP>
+[[gnu::noinline]] void operate_bare_by_bare(VmStack* stack, const VmOpBareByBare<OP>& op,
+                                            bool (*in_place)(Variant*, const Variant*),
+                                            void (*general)(VmStack*)) {
+    push_bare(stack, op.sites[0], op.left, bare_variable(stack, op.sites[0], op.left, op.left_offset));
+    const Memvar* right = bare_variable(stack, op.sites[1], op.symbol, op.offset);
+    if (right && in_place(stack->esp, right)) return;
+    operate_by_bare_generally(stack, op.sites[1], op.symbol, right, general);
+}
+
 // Two numbers add in place with nothing pushed: true. The loop's own short path.
 [[gnu::always_inline]] inline bool add_bare_numbers(VmStack* stack, const VmOpAddBareToBare& add) {
     const Memvar* source = bare_variable(stack, add.sites[2], add.source, add.source_offset);
@@ -257,6 +327,16 @@ void add_bare_to_bare(VmStack* stack, const VmOpAddBareToBare& add) {
     if (source) copy_value(stack->push(), source);
     else read_by_name(stack, add.sites[2], add.source);
     add_to_bare_name(stack, add.sites, add.symbol, add.offset);
+}
+
+// The quotient of two bare names goes straight to the pushed slot, with no
+// copy of the left operand to read back.
+[[gnu::always_inline]] inline void divide_bare_by_bare(VmStack* stack, const VmOpDivBareByBare& op) {
+    const Memvar* left = bare_variable(stack, op.sites[0], op.left, op.left_offset);
+    const Memvar* right = left ? bare_variable(stack, op.sites[1], op.symbol, op.offset) : nullptr;
+    double quotient;
+    if (right && plain_quotient(left, right, &quotient)) return stack->push()->set_float(quotient, DECIMALS_UNKNOWN);
+    operate_bare_by_bare(stack, op, divide_in_place, general_div);
 }
 
 // The round of an integer loop whose variable is known without a look-up:
@@ -425,17 +505,54 @@ void operate_with_constant(VmStack* stack, const Constant& value, bool (*in_plac
 
 template <typename Constant>
 void add_constant(VmStack* stack, const Constant& value) {
-    operate_with_constant(stack, value, add_in_place, [stack] {
-        inline_variant_add(stack->esp + 1, stack->esp);
-        stack->pop();
-    });
+    operate_with_constant(stack, value, add_in_place, [stack] { general_add(stack); });
 }
 
 template <typename Constant>
 void multiply_constant(VmStack* stack, const Constant& value) {
-    operate_with_constant(stack, value, multiply_in_place, [stack] {
-        binary_with_null_rule(stack, [stack](Variant* l, Variant* r) { l->mul(stack, *r); });
-    });
+    operate_with_constant(stack, value, multiply_in_place, [stack] { general_mul(stack); });
+}
+
+// x * factor + addend in place: two integers when neither step overflows,
+// or two numerics, with the decimals MulConst and AddConst give them.
+bool mul_add_in_place(Variant* x, integer_type_st factor, integer_type_st addend) {
+    long long product, sum;
+    if (x->tag != TAG_INTEGER || __builtin_mul_overflow(x->integer, factor, &product) ||
+        __builtin_add_overflow(product, addend, &sum))
+        return false;
+    x->integer = sum;
+    return true;
+}
+
+[[gnu::always_inline]] inline bool mul_add_in_place(Variant* x, const numeric_type_st& factor,
+                                                   const numeric_type_st& addend) {
+    if (x->tag != TAG_NUMERIC) return false;
+    double product = x->numeric.value * factor.value;
+    // Rounded on its own, as the product of MulConst is: never one fused step.
+    asm("" : "+x"(product));
+    x->numeric = {product + addend.value,
+                  std::max(product_decimals(x->numeric.decimals, factor.decimals), addend.decimals)};
+    return true;
+}
+
+// Anything but the pairs above: the name read, multiplied, added and
+// assigned as the four instructions would.
+template <typename Op>
+[[gnu::noinline]] void mul_add_to_bare_generally(VmStack* stack, const Op& op, const Memvar* variable) {
+    if (variable) copy_value(stack->push(), variable);
+    else read_by_name(stack, op.sites[0], op.symbol);
+    multiply_constant(stack, op.factor);
+    add_constant(stack, op.addend);
+    write_slot(stack, op.offset ? local_slot(stack, op.offset) : assignable_memvar(stack, op.sites[1], op.symbol));
+}
+
+// `x = x * factor + addend`: in the variable itself while the bare name is
+// known as the variable (the variable assigning finds as well).
+template <typename Op>
+[[gnu::always_inline]] inline void mul_add_to_bare(VmStack* stack, const Op& op) {
+    Memvar* variable = bare_variable(stack, op.sites[0], op.symbol, op.offset);
+    if (variable && mul_add_in_place(variable, op.factor, op.addend)) return;
+    mul_add_to_bare_generally(stack, op, variable);
 }
 
 // The target is a by-reference slot; the value stays as top.
@@ -610,6 +727,20 @@ void run_loop(VmStack* stack, const VmFrame* floor, VmOp*** floor_ip, Variant* f
             }
             binary_with_null_rule(stack, [stack](Variant* l, Variant* r) { l->div(stack, *r); });
             break;
+        case OP_ADD_BY_BARE: operate_by_bare(stack, op_as<VmOpAddByBare>(op), add_in_place, general_add); break;
+        case OP_MUL_BY_BARE:
+            operate_by_bare(stack, op_as<VmOpMulByBare>(op), multiply_in_place, general_mul);
+            break;
+        case OP_ADD_BARE_BY_BARE:
+            operate_bare_by_bare(stack, op_as<VmOpAddBareByBare>(op), add_in_place, general_add);
+            break;
+        case OP_MUL_BARE_BY_BARE:
+            operate_bare_by_bare(stack, op_as<VmOpMulBareByBare>(op), multiply_in_place, general_mul);
+            break;
+        case OP_DIV_BARE_BY_BARE: divide_bare_by_bare(stack, op_as<VmOpDivBareByBare>(op)); break;
+        case OP_MUL_ADD_INTEGER_TO_BARE: mul_add_to_bare(stack, op_as<VmOpMulAddIntegerToBare>(op)); break;
+        case OP_MUL_ADD_NUMERIC_TO_BARE: mul_add_to_bare(stack, op_as<VmOpMulAddNumericToBare>(op)); break;
+        case OP_DIV_BY_BARE: operate_by_bare(stack, op_as<VmOpDivByBare>(op), divide_in_place, general_div); break;
         case OP_BINARY_POW:
             binary_with_null_rule(stack, [stack](Variant* l, Variant* r) { l->pow(stack, *r); });
             break;
@@ -886,6 +1017,11 @@ void run_loop(VmStack* stack, const VmFrame* floor, VmOp*** floor_ip, Variant* f
         }
         case OP_ADD_TO_BARE_NAME: {
             const auto& add = op_as<VmOpAddToBareName>(op);
+            if (Memvar* variable = kept_bare_variable(stack, add.sites[0], add.symbol);
+                variable && add_in_place(variable, stack->esp)) {
+                pop_scalar(stack);
+                break;
+            }
             add_to_bare_name(stack, add.sites, add.symbol, 0);
             break;
         }

@@ -41,8 +41,58 @@ TEST_F(ExpressionStatementTest, SelfAddOfABareNameIsOneInstruction) {
 
 TEST_F(ExpressionStatementTest, AddWithTheNameOnTheRightIsAPlainStore) {
     compile_statement("x = 1 + x");
-    EXPECT_EQ(opcodes(), (std::vector<uint8_t>{OP_READ_CONST_INTEGER, OP_READ_BY_NAME, OP_BINARY_ADD,
-                                               OP_WRITE_MEMVAR_BY_NAME}));
+    EXPECT_EQ(opcodes(), (std::vector<uint8_t>{OP_READ_CONST_INTEGER, OP_ADD_BY_BARE, OP_WRITE_MEMVAR_BY_NAME}));
+}
+
+// x = x * a + b updates the variable in one instruction only when both
+// constants are of one number type and the read is the target's own.
+TEST_F(ExpressionStatementTest, MulAddOfTheTargetIsOneUpdate) {
+    using ops = std::vector<uint8_t>;
+    compile_statement("x = x * 10 + 7");
+    ASSERT_EQ(opcodes(), (ops{OP_MUL_ADD_INTEGER_TO_BARE}));
+    const auto* whole = static_cast<const VmOpMulAddIntegerToBare*>(instruction(0));
+    EXPECT_EQ(whole->factor, 10);
+    EXPECT_EQ(whole->addend, 7);
+    EXPECT_EQ(whole->offset, 0u);
+    compiler.code.clear();
+    compile_statement("x = x * 1.5 + 0.25");
+    ASSERT_EQ(opcodes(), (ops{OP_MUL_ADD_NUMERIC_TO_BARE}));
+    const auto* number = static_cast<const VmOpMulAddNumericToBare*>(instruction(0));
+    EXPECT_EQ(number->factor.value, 1.5);
+    EXPECT_EQ(number->addend.value, 0.25);
+    EXPECT_EQ(number->addend.decimals, 2u);
+    for (const char* text : {"x = x * 2 + 0.5", "x = y * 2 + 1", "x = m.x * 2 + 1", "x = x * 2 * 3", "x = x * 2 - 1"}) {
+        compiler.code.clear();
+        compile_statement(text);
+        EXPECT_GT(opcodes().size(), 1u) << text;
+        EXPECT_EQ(opcodes().back(), OP_WRITE_MEMVAR_BY_NAME) << text;
+    }
+}
+
+// Bare names on the right of +, * and / are read by the operator; with a
+// bare name on the left too, one instruction reads both.
+TEST_F(ExpressionStatementTest, BareOperandsJoinTheOperator) {
+    using ops = std::vector<uint8_t>;
+    const std::pair<const char*, ops> cases[] = {
+        {"z = a / b", {OP_DIV_BARE_BY_BARE, OP_WRITE_MEMVAR_BY_NAME}},
+        {"z = a * b", {OP_MUL_BARE_BY_BARE, OP_WRITE_MEMVAR_BY_NAME}},
+        {"z = a + b", {OP_ADD_BARE_BY_BARE, OP_WRITE_MEMVAR_BY_NAME}},
+        {"z = 2 / b", {OP_READ_CONST_INTEGER, OP_DIV_BY_BARE, OP_WRITE_MEMVAR_BY_NAME}},
+        {"z = (a + 1) * b", {OP_READ_BY_NAME, OP_ADD_CONST_INTEGER, OP_MUL_BY_BARE, OP_WRITE_MEMVAR_BY_NAME}},
+        {"z = a - b", {OP_READ_BY_NAME, OP_READ_BY_NAME, OP_BINARY_SUB, OP_WRITE_MEMVAR_BY_NAME}},
+        {"z = a / m.b", {OP_READ_BY_NAME, OP_READ_MEMVAR_BY_NAME, OP_BINARY_DIV, OP_WRITE_MEMVAR_BY_NAME}},
+        {"z = m.a / b", {OP_READ_MEMVAR_BY_NAME, OP_DIV_BY_BARE, OP_WRITE_MEMVAR_BY_NAME}},
+    };
+    for (const auto& [text, expected] : cases) {
+        compiler.code.clear();
+        compile_statement(text);
+        EXPECT_EQ(opcodes(), expected) << text;
+    }
+    compiler.code.clear();
+    compile_statement("z = a / b");
+    const auto* both = static_cast<const VmOpDivBareByBare*>(instruction(0));
+    EXPECT_EQ(both->left, runtime->symbols().symbolize("a"));
+    EXPECT_EQ(both->symbol, runtime->symbols().symbolize("b"));
 }
 
 TEST_F(ExpressionStatementTest, SystemVariableAssignmentCallsItsWriter) {

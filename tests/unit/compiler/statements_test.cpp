@@ -211,5 +211,25 @@ TEST_F(StatementsTest, FunctionLocalsGoBySlot) {
     EXPECT_EQ(count_ops(program, OP_WRITE_MEMVAR_BY_NAME), 0u);
 }
 
+TEST_F(StatementsTest, BareOperandsOfLocalsGoBySlot) {
+    Module* module = fresh_input().build_module(
+        String("m"), String("FUNCTION f\nLOCAL a, b\na = 1\nb = 2\na = a * 2 + 1\nRETURN a / b\n"));
+    std::unique_ptr<Module> owned(module);
+    const Program& program = *module->find_function(runtime->symbols().symbolize("f"))->program();
+    ASSERT_EQ(count_ops(program, OP_MUL_ADD_INTEGER_TO_BARE), 1u);
+    ASSERT_EQ(count_ops(program, OP_DIV_BARE_BY_BARE), 1u);
+    for (size_t k = 0; k < program.instruction_count(); ++k) {
+        const VmOp* op = program.code()[k];
+        if (op->opcode == OP_MUL_ADD_INTEGER_TO_BARE)
+            EXPECT_NE(static_cast<const VmOpMulAddIntegerToBare*>(op)->offset, 0u);
+        if (op->opcode == OP_DIV_BARE_BY_BARE) {
+            const auto* divide = static_cast<const VmOpDivBareByBare*>(op);
+            EXPECT_NE(divide->left_offset, 0u);
+            EXPECT_NE(divide->offset, 0u);
+            EXPECT_NE(divide->left_offset, divide->offset);
+        }
+    }
+}
+
 }  // namespace
 }  // namespace zobase::testing
