@@ -41,30 +41,31 @@ void lookup_file_object_or_memvar(VmStack* stack, name_site_st& site, uint32_t s
 
 inline uint64_t frame_program_id(const VmStack* stack) { return stack->frame_program_id; }
 
-// Where this stack keeps the answer of a look-up place: in the place when the
-// stack claimed it, else in the stack's NameCache.
-[[gnu::always_inline]] inline name_cache_entry_st& site_entry(VmStack* stack, name_site_st& site) {
-    if (site.owner.load(std::memory_order_relaxed) == stack->stamp) [[likely]]
-        return site.entry;
-    return stack->name_cache.at(&site);
+// Whether an entry answers for the stack now: kept by this stack (its epoch
+// says so), in this frame program, with nothing changed since.
+[[gnu::always_inline]] inline bool entry_answers(const VmStack* stack, const name_cache_entry_st& entry) {
+    return entry.kept_epoch() == stack->sessions->names_epoch() && entry.kept_program() == frame_program_id(stack);
 }
 
+// The answer this stack keeps for a look-up place that it did not claim, in
+// its NameCache; null when none answers.
+[[gnu::cold]] const name_cache_entry_st* kept_elsewhere(VmStack* stack, name_site_st& site, uint64_t key);
+
 // The entry while it answers: same look-up, same frame program, nothing
-// changed since.
+// changed since. A place holds the answer of the stack that claimed it;
+// other stacks keep theirs in their NameCache.
 [[gnu::always_inline]] inline const name_cache_entry_st* kept_entry(VmStack* stack, name_site_st& site,
                                                                     uint64_t key) {
-    const name_cache_entry_st& entry = site_entry(stack, site);
-    return entry.key == key && entry.program_id == frame_program_id(stack) &&
-                   entry.epoch == stack->sessions->names_epoch()
-               ? &entry
-               : nullptr;
+    if (entry_answers(stack, site.entry)) [[likely]]
+        return &site.entry;
+    return kept_elsewhere(stack, site, key);
 }
 
 // The kept answer as a variable, its epoch checked: the frame slot while it
 // is a LOCAL, else the visible variable; null: look up again.
 [[gnu::always_inline]] inline Memvar* kept_variable(VmStack* stack, const name_cache_entry_st& entry) {
-    if (entry.offset) {
-        Memvar* slot = stack->locals - entry.offset;
+    if (entry.slot_bytes) {
+        auto* slot = reinterpret_cast<Memvar*>(reinterpret_cast<char*>(stack->locals) - entry.slot_bytes);
         if (slot->kind == MEMVAR_LOCAL) return slot;
     }
     return entry.variable;
@@ -89,9 +90,9 @@ inline uint64_t frame_program_id(const VmStack* stack) { return stack->frame_pro
 // null: not known without a look-up.
 [[gnu::always_inline]] inline Memvar* kept_bare_variable(VmStack* stack, name_site_st& site,
                                                          uint32_t symbol) {
+    // An entry that found a field keeps neither slot nor variable.
     const name_cache_entry_st* entry = kept_entry(stack, site, name_key(symbol, NAME_FIELD_OR_VARIABLE));
-    if (entry && !entry->field.table) return kept_variable(stack, *entry);
-    return nullptr;
+    return entry ? kept_variable(stack, *entry) : nullptr;
 }
 
 // A bare name: a field of the expression table or of the current work area
@@ -99,8 +100,8 @@ inline uint64_t frame_program_id(const VmStack* stack) { return stack->frame_pro
 [[gnu::always_inline]] inline void read_by_name(VmStack* stack, name_site_st& site, uint32_t symbol) {
     const name_cache_entry_st* entry = kept_entry(stack, site, name_key(symbol, NAME_FIELD_OR_VARIABLE));
     if (entry) {
-        if (entry->field.table) return stack->sessions->read_field(stack, entry->field, stack->push());
         if (const Memvar* var = kept_variable(stack, *entry)) return copy_value(stack->push(), var);
+        if (entry->field.table) return stack->sessions->read_field(stack, entry->field, stack->push());
     }
     lookup_by_name(stack, site, symbol);
 }
