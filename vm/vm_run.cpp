@@ -31,6 +31,14 @@ bool both_integers(const Variant* a, const Variant* b) { return a->tag == TAG_IN
 
 int three_way(long long a, long long b) { return (a > b) - (a < b); }
 
+// An integer loop goes round again while its value has not passed the
+// limit in the step's direction; a step of 0 ends on reaching the limit.
+bool integer_loop_continues(long long value, long long limit, long long step) {
+    if (step > 0) return value <= limit;
+    if (step < 0) return value >= limit;
+    return value != limit;
+}
+
 // Pops a top that owns nothing: there is nothing to release.
 void pop_scalar(VmStack* stack) {
     stack->esp->tag = TAG_FALSE;
@@ -158,7 +166,7 @@ bool for_loop_ends(VmStack* stack) {
     const Memvar* limit = stack->esp + 1;
     const Memvar* step = stack->esp + 2;
     if (both_integers(value, limit) && step->tag == TAG_INTEGER) {
-        bool ends = three_way(value->integer, limit->integer) == three_way(step->integer, 0);
+        bool ends = !integer_loop_continues(value->integer, limit->integer, step->integer);
         pop_scalar(stack);
         pop_scalar(stack);
         pop_scalar(stack);
@@ -267,7 +275,7 @@ void add_bare_to_bare(VmStack* stack, const VmOpAddBareToBare& add) {
     long long sum;
     if (__builtin_add_overflow(value->integer, step->integer, &sum)) return -1;
     value->integer = sum;
-    return three_way(sum, limit->integer) != three_way(step->integer, 0);
+    return integer_loop_continues(sum, limit->integer, step->integer);
 }
 
 // The step in place, then the test of the loop's head on value, limit and
@@ -283,7 +291,7 @@ bool for_next_continues(VmStack* stack, const VmOpForNextJump& next) {
     const Memvar* limit = local_slot(stack, next.limit);
     if (!add_in_place(variable, step)) inline_variant_add(variable, step);
     if (value && both_integers(value, limit) && step->tag == TAG_INTEGER)
-        return three_way(value->integer, limit->integer) != three_way(step->integer, 0);
+        return integer_loop_continues(value->integer, limit->integer, step->integer);
     stack->push()->set_variant(step);
     stack->push()->set_variant(limit);
     if (value) stack->push()->set_variant(value);
@@ -454,6 +462,8 @@ void read_memvar_or_false(VmStack* stack, uint32_t symbol) {
     else stack->push();
 }
 
+constexpr uint32_t JUMPS_PER_POLL = 1024;
+
 [[noreturn]] void not_built(const VmOp* op) { raise_not_available(opcode_class_name(op->opcode)); }
 
 long long resolve_count(StackCount count, const VmOp* op, bool taken) {
@@ -492,16 +502,30 @@ void verify_stack_effect(const VmStack* stack, const VmOp* op, uint64_t before, 
 // so the exception paths find the instruction that failed. The copy in `pc`
 // only spares reading it back before each instruction; nothing else moves
 // the position of a running loop.
+// Every loop goes round through a jump, where Ctrl-C is answered: looked
+// at once in JUMPS_PER_POLL jumps, which a loop makes in well under a
+// millisecond.
+#pragma GCC diagnostic push
+#pragma GCC diagnostic error "-Wswitch-enum"
 template <bool Checked>
 void run_loop(VmStack* stack, VmOp*** ip, Variant* ret) {
     VmOp** pc = *ip;
+    uint32_t jumps_to_poll = 1;
+    auto jumped = [&] {
+        if (--jumps_to_poll == 0) [[unlikely]] {
+            jumps_to_poll = JUMPS_PER_POLL;
+            poll_interrupt(stack);
+        }
+    };
     for (;;) {
         const VmOp* op = *pc;
         const uint64_t depth_before = Checked ? stack->depth() : 0;
         auto completed = [&](bool taken) {
             if constexpr (Checked) verify_stack_effect(stack, op, depth_before, taken);
         };
-        switch (op->opcode) {
+        // Every opcode has its case (a missing one does not compile) and
+        // no instruction holds another byte: the switch needs no range test.
+        switch (static_cast<Opcode>(op->opcode)) {
         case OP_UNWIND_FRAME:
             *ip = stack->frame->saved_ip;
             stack->pop_to(stack->frame_esp);
@@ -671,8 +695,7 @@ void run_loop(VmStack* stack, VmOp*** ip, Variant* ret) {
             int round = integer_round(stack, next);
             if (round < 0) round = for_next_continues(stack, next);
             if (round) {
-                // A loop's way round: Ctrl-C is answered here, as at a jump.
-                poll_interrupt(stack);
+                jumped();
                 *ip = pc = next.target;
                 completed(true);
                 continue;
@@ -711,8 +734,7 @@ void run_loop(VmStack* stack, VmOp*** ip, Variant* ret) {
             break;
         }
         case OP_JUMP:
-            // Every loop goes round through a jump: Ctrl-C is answered here.
-            poll_interrupt(stack);
+            jumped();
             *ip = pc = op_as<VmOpJump>(op).target;
             completed(true);
             continue;
@@ -908,13 +930,14 @@ void run_loop(VmStack* stack, VmOp*** ip, Variant* ret) {
             // At rest there is no frame to hold the scope, and no frame to catch in.
             if (stack->frame) enter_try_scope(stack->frame, &op_as<VmOpTryEnter>(op));
             break;
-        default:
-            not_built(op);
+        case OP_UNUSED_67: not_built(op);
+        default: __builtin_unreachable();
         }
         completed(false);
         *ip = ++pc;
     }
 }
+#pragma GCC diagnostic pop
 
 }  // namespace
 
