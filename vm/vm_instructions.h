@@ -44,7 +44,7 @@ inline uint64_t frame_program_id(const VmStack* stack) { return stack->frame_pro
 // Whether an entry answers for the stack now: kept by this stack (its epoch
 // says so), in this frame program, with nothing changed since.
 [[gnu::always_inline]] inline bool entry_answers(const VmStack* stack, const name_cache_entry_st& entry) {
-    return entry.kept_epoch() == stack->sessions->names_epoch() && entry.kept_program() == frame_program_id(stack);
+    return entry.kept_epoch() == stack->sessions.names_epoch() && entry.kept_program() == frame_program_id(stack);
 }
 
 // The answer this stack keeps for a look-up place that it did not claim, in

@@ -263,19 +263,31 @@ void add_bare_to_bare(VmStack* stack, const VmOpAddBareToBare& add) {
     add_to_bare_name(stack, add.sites, add.symbol, add.offset);
 }
 
+// The loop's variable while it is known without a look-up: the frame slot
+// the compiler gave it, or the variable the bare name stands for; null
+// when a look-up must decide.
+[[gnu::always_inline]] inline Memvar* known_loop_variable(VmStack* stack, const VmOpForNextJump& next) {
+    if (!next.variable) return kept_bare_variable(stack, next.sites[1], next.symbol);
+    Memvar* slot = local_slot(stack, next.variable);
+    if (stack->sessions->bare_names_free() || kept_bare_variable(stack, next.sites[1], next.symbol) == slot)
+        return slot;
+    return nullptr;
+}
+
 // The round of an integer loop whose variable is known without a look-up:
-// 1 go round again, 0 done; -1 when the general round must decide (another
-// type, an overflow to a double, a name that must be looked up).
-[[gnu::always_inline]] inline int integer_round(VmStack* stack, const VmOpForNextJump& next) {
-    Memvar* value = bare_variable(stack, next.sites[1], next.symbol, next.variable);
-    if (!value || (next.variable && value != local_slot(stack, next.variable))) return -1;
+// true with `again` set when decided; false when the general round must
+// decide (another type, an overflow to a double, a name to look up).
+[[gnu::always_inline]] inline bool integer_round(VmStack* stack, const VmOpForNextJump& next, bool* again) {
+    Memvar* value = known_loop_variable(stack, next);
+    if (!value || value->tag != TAG_INTEGER) return false;
     const Memvar* step = local_slot(stack, next.step);
     const Memvar* limit = local_slot(stack, next.limit);
-    if (value->tag != TAG_INTEGER || step->tag != TAG_INTEGER || limit->tag != TAG_INTEGER) return -1;
+    if (step->tag != TAG_INTEGER || limit->tag != TAG_INTEGER) return false;
     long long sum;
-    if (__builtin_add_overflow(value->integer, step->integer, &sum)) return -1;
+    if (__builtin_add_overflow(value->integer, step->integer, &sum)) return false;
     value->integer = sum;
-    return integer_loop_continues(sum, limit->integer, step->integer);
+    *again = integer_loop_continues(sum, limit->integer, step->integer);
+    return true;
 }
 
 // The step in place, then the test of the loop's head on value, limit and
@@ -692,9 +704,9 @@ void run_loop(VmStack* stack, VmOp*** ip, Variant* ret) {
             break;
         case OP_FOR_NEXT_JUMP: {
             const auto& next = op_as<VmOpForNextJump>(op);
-            int round = integer_round(stack, next);
-            if (round < 0) round = for_next_continues(stack, next);
-            if (round) {
+            bool again;
+            if (!integer_round(stack, next, &again)) again = for_next_continues(stack, next);
+            if (again) {
                 jumped();
                 *ip = pc = next.target;
                 completed(true);
