@@ -510,10 +510,10 @@ void verify_stack_effect(const VmStack* stack, const VmOp* op, uint64_t before, 
 
 // The dispatch loop, compiled twice: Checked verifies every instruction's
 // stack effect against the instruction table.
-// *ip stays the machine's position: every change is written through to it,
-// so the exception paths find the instruction that failed. The copy in `pc`
-// only spares reading it back before each instruction; nothing else moves
-// the position of a running loop.
+// *ip stays the machine's position: it is written before each instruction
+// runs, so the exception paths and everything an instruction calls find
+// the instruction running. The copy in `pc` only spares reading it back;
+// nothing else moves the position of a running loop.
 // Every loop goes round through a jump, where Ctrl-C is answered: looked
 // at once in JUMPS_PER_POLL jumps, which a loop makes in well under a
 // millisecond.
@@ -530,6 +530,7 @@ void run_loop(VmStack* stack, VmOp*** ip, Variant* ret) {
         }
     };
     for (;;) {
+        *ip = pc;
         const VmOp* op = *pc;
         const uint64_t depth_before = Checked ? stack->depth() : 0;
         auto completed = [&](bool taken) {
@@ -628,7 +629,7 @@ void run_loop(VmStack* stack, VmOp*** ip, Variant* ret) {
             if (tag > TAG_TRUE) throw RuntimeError(ERR_ARGUMENT_INVALID);
             stack->pop();
             if (tag == TAG_TRUE) {
-                *ip = pc = op_as<VmOpCondTrueJump>(op).target;
+                pc = op_as<VmOpCondTrueJump>(op).target;
                 completed(true);
                 continue;
             }
@@ -638,7 +639,7 @@ void run_loop(VmStack* stack, VmOp*** ip, Variant* ret) {
             uint8_t tag = stack->esp->tag;
             if (tag > TAG_TRUE) throw RuntimeError(ERR_ARGUMENT_INVALID);
             if (tag == TAG_TRUE) {
-                *ip = pc = op_as<VmOpCondTrueJumpKeepEsp>(op).target;
+                pc = op_as<VmOpCondTrueJumpKeepEsp>(op).target;
                 completed(true);
                 continue;
             }
@@ -649,7 +650,7 @@ void run_loop(VmStack* stack, VmOp*** ip, Variant* ret) {
             if (tag > TAG_TRUE) throw RuntimeError(ERR_ARGUMENT_INVALID);
             stack->pop();
             if (tag <= TAG_NULL) {
-                *ip = pc = op_as<VmOpCondFalseOrNullJump>(op).target;
+                pc = op_as<VmOpCondFalseOrNullJump>(op).target;
                 completed(true);
                 continue;
             }
@@ -659,7 +660,7 @@ void run_loop(VmStack* stack, VmOp*** ip, Variant* ret) {
             uint8_t tag = stack->esp->tag;
             if (tag > TAG_TRUE) throw RuntimeError(ERR_ARGUMENT_INVALID);
             if (tag <= TAG_NULL) {
-                *ip = pc = op_as<VmOpCondFalseOrNullJumpKeepEsp>(op).target;
+                pc = op_as<VmOpCondFalseOrNullJumpKeepEsp>(op).target;
                 completed(true);
                 continue;
             }
@@ -697,7 +698,7 @@ void run_loop(VmStack* stack, VmOp*** ip, Variant* ret) {
         case OP_ESP_FREE: stack->pop(); break;
         case OP_FOR_COND_FALSE_JUMP:
             if (for_loop_ends(stack)) {
-                *ip = pc = op_as<VmOpForCondFalseJump>(op).target;
+                pc = op_as<VmOpForCondFalseJump>(op).target;
                 completed(true);
                 continue;
             }
@@ -708,7 +709,7 @@ void run_loop(VmStack* stack, VmOp*** ip, Variant* ret) {
             if (!integer_round(stack, next, &again)) again = for_next_continues(stack, next);
             if (again) {
                 jumped();
-                *ip = pc = next.target;
+                pc = next.target;
                 completed(true);
                 continue;
             }
@@ -747,7 +748,7 @@ void run_loop(VmStack* stack, VmOp*** ip, Variant* ret) {
         }
         case OP_JUMP:
             jumped();
-            *ip = pc = op_as<VmOpJump>(op).target;
+            pc = op_as<VmOpJump>(op).target;
             completed(true);
             continue;
         case OP_RETURN_VALUE:
@@ -946,7 +947,7 @@ void run_loop(VmStack* stack, VmOp*** ip, Variant* ret) {
         default: __builtin_unreachable();
         }
         completed(false);
-        *ip = ++pc;
+        ++pc;
     }
 }
 #pragma GCC diagnostic pop
