@@ -474,8 +474,6 @@ void read_memvar_or_false(VmStack* stack, uint32_t symbol) {
     else stack->push();
 }
 
-constexpr uint32_t JUMPS_PER_POLL = 1024;
-
 [[noreturn]] void not_built(const VmOp* op) { raise_not_available(opcode_class_name(op->opcode)); }
 
 long long resolve_count(StackCount count, const VmOp* op, bool taken) {
@@ -514,21 +512,11 @@ void verify_stack_effect(const VmStack* stack, const VmOp* op, uint64_t before, 
 // runs, so the exception paths and everything an instruction calls find
 // the instruction running. The copy in `pc` only spares reading it back;
 // nothing else moves the position of a running loop.
-// Every loop goes round through a jump, where Ctrl-C is answered: looked
-// at once in JUMPS_PER_POLL jumps, which a loop makes in well under a
-// millisecond.
 #pragma GCC diagnostic push
 #pragma GCC diagnostic error "-Wswitch-enum"
 template <bool Checked>
 void run_loop(VmStack* stack, VmOp*** ip, Variant* ret) {
     VmOp** pc = *ip;
-    uint32_t jumps_to_poll = 1;
-    auto jumped = [&] {
-        if (--jumps_to_poll == 0) [[unlikely]] {
-            jumps_to_poll = JUMPS_PER_POLL;
-            poll_interrupt(stack);
-        }
-    };
     for (;;) {
         *ip = pc;
         const VmOp* op = *pc;
@@ -708,7 +696,8 @@ void run_loop(VmStack* stack, VmOp*** ip, Variant* ret) {
             bool again;
             if (!integer_round(stack, next, &again)) again = for_next_continues(stack, next);
             if (again) {
-                jumped();
+                // A loop's way round: Ctrl-C is answered here, as at a jump.
+                poll_interrupt(stack);
                 pc = next.target;
                 completed(true);
                 continue;
@@ -747,7 +736,8 @@ void run_loop(VmStack* stack, VmOp*** ip, Variant* ret) {
             break;
         }
         case OP_JUMP:
-            jumped();
+            // Every loop goes round through a jump: Ctrl-C is answered here.
+            poll_interrupt(stack);
             pc = op_as<VmOpJump>(op).target;
             completed(true);
             continue;
