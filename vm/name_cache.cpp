@@ -24,13 +24,22 @@ Memvar* visible_variable(const VmStack* stack, uint32_t symbol) {
 // Keeps what a name means as a variable now: the frame slot of that name,
 // if the program has one, and the visible variable, if any.
 // `epoch` is the names epoch from before the look-up began.
+//
+// A PRIVATE that lives in the running frame's own slot is kept for that
+// frame alone, with no slot to test: while the epoch stands the frame
+// lives (its end releases the private, which moves the epoch), no other
+// live frame has its slots, and the slot cannot turn LOCAL (a LOCAL
+// declared over a private is an error; LPARAMETERS keeps the same slot).
 void keep_variable(VmStack* stack, name_cache_entry_st& entry, uint64_t key, uint64_t epoch) {
     uint32_t symbol = static_cast<uint32_t>(key);
     const Program* program = stack->frame ? stack->frame->program : nullptr;
     uint64_t offset = 0;
     if (!program || !program->find_local(symbol, &offset)) offset = 0;
     if (!offset && has_dynamic_local(stack, symbol)) return entry.forget();
-    entry.keep(epoch, program ? program->id : 0, key, offset, visible_variable(stack, symbol), {nullptr, 0});
+    Memvar* variable = visible_variable(stack, symbol);
+    if (offset && variable == stack->locals - offset && variable->kind == MEMVAR_PRIVATE)
+        return entry.keep(epoch, frame_slots_key(stack), key, 0, variable, {nullptr, 0});
+    entry.keep(epoch, program ? program->id : 0, key, offset, variable, {nullptr, 0});
 }
 
 

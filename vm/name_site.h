@@ -28,7 +28,7 @@ namespace zobase {
 // instruction; its key is kept for the NameCache.
 struct name_cache_entry_st {
     uint64_t epoch = 0;            // DataSessions::names_epoch when found; 0: empty (never an epoch)
-    uint64_t program_id = 0;       // the frame's Program::id when found; 0 at rest
+    uint64_t program_id = 0;       // the frame's Program::id when found, 0 at rest; or its frame_slots_key
     uint64_t key = 0;              // symbol and kind of look-up (name_key)
     uint64_t slot_bytes = 0;       // the frame slot of that name, as bytes below `locals`; 0 for none
     Memvar* variable = nullptr;    // the visible PRIVATE or PUBLIC, or null

@@ -41,10 +41,17 @@ void lookup_file_object_or_memvar(VmStack* stack, name_site_st& site, uint32_t s
 
 inline uint64_t frame_program_id(const VmStack* stack) { return stack->frame_program_id; }
 
+// What an entry kept for the running frame itself carries in place of a
+// program id: the frame's slots, whose address lies far above any id.
+inline uint64_t frame_slots_key(const VmStack* stack) { return reinterpret_cast<uintptr_t>(stack->locals); }
+
 // Whether an entry answers for the stack now: kept by this stack (its epoch
-// says so), in this frame program, with nothing changed since.
+// says so), in this frame program or this very frame, with nothing changed
+// since.
 [[gnu::always_inline]] inline bool entry_answers(const VmStack* stack, const name_cache_entry_st& entry) {
-    return entry.kept_epoch() == stack->sessions.names_epoch() && entry.kept_program() == frame_program_id(stack);
+    if (entry.kept_epoch() != stack->sessions.names_epoch()) return false;
+    uint64_t kept_for = entry.kept_program();
+    return kept_for == frame_program_id(stack) || kept_for == frame_slots_key(stack);
 }
 
 // The answer this stack keeps for a look-up place that it did not claim, in
@@ -71,18 +78,31 @@ inline uint64_t frame_program_id(const VmStack* stack) { return stack->frame_pro
     return entry.variable;
 }
 
+// The variable a look-up place's kept answer stands for, as kept_entry and
+// kept_variable give it, the running frame's own private first (it needs
+// no slot test); null: look up again. An entry that found a field keeps
+// neither slot nor variable.
+[[gnu::always_inline]] inline Memvar* kept_variable(VmStack* stack, name_site_st& site, uint64_t key) {
+    const name_cache_entry_st& entry = site.entry;
+    if (entry.kept_epoch() == stack->sessions.names_epoch()) [[likely]] {
+        uint64_t kept_for = entry.kept_program();
+        if (kept_for == frame_slots_key(stack)) return entry.variable;
+        if (kept_for == frame_program_id(stack)) return kept_variable(stack, entry);
+    }
+    const name_cache_entry_st* elsewhere = kept_elsewhere(stack, site, key);
+    return elsewhere ? kept_variable(stack, *elsewhere) : nullptr;
+}
+
 // find_memvar for the look-up place.
 [[gnu::always_inline]] inline Memvar* find_memvar(VmStack* stack, name_site_st& site, uint32_t symbol) {
-    if (const name_cache_entry_st* entry = kept_entry(stack, site, name_key(symbol, NAME_VARIABLE)))
-        if (Memvar* var = kept_variable(stack, *entry)) return var;
+    if (Memvar* var = kept_variable(stack, site, name_key(symbol, NAME_VARIABLE))) return var;
     return lookup_memvar(stack, site, symbol);
 }
 
 // What assigning to the name finds or creates (alloc_undefined_memvar).
 [[gnu::always_inline]] inline Memvar* assignable_memvar(VmStack* stack, name_site_st& site,
                                                         uint32_t symbol) {
-    if (const name_cache_entry_st* entry = kept_entry(stack, site, name_key(symbol, NAME_VARIABLE)))
-        if (Memvar* var = kept_variable(stack, *entry)) return var;
+    if (Memvar* var = kept_variable(stack, site, name_key(symbol, NAME_VARIABLE))) return var;
     return lookup_assignable_memvar(stack, site, symbol);
 }
 
@@ -90,9 +110,7 @@ inline uint64_t frame_program_id(const VmStack* stack) { return stack->frame_pro
 // null: not known without a look-up.
 [[gnu::always_inline]] inline Memvar* kept_bare_variable(VmStack* stack, name_site_st& site,
                                                          uint32_t symbol) {
-    // An entry that found a field keeps neither slot nor variable.
-    const name_cache_entry_st* entry = kept_entry(stack, site, name_key(symbol, NAME_FIELD_OR_VARIABLE));
-    return entry ? kept_variable(stack, *entry) : nullptr;
+    return kept_variable(stack, site, name_key(symbol, NAME_FIELD_OR_VARIABLE));
 }
 
 // A bare name: a field of the expression table or of the current work area
