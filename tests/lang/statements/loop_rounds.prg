@@ -1,7 +1,5 @@
 * Integer FOR rounds go by the step's sign, at program level and in a
-* function; a name read at one place in two frames of the same function is
-* the LOCAL of the frame that declared it and the private elsewhere; an
-* error after the loop went round reports its own line.
+* function; an error after the loop went round reports its own line.
 PRIVATE cText
 cText = "a"
 n = 0
@@ -28,10 +26,6 @@ FOR i = 3 TO 5 STEP 0
 NEXT
 ? "step 0 ends on the limit:", n, i
 ? "in a function:", Down(), Up()
-x = "program private"
-? Nest(1)
-? Nest(3)
-? "after:", x
 FOR i = 1 TO 3
    ? "round", i
    IF i = 2
@@ -53,21 +47,3 @@ FUNCTION Up
       n = n + i
    NEXT
    RETURN str(n) + str(i)
-
-* Frame 1 declares x LOCAL, frame 2 does not; frame 3 makes a private x
-* in its own slot, which frame 4 sees and which goes with frame 3.
-FUNCTION Nest(nDepth)
-   IF nDepth = 1
-      LOCAL x
-      x = "local of 1"
-   ENDIF
-   IF nDepth = 3
-      PRIVATE x
-      x = "private of 3"
-   ENDIF
-   ?? nDepth, x, ""
-   IF nDepth = 1 .OR. nDepth = 3
-      Nest(nDepth + 1)
-      ?? "back", x, ""
-   ENDIF
-   RETURN nDepth
