@@ -11,6 +11,7 @@
 //   alias.name   the work area of that alias answers, as an object, for its
 //   alias->name  field; without such a work area the alias is a variable
 #include <cstdint>
+#include <memory>
 
 #include "vm/session_settings.h"
 
@@ -47,8 +48,14 @@ public:
     // (VmStack::names_changed). One compare tells whether a kept answer
     // stands (vm/name_cache.h). Every instance starts beyond the values any
     // other reaches, so an answer kept under another one never matches.
-    uint64_t names_epoch() const noexcept { return names_epoch_; }
-    void names_changed() noexcept { ++names_epoch_; }
+    uint64_t names_epoch() const noexcept { return *epoch_; }
+    void names_changed() noexcept { ++*epoch_; }
+    // From now on the epoch is kept at `where` (inside the stack that owns
+    // these sessions: StackDataSessions), going on from where it stands.
+    void keep_epoch_at(uint64_t* where) noexcept {
+        *where = *epoch_;
+        epoch_ = where;
+    }
     // True while no table can hide a bare name: none runs an expression and
     // the current work area has none. Known only once find_field found no
     // table at the current fields version; false while unknown.
@@ -85,7 +92,7 @@ protected:
     void use_settings_of(session_settings_st* current) noexcept { settings_ = current; }
     void fields_changed() noexcept {
         ++fields_version_;
-        ++names_epoch_;
+        ++*epoch_;
     }
     // find_field saw no table to look in: bare names are free until the
     // fields version moves.
@@ -95,8 +102,41 @@ private:
     session_settings_st* settings_;
     uint64_t fields_version_ = 0;
     uint64_t free_version_ = ~0ull;
-    uint64_t names_epoch_ = first_names_epoch();
+    uint64_t own_epoch_ = first_names_epoch();
+    uint64_t* epoch_ = &own_epoch_;
     static uint64_t first_names_epoch() noexcept;
+};
+
+// A stack's data sessions, owned. Whichever is installed keeps its names
+// epoch here, inside the stack, where the by-name instructions read it
+// without going through the sessions; installing others moves it into
+// their range, so nothing kept under the ones before answers.
+class StackDataSessions {
+public:
+    explicit StackDataSessions(std::unique_ptr<DataSessions> sessions) noexcept { install(std::move(sessions)); }
+    StackDataSessions(const StackDataSessions&) = delete;
+    StackDataSessions& operator=(const StackDataSessions&) = delete;
+    StackDataSessions& operator=(std::unique_ptr<DataSessions> sessions) noexcept {
+        install(std::move(sessions));
+        return *this;
+    }
+
+    DataSessions* operator->() const noexcept { return sessions_.get(); }
+    DataSessions& operator*() const noexcept { return *sessions_; }
+    DataSessions* get() const noexcept { return sessions_.get(); }
+    // The sessions go (their work areas close) while the stack still stands.
+    void reset() noexcept { sessions_.reset(); }
+    uint64_t names_epoch() const noexcept { return epoch_; }
+
+private:
+    // The sessions replaced may still move the epoch as they close.
+    void install(std::unique_ptr<DataSessions> sessions) noexcept {
+        sessions->keep_epoch_at(&epoch_);
+        sessions_ = std::move(sessions);
+    }
+
+    uint64_t epoch_ = 0;
+    std::unique_ptr<DataSessions> sessions_;
 };
 
 // The data sessions of a stack before the table engine: one session, no

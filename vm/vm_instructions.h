@@ -41,47 +41,68 @@ void lookup_file_object_or_memvar(VmStack* stack, name_site_st& site, uint32_t s
 
 inline uint64_t frame_program_id(const VmStack* stack) { return stack->frame_program_id; }
 
-// Where this stack keeps the answer of a look-up place: in the place when the
-// stack claimed it, else in the stack's NameCache.
-[[gnu::always_inline]] inline name_cache_entry_st& site_entry(VmStack* stack, name_site_st& site) {
-    if (site.owner.load(std::memory_order_relaxed) == stack->stamp) [[likely]]
-        return site.entry;
-    return stack->name_cache.at(&site);
+// What an entry kept for the running frame itself carries in place of a
+// program id: the frame's slots, whose address lies far above any id.
+inline uint64_t frame_slots_key(const VmStack* stack) { return reinterpret_cast<uintptr_t>(stack->locals); }
+
+// Whether an entry answers for the stack now: kept by this stack (its epoch
+// says so), in this frame program or this very frame, with nothing changed
+// since.
+[[gnu::always_inline]] inline bool entry_answers(const VmStack* stack, const name_cache_entry_st& entry) {
+    if (entry.kept_epoch() != stack->sessions.names_epoch()) return false;
+    uint64_t kept_for = entry.kept_program();
+    return kept_for == frame_program_id(stack) || kept_for == frame_slots_key(stack);
 }
 
+// The answer this stack keeps for a look-up place that it did not claim, in
+// its NameCache; null when none answers.
+[[gnu::cold]] const name_cache_entry_st* kept_elsewhere(VmStack* stack, name_site_st& site, uint64_t key);
+
 // The entry while it answers: same look-up, same frame program, nothing
-// changed since.
+// changed since. A place holds the answer of the stack that claimed it;
+// other stacks keep theirs in their NameCache.
 [[gnu::always_inline]] inline const name_cache_entry_st* kept_entry(VmStack* stack, name_site_st& site,
                                                                     uint64_t key) {
-    const name_cache_entry_st& entry = site_entry(stack, site);
-    return entry.key == key && entry.program_id == frame_program_id(stack) &&
-                   entry.epoch == stack->sessions->names_epoch()
-               ? &entry
-               : nullptr;
+    if (entry_answers(stack, site.entry)) [[likely]]
+        return &site.entry;
+    return kept_elsewhere(stack, site, key);
 }
 
 // The kept answer as a variable, its epoch checked: the frame slot while it
 // is a LOCAL, else the visible variable; null: look up again.
 [[gnu::always_inline]] inline Memvar* kept_variable(VmStack* stack, const name_cache_entry_st& entry) {
-    if (entry.offset) {
-        Memvar* slot = stack->locals - entry.offset;
+    if (entry.slot_bytes) {
+        auto* slot = reinterpret_cast<Memvar*>(reinterpret_cast<char*>(stack->locals) - entry.slot_bytes);
         if (slot->kind == MEMVAR_LOCAL) return slot;
     }
     return entry.variable;
 }
 
+// The variable a look-up place's kept answer stands for, as kept_entry and
+// kept_variable give it, the running frame's own private first (it needs
+// no slot test); null: look up again. An entry that found a field keeps
+// neither slot nor variable.
+[[gnu::always_inline]] inline Memvar* kept_variable(VmStack* stack, name_site_st& site, uint64_t key) {
+    const name_cache_entry_st& entry = site.entry;
+    if (entry.kept_epoch() == stack->sessions.names_epoch()) [[likely]] {
+        uint64_t kept_for = entry.kept_program();
+        if (kept_for == frame_slots_key(stack)) return entry.variable;
+        if (kept_for == frame_program_id(stack)) return kept_variable(stack, entry);
+    }
+    const name_cache_entry_st* elsewhere = kept_elsewhere(stack, site, key);
+    return elsewhere ? kept_variable(stack, *elsewhere) : nullptr;
+}
+
 // find_memvar for the look-up place.
 [[gnu::always_inline]] inline Memvar* find_memvar(VmStack* stack, name_site_st& site, uint32_t symbol) {
-    if (const name_cache_entry_st* entry = kept_entry(stack, site, name_key(symbol, NAME_VARIABLE)))
-        if (Memvar* var = kept_variable(stack, *entry)) return var;
+    if (Memvar* var = kept_variable(stack, site, name_key(symbol, NAME_VARIABLE))) return var;
     return lookup_memvar(stack, site, symbol);
 }
 
 // What assigning to the name finds or creates (alloc_undefined_memvar).
 [[gnu::always_inline]] inline Memvar* assignable_memvar(VmStack* stack, name_site_st& site,
                                                         uint32_t symbol) {
-    if (const name_cache_entry_st* entry = kept_entry(stack, site, name_key(symbol, NAME_VARIABLE)))
-        if (Memvar* var = kept_variable(stack, *entry)) return var;
+    if (Memvar* var = kept_variable(stack, site, name_key(symbol, NAME_VARIABLE))) return var;
     return lookup_assignable_memvar(stack, site, symbol);
 }
 
@@ -89,9 +110,7 @@ inline uint64_t frame_program_id(const VmStack* stack) { return stack->frame_pro
 // null: not known without a look-up.
 [[gnu::always_inline]] inline Memvar* kept_bare_variable(VmStack* stack, name_site_st& site,
                                                          uint32_t symbol) {
-    const name_cache_entry_st* entry = kept_entry(stack, site, name_key(symbol, NAME_FIELD_OR_VARIABLE));
-    if (entry && !entry->field.table) return kept_variable(stack, *entry);
-    return nullptr;
+    return kept_variable(stack, site, name_key(symbol, NAME_FIELD_OR_VARIABLE));
 }
 
 // A bare name: a field of the expression table or of the current work area
@@ -99,8 +118,8 @@ inline uint64_t frame_program_id(const VmStack* stack) { return stack->frame_pro
 [[gnu::always_inline]] inline void read_by_name(VmStack* stack, name_site_st& site, uint32_t symbol) {
     const name_cache_entry_st* entry = kept_entry(stack, site, name_key(symbol, NAME_FIELD_OR_VARIABLE));
     if (entry) {
-        if (entry->field.table) return stack->sessions->read_field(stack, entry->field, stack->push());
         if (const Memvar* var = kept_variable(stack, *entry)) return copy_value(stack->push(), var);
+        if (entry->field.table) return stack->sessions->read_field(stack, entry->field, stack->push());
     }
     lookup_by_name(stack, site, symbol);
 }

@@ -36,6 +36,14 @@ bool both_integers(const Variant* a, const Variant* b) { return a->tag == TAG_IN
 
 int three_way(long long a, long long b) { return (a > b) - (a < b); }
 
+// An integer loop goes round again while its value has not passed the
+// limit in the step's direction; a step of 0 ends on reaching the limit.
+bool integer_loop_continues(long long value, long long limit, long long step) {
+    if (step > 0) return value <= limit;
+    if (step < 0) return value >= limit;
+    return value != limit;
+}
+
 // Pops a top that owns nothing: there is nothing to release.
 void pop_scalar(VmStack* stack) {
     stack->esp->tag = TAG_FALSE;
@@ -194,7 +202,7 @@ bool for_loop_ends(VmStack* stack) {
     const Memvar* limit = stack->esp + 1;
     const Memvar* step = stack->esp + 2;
     if (both_integers(value, limit) && step->tag == TAG_INTEGER) {
-        bool ends = three_way(value->integer, limit->integer) == three_way(step->integer, 0);
+        bool ends = !integer_loop_continues(value->integer, limit->integer, step->integer);
         pop_scalar(stack);
         pop_scalar(stack);
         pop_scalar(stack);
@@ -339,19 +347,31 @@ void add_bare_to_bare(VmStack* stack, const VmOpAddBareToBare& add) {
     operate_bare_by_bare(stack, op, divide_in_place, general_div);
 }
 
+// The loop's variable while it is known without a look-up: the frame slot
+// the compiler gave it, or the variable the bare name stands for; null
+// when a look-up must decide.
+[[gnu::always_inline]] inline Memvar* known_loop_variable(VmStack* stack, const VmOpForNextJump& next) {
+    if (!next.variable) return kept_bare_variable(stack, next.sites[1], next.symbol);
+    Memvar* slot = local_slot(stack, next.variable);
+    if (stack->sessions->bare_names_free() || kept_bare_variable(stack, next.sites[1], next.symbol) == slot)
+        return slot;
+    return nullptr;
+}
+
 // The round of an integer loop whose variable is known without a look-up:
-// 1 go round again, 0 done; -1 when the general round must decide (another
-// type, an overflow to a double, a name that must be looked up).
-[[gnu::always_inline]] inline int integer_round(VmStack* stack, const VmOpForNextJump& next) {
-    Memvar* value = bare_variable(stack, next.sites[1], next.symbol, next.variable);
-    if (!value || (next.variable && value != local_slot(stack, next.variable))) return -1;
+// true with `again` set when decided; false when the general round must
+// decide (another type, an overflow to a double, a name to look up).
+[[gnu::always_inline]] inline bool integer_round(VmStack* stack, const VmOpForNextJump& next, bool* again) {
+    Memvar* value = known_loop_variable(stack, next);
+    if (!value || value->tag != TAG_INTEGER) return false;
     const Memvar* step = local_slot(stack, next.step);
     const Memvar* limit = local_slot(stack, next.limit);
-    if (value->tag != TAG_INTEGER || step->tag != TAG_INTEGER || limit->tag != TAG_INTEGER) return -1;
+    if (step->tag != TAG_INTEGER || limit->tag != TAG_INTEGER) return false;
     long long sum;
-    if (__builtin_add_overflow(value->integer, step->integer, &sum)) return -1;
+    if (__builtin_add_overflow(value->integer, step->integer, &sum)) return false;
     value->integer = sum;
-    return three_way(sum, limit->integer) != three_way(step->integer, 0);
+    *again = integer_loop_continues(sum, limit->integer, step->integer);
+    return true;
 }
 
 // The step in place, then the test of the loop's head on value, limit and
@@ -367,7 +387,7 @@ bool for_next_continues(VmStack* stack, const VmOpForNextJump& next) {
     const Memvar* limit = local_slot(stack, next.limit);
     if (!add_in_place(variable, step)) inline_variant_add(variable, step);
     if (value && both_integers(value, limit) && step->tag == TAG_INTEGER)
-        return three_way(value->integer, limit->integer) != three_way(step->integer, 0);
+        return integer_loop_continues(value->integer, limit->integer, step->integer);
     stack->push()->set_variant(step);
     stack->push()->set_variant(limit);
     if (value) stack->push()->set_variant(value);
@@ -663,15 +683,17 @@ void verify_stack_effect(const VmStack* stack, const VmOp* op, uint64_t before, 
 
 // The dispatch loop, compiled twice: Checked verifies every instruction's
 // stack effect against the instruction table.
-// *ip stays the machine's position: every change is written through to it,
-// so the exception paths find the instruction that failed. The copy in `pc`
-// only spares reading it back before each instruction; nothing else moves
-// the position of a running loop.
+// *ip stays the machine's position: it is written before each instruction
+// runs, so the exception paths and everything an instruction calls find
+// the instruction running. The copy in `pc` only spares reading it back;
+// nothing else moves the position of a running loop.
 // `floor` is the frame running when the activation began: its position is
 // *floor_ip and its RETURN ends the loop. Frames entered in place above it
 // keep their position in their own ip and return into the loop. Checked
 // runs every call in an activation of its own, so each call completes as
 // one instruction.
+#pragma GCC diagnostic push
+#pragma GCC diagnostic error "-Wswitch-enum"
 template <bool Checked>
 void run_loop(VmStack* stack, const VmFrame* floor, VmOp*** floor_ip, Variant* floor_ret) {
     VmOp*** ip = floor_ip;
@@ -688,12 +710,15 @@ void run_loop(VmStack* stack, const VmFrame* floor, VmOp*** floor_ip, Variant* f
     follow_running_frame();
     VmOp** pc = *ip;
     for (;;) {
+        *ip = pc;
         const VmOp* op = *pc;
         const uint64_t depth_before = Checked ? stack->depth() : 0;
         auto completed = [&](bool taken) {
             if constexpr (Checked) verify_stack_effect(stack, op, depth_before, taken);
         };
-        switch (op->opcode) {
+        // Every opcode has its case (a missing one does not compile) and
+        // no instruction holds another byte: the switch needs no range test.
+        switch (static_cast<Opcode>(op->opcode)) {
         case OP_UNWIND_FRAME:
             *ip = stack->frame->saved_ip;
             stack->pop_to(stack->frame_esp);
@@ -806,7 +831,7 @@ void run_loop(VmStack* stack, const VmFrame* floor, VmOp*** floor_ip, Variant* f
             if (tag > TAG_TRUE) throw RuntimeError(ERR_ARGUMENT_INVALID);
             stack->pop();
             if (tag == TAG_TRUE) {
-                *ip = pc = op_as<VmOpCondTrueJump>(op).target;
+                pc = op_as<VmOpCondTrueJump>(op).target;
                 completed(true);
                 continue;
             }
@@ -816,7 +841,7 @@ void run_loop(VmStack* stack, const VmFrame* floor, VmOp*** floor_ip, Variant* f
             uint8_t tag = stack->esp->tag;
             if (tag > TAG_TRUE) throw RuntimeError(ERR_ARGUMENT_INVALID);
             if (tag == TAG_TRUE) {
-                *ip = pc = op_as<VmOpCondTrueJumpKeepEsp>(op).target;
+                pc = op_as<VmOpCondTrueJumpKeepEsp>(op).target;
                 completed(true);
                 continue;
             }
@@ -827,7 +852,7 @@ void run_loop(VmStack* stack, const VmFrame* floor, VmOp*** floor_ip, Variant* f
             if (tag > TAG_TRUE) throw RuntimeError(ERR_ARGUMENT_INVALID);
             stack->pop();
             if (tag <= TAG_NULL) {
-                *ip = pc = op_as<VmOpCondFalseOrNullJump>(op).target;
+                pc = op_as<VmOpCondFalseOrNullJump>(op).target;
                 completed(true);
                 continue;
             }
@@ -837,7 +862,7 @@ void run_loop(VmStack* stack, const VmFrame* floor, VmOp*** floor_ip, Variant* f
             uint8_t tag = stack->esp->tag;
             if (tag > TAG_TRUE) throw RuntimeError(ERR_ARGUMENT_INVALID);
             if (tag <= TAG_NULL) {
-                *ip = pc = op_as<VmOpCondFalseOrNullJumpKeepEsp>(op).target;
+                pc = op_as<VmOpCondFalseOrNullJumpKeepEsp>(op).target;
                 completed(true);
                 continue;
             }
@@ -875,19 +900,19 @@ void run_loop(VmStack* stack, const VmFrame* floor, VmOp*** floor_ip, Variant* f
         case OP_ESP_FREE: stack->pop(); break;
         case OP_FOR_COND_FALSE_JUMP:
             if (for_loop_ends(stack)) {
-                *ip = pc = op_as<VmOpForCondFalseJump>(op).target;
+                pc = op_as<VmOpForCondFalseJump>(op).target;
                 completed(true);
                 continue;
             }
             break;
         case OP_FOR_NEXT_JUMP: {
             const auto& next = op_as<VmOpForNextJump>(op);
-            int round = integer_round(stack, next);
-            if (round < 0) round = for_next_continues(stack, next);
-            if (round) {
+            bool again;
+            if (!integer_round(stack, next, &again)) again = for_next_continues(stack, next);
+            if (again) {
                 // A loop's way round: Ctrl-C is answered here, as at a jump.
                 poll_interrupt(stack);
-                *ip = pc = next.target;
+                pc = next.target;
                 completed(true);
                 continue;
             }
@@ -935,7 +960,7 @@ void run_loop(VmStack* stack, const VmFrame* floor, VmOp*** floor_ip, Variant* f
         case OP_JUMP:
             // Every loop goes round through a jump: Ctrl-C is answered here.
             poll_interrupt(stack);
-            *ip = pc = op_as<VmOpJump>(op).target;
+            pc = op_as<VmOpJump>(op).target;
             completed(true);
             continue;
         case OP_RETURN_VALUE:
@@ -1139,20 +1164,21 @@ void run_loop(VmStack* stack, const VmFrame* floor, VmOp*** floor_ip, Variant* f
             // At rest there is no frame to hold the scope, and no frame to catch in.
             if (stack->frame) enter_try_scope(stack->frame, &op_as<VmOpTryEnter>(op));
             break;
-        default:
-            not_built(op);
+        case OP_UNUSED_67: not_built(op);
+        default: __builtin_unreachable();
         }
         completed(false);
-        *ip = ++pc;
+        ++pc;
         continue;
     return_in_place:
         // Back in the caller, after its call instruction.
         return_to_caller(stack);
         follow_running_frame();
         pc = *ip;
-        *ip = ++pc;
+        ++pc;
     }
 }
+#pragma GCC diagnostic pop
 
 }  // namespace
 

@@ -122,7 +122,7 @@ public:
     uint64_t pending_args = 0;
     // The stack's data sessions: work areas, fields and the current
     // session's settings. Never null; see vm/data_sessions.h.
-    std::unique_ptr<DataSessions> sessions;
+    StackDataSessions sessions;
     bool textmerge = false;
     bool textmerge_show = true;
     uint32_t textmerge_memvar = 0;  // SET TEXTMERGE TO MEMVAR: the variable collecting output

@@ -132,6 +132,53 @@ TEST_F(ReplacedSessions, AnAnswerKeptUnderTheOldSessionsNeverStands) {
     EXPECT_EQ(screen.output, "variable\nvariable\nfield city\n");
 }
 
+// Sessions whose one table, with the field CITY, opens and closes.
+class OpeningSessions : public DataSessions {
+public:
+    explicit OpeningSessions(uint32_t city) : DataSessions(&settings_), city_(city) {}
+    void set_open(bool open) {
+        open_ = open;
+        fields_changed();
+    }
+
+    int32_t session_id() const override { return 1; }
+    bool find_field(VmStack*, uint32_t symbol, field_ref_st* out) override {
+        if (!open_ || symbol != city_) return false;
+        *out = {this, 0};
+        return true;
+    }
+    void read_field(VmStack*, const field_ref_st&, Variant* dest) override { dest->set_string(String("field")); }
+    void write_field(VmStack*, const field_ref_st&, const Variant&) override { ADD_FAILURE(); }
+    bool find_work_area(VmStack*, uint32_t, Variant*) override { return false; }
+    void read_expression_field(VmStack*, uint16_t, Variant*) override { ADD_FAILURE(); }
+
+private:
+    session_settings_st settings_;
+    uint32_t city_;
+    bool open_ = false;
+};
+
+// The stack keeps the epoch of whichever sessions it holds: what they
+// change after they were put in place reaches every kept answer.
+TEST_F(ReplacedSessions, WhatTheNewSessionsChangeReachesKeptAnswers) {
+    ASSERT_EQ(run("city = \"variable\""), 0);
+    auto owned = std::make_unique<OpeningSessions>(runtime->symbols().symbolize("city"));
+    OpeningSessions* sessions = owned.get();
+    stack->sessions = std::move(owned);
+    BuildInput input(stack);
+    input.import_library(runtime->library());
+    std::unique_ptr<Program> program(input.build_command(String("?? city, \"\"")));
+    Variant result;
+    for (bool open : {false, true, true, false, false, true}) {
+        sessions->set_open(open);
+        execute_program(stack, 0, false, program.get(), &result);
+        execute_program(stack, 0, false, program.get(), &result);
+    }
+    result.release(stack);
+    EXPECT_EQ(screen.output,
+              "variable variable field field field field variable variable variable variable field field ");
+}
+
 TEST(PlainDataSessions, ANewSessionHasTheTraditionalSettings) {
     PlainDataSessions plain;
     const session_settings_st& settings = plain.settings();
