@@ -23,7 +23,26 @@ constexpr size_t TO_THE_END = std::numeric_limits<size_t>::max();
 
 String empty_in(const Charset* charset) { return String(0, charset); }
 
-const Charset* windows_1252() { return GetCharsetByWindowsCodepage(1252); }
+// Charsets once loaded live as long as the process: the pointer is kept.
+const Charset* windows_1252() {
+    static const Charset* const charset = GetCharsetByWindowsCodepage(1252);
+    return charset;
+}
+
+// chr() of every byte, made once: a call hands out a view of one shared
+// buffer, whose bytes are all used so no append ever claims room there.
+const String& byte_string(unsigned char code) {
+    static const std::vector<String>* const table = [] {
+        String all(256, windows_1252());
+        char* bytes = all.write();
+        for (int i = 0; i < 256; ++i) bytes[i] = static_cast<char>(i);
+        auto* views = new std::vector<String>;
+        views->reserve(256);
+        for (int i = 0; i < 256; ++i) views->emplace_back(all, all.read() + i, all.read() + i + 1);
+        return views;
+    }();
+    return (*table)[code];
+}
 
 // Serves the trim strings of ltrim and rtrim from the stack, one argument after another.
 struct trim_list_st {
@@ -260,8 +279,7 @@ void stackcall_chr(VmStack* stack, unsigned long long argc, Variant* result) {
     if (any_null_argument(stack, argc)) return result->set_null();
     long long code = argument(stack, 1).integer;
     if (code < 0 || code > 255) throw RuntimeError(ERR_NUMERIC_OVERFLOW);
-    char byte = static_cast<char>(code);
-    result->set_string(String::fromBytes(&byte, 1, windows_1252()));
+    result->set_string(byte_string(static_cast<unsigned char>(code)));
 }
 
 void stackcall_asc(VmStack* stack, unsigned long long, Variant* result) {

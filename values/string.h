@@ -75,12 +75,41 @@ public:
     // `bytes` to be written, in a buffer with room for `capacity`: appends
     // fill the rest in place.
     String(size_t bytes, const Charset* charset, size_t capacity);
-    String(const String& other) noexcept;
-    String(String&& other) noexcept;
-    String(const String& src, const char* begin, const char* end) noexcept;
-    ~String();
-    String& operator=(const String& other) noexcept;
-    String& operator=(String&& other) noexcept;
+    // Copies, moves and views count the buffer here, inline: they are on
+    // every path that hands a value on.
+    String(const String& other) noexcept
+        : data_(other.data_), charset_(other.charset_), buffer_(other.buffer_), size_(other.size_) {
+        retain(buffer_);
+    }
+    String(String&& other) noexcept
+        : data_(other.data_), charset_(other.charset_), buffer_(other.buffer_), size_(other.size_) {
+        other.become_empty();
+    }
+    String(const String& src, const char* begin, const char* end) noexcept
+        : data_(const_cast<char*>(begin)), charset_(src.charset_), buffer_(src.buffer_),
+          size_(static_cast<uint64_t>(end - begin)) {
+        retain(buffer_);
+    }
+    ~String() { release(buffer_); }
+    String& operator=(const String& other) noexcept {
+        retain(other.buffer_);
+        release(buffer_);
+        data_ = other.data_;
+        charset_ = other.charset_;
+        buffer_ = other.buffer_;
+        size_ = other.size_;
+        return *this;
+    }
+    String& operator=(String&& other) noexcept {
+        if (this == &other) return *this;
+        release(buffer_);
+        data_ = other.data_;
+        charset_ = other.charset_;
+        buffer_ = other.buffer_;
+        size_ = other.size_;
+        other.become_empty();
+        return *this;
+    }
 
     static String fromBytes(const char* bytes, const Charset* charset);
     static String fromBytes(const char* bytes, size_t size, const Charset* charset);
@@ -145,6 +174,24 @@ private:
     string_buffer_st* buffer_;
     uint64_t size_;
 
+    // The buffer of every empty view: four zero bytes, all used. It is never
+    // counted nor freed, so a moved-from string costs no atomic operation.
+    static string_buffer_st empty_buffer_;
+    static void retain(string_buffer_st* buffer) noexcept {
+        if (buffer != &empty_buffer_) buffer->refs.fetch_add(1, std::memory_order_relaxed);
+    }
+    static void release(string_buffer_st* buffer) noexcept {
+        if (buffer != &empty_buffer_ && buffer->refs.fetch_sub(1, std::memory_order_acq_rel) == 1)
+            free_buffer(buffer);
+    }
+    static void free_buffer(string_buffer_st* buffer) noexcept;
+    // Keeps the charset: an empty view of the same text.
+    void become_empty() noexcept {
+        buffer_ = &empty_buffer_;
+        data_ = empty_buffer_.bytes;
+        size_ = 0;
+    }
+
     void do_copy_on_write();
     // Appends other's bytes into the free tail of this buffer; false when
     // the tail is too short or another view has claimed it.
@@ -152,6 +199,9 @@ private:
     // other's bytes as they are, in place when there is room, else into a
     // new buffer with room to spare.
     void append_bytes(const String& other);
+    // How many bytes from the start of this view are ASCII, each one
+    // character, as far as the buffer's mark (extended here) shows.
+    size_t ascii_span() const;
     // True when every character of this view is one ASCII byte.
     bool known_ascii() const;
     friend class Concat;

@@ -35,12 +35,23 @@ TEST_F(StringTest, EmptyStringsShareOneBufferAndDifferInCharset) {
     EXPECT_EQ(a.get_buffer(), b.get_buffer());
     EXPECT_EQ(a.get_charset(), Charset::binary);
     EXPECT_EQ(b.get_charset(), Charset::utf8);
+    // The shared empty buffer is never counted: copies and moves leave it alone.
     uint64_t refs = a.get_buffer()->refs.load();
     {
         String c(a);
-        EXPECT_EQ(a.get_buffer()->refs.load(), refs + 1);
+        String moved("gone");
+        String taker(std::move(moved));
+        EXPECT_EQ(moved.get_buffer(), a.get_buffer());
+        EXPECT_EQ(moved.size(), 0u);
+        EXPECT_EQ(a.get_buffer()->refs.load(), refs);
+        moved = String("back");  // a moved-from string is usable
+        EXPECT_EQ(raw(moved), "back");
     }
     EXPECT_EQ(a.get_buffer()->refs.load(), refs);
+    // Writing to an empty string never hands out the shared bytes.
+    String d(0, Charset::utf8);
+    EXPECT_NE(d.write(), a.read());
+    EXPECT_EQ(a.get_buffer()->bytes[0], 0);
 }
 
 TEST_F(StringTest, WriteUnsharesAndKeepsViewOffset) {
@@ -435,6 +446,30 @@ TEST_F(StringTest, PositionsStayRightAroundTheAsciiKnowledge) {
     p[1] = '\xa9';
     EXPECT_EQ(owned.length(), 3u);
     EXPECT_EQ(raw(owned.substr(1, 1)), "c");
+    // ASCII appended after a non-ASCII piece is not taken for a prefix.
+    String grown(std::string(70, 'a').c_str());
+    grown.add(String("\xc3\xa9"));  // now with room to append in place
+    EXPECT_EQ(grown.length(), 71u);
+    const char* before = grown.read();
+    grown.add(String("cd"));
+    grown.add(String("ef"));
+    EXPECT_EQ(grown.read(), before);
+    EXPECT_EQ(grown.length(), 75u);
+    EXPECT_EQ(raw(grown.substr(71, 3)), "cde");
+    EXPECT_EQ(raw(grown.substr(68, 4)), "aa\xc3\xa9" "c");
+    EXPECT_EQ(raw(grown.upper()).substr(68), "AA\xc3\x89" "CDEF");
+    // Ranges starting at, inside and past the end of the ASCII prefix.
+    String accent("abc\xc3\xa9xyz");
+    EXPECT_EQ(raw(accent.substr(3, 1)), "\xc3\xa9");
+    EXPECT_EQ(raw(accent.substr(2, 2)), "c\xc3\xa9");
+    EXPECT_EQ(raw(accent.substr(0, 3)), "abc");
+    EXPECT_EQ(raw(accent.substr(4, 10)), "xyz");
+    EXPECT_EQ(raw(accent.substr(9, 1)), "");
+    EXPECT_EQ(raw(accent.substr(1, SIZE_MAX)), "bc\xc3\xa9xyz");
+    String tail = accent.substr(4, 3);  // a view behind the non-ASCII byte
+    EXPECT_EQ(tail.length(), 3u);
+    EXPECT_EQ(raw(tail.substr(1, 1)), "y");
+    EXPECT_EQ(accent.length(), 7u);
 }
 
 TEST_F(StringTest, AnAppendNeverOverwritesATerminatorSomeoneReads) {
