@@ -446,39 +446,62 @@ namespace {
 
 typedef UChar32 (*case_mapping)(UChar32);
 
-// Binary bytes are not characters; only their ASCII letters change case.
-// The same loop serves text known to be ASCII.
-// The mapping's answers for the 128 ASCII characters, asked once: a byte
-// then costs a table read instead of a call into ICU.
-struct ascii_case_table_st {
-    unsigned char to[128];
-    explicit ascii_case_table_st(case_mapping map) {
-        for (int c = 0; c < 128; ++c) to[c] = static_cast<unsigned char>(map(c));
-    }
+// The letters whose case flips: in Unicode's locale-free mappings the only
+// ASCII characters with another case are the 26 Latin letters, and their
+// other case is ASCII again, 0x20 away.
+struct ascii_letters_st {
+    unsigned char first;
+    unsigned char last;
 };
 
-const ascii_case_table_st& ascii_case_table(case_mapping map) {
-    static const ascii_case_table_st upper(u_toupper), lower(u_tolower);
-    return map == u_toupper ? upper : lower;
+ascii_letters_st letters_changed_by(case_mapping map) {
+    return map == u_toupper ? ascii_letters_st{'a', 'z'} : ascii_letters_st{'A', 'Z'};
 }
 
-// One pass from the source into a new buffer.
-String map_binary_case(const String& s, case_mapping map) {
-    const ascii_case_table_st& table = ascii_case_table(map);
-    String out(s.size(), s.get_charset());
+// Eight bytes at once, all below 0x80: a byte's high bit marks first <= byte
+// <= last after adding a bias; no sum carries into the next byte.
+inline uint64_t flip_letters(uint64_t word, ascii_letters_st letters) {
+    constexpr uint64_t ones = 0x0101010101010101ull, high_bits = 0x8080808080808080ull;
+    uint64_t from_first = word + ones * (0x80u - letters.first);
+    uint64_t past_last = word + ones * (0x7Fu - letters.last);
+    return word ^ ((from_first & ~past_last & high_bits) >> 2);
+}
+
+inline char flip_letter(char c, ascii_letters_st letters) {
+    auto byte = static_cast<unsigned char>(c);
+    return byte >= letters.first && byte <= letters.last ? static_cast<char>(byte ^ 0x20) : c;
+}
+
+// Binary bytes are not characters; only their ASCII letters change case.
+// The same pass serves text known to be ASCII, whose copy is marked so.
+String map_binary_case(const String& s, case_mapping map, bool ascii) {
+    constexpr uint64_t high_bits = 0x8080808080808080ull;
+    ascii_letters_st letters = letters_changed_by(map);
+    size_t n = s.size();
+    String out(n, s.get_charset());
     char* to = out.write();
     const char* from = s.read();
-    for (size_t i = 0; i < s.size(); ++i) {
-        auto byte = static_cast<unsigned char>(from[i]);
-        to[i] = byte < 0x80 ? static_cast<char>(table.to[byte]) : static_cast<char>(byte);
+    size_t i = 0;
+    for (; i + 8 <= n; i += 8) {
+        uint64_t word;
+        std::memcpy(&word, from + i, 8);
+        if (word & high_bits) {
+            for (size_t j = i; j < i + 8; ++j) to[j] = flip_letter(from[j], letters);
+            continue;
+        }
+        word = flip_letters(word, letters);
+        std::memcpy(to + i, &word, 8);
     }
+    for (; i < n; ++i) to[i] = flip_letter(from[i], letters);
+    // The new buffer is this string's alone: its ASCII mark may be set outright.
+    if (ascii) const_cast<string_buffer_st*>(out.get_buffer())->ascii.store(n, std::memory_order_relaxed);
     return out;
 }
 
 String map_case(const String& s, case_mapping map, bool ascii) {
     if (s.size() == 0) return s;
     // ASCII letters map to ASCII letters in every locale-free mapping.
-    if (s.get_charset() == Charset::binary || ascii) return map_binary_case(s, map);
+    if (s.get_charset() == Charset::binary || ascii) return map_binary_case(s, map, ascii);
     String wide(s.length() * 4, Charset::utf32le);
     char* out = wide.write();
     const Charset* cs = s.get_charset();

@@ -1,6 +1,7 @@
 #include "values/string.h"
 
 #include <gtest/gtest.h>
+#include <unicode/uchar.h>
 
 #include <cstring>
 #include <stdexcept>
@@ -340,6 +341,32 @@ TEST_F(StringTest, CaseMappingKeepsCharsetAndLength) {
     EXPECT_EQ(raw(String(u"\u0130x").lower().substr(1, 1)), std::string("x\0", 2));
     EXPECT_EQ(String("\xc3\x9f").upper().u8str(), "\xc3\x9f") << "no special casing";
     EXPECT_EQ(raw(String::fromBytes("aB\xe9", Charset::binary).upper()), "AB\xe9");
+}
+
+// ASCII text maps eight bytes at a time: every character, at every place in
+// a word, must map as ICU maps it; bytes above 0x7F in binary text stay.
+TEST_F(StringTest, AsciiCaseMappingAgreesWithIcu) {
+    std::string all;
+    for (int c = 1; c < 128; ++c) all += static_cast<char>(c);
+    for (size_t shift = 0; shift < 8; ++shift) {
+        std::string text = std::string(shift, '.') + all;
+        std::string up = raw(String(text.c_str()).upper()), low = raw(String(text.c_str()).lower());
+        ASSERT_EQ(up.size(), text.size());
+        for (size_t i = 0; i < text.size(); ++i) {
+            EXPECT_EQ(static_cast<UChar32>(up[i]), u_toupper(text[i])) << int(text[i]);
+            EXPECT_EQ(static_cast<UChar32>(low[i]), u_tolower(text[i])) << int(text[i]);
+        }
+    }
+    std::string mixed = "abc\xe0\xfa\x80xyz@[`{ZZaa\xff";
+    String binary = String::fromBytes(mixed.data(), mixed.size(), Charset::binary);
+    EXPECT_EQ(raw(binary.upper()), "ABC\xe0\xfa\x80XYZ@[`{ZZAA\xff");
+    EXPECT_EQ(raw(binary.lower()), "abc\xe0\xfa\x80xyz@[`{zzaa\xff");
+    // The ASCII copy counts as ASCII; writing to it forgets that.
+    String copy = String("hello world, hello").upper();
+    EXPECT_EQ(copy.length(), 18u);
+    copy.write()[0] = '\xc3';
+    copy.write()[1] = '\xa9';
+    EXPECT_EQ(copy.length(), 17u);
 }
 
 // ---- add ------------------------------------------------------------------------------
