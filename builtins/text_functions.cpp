@@ -29,21 +29,6 @@ const Charset* windows_1252() {
     return charset;
 }
 
-// chr() of every byte, made once: a call hands out a view of one shared
-// buffer, whose bytes are all used so no append ever claims room there.
-const String& byte_string(unsigned char code) {
-    static const std::vector<String>* const table = [] {
-        String all(256, windows_1252());
-        char* bytes = all.write();
-        for (int i = 0; i < 256; ++i) bytes[i] = static_cast<char>(i);
-        auto* views = new std::vector<String>;
-        views->reserve(256);
-        for (int i = 0; i < 256; ++i) views->emplace_back(all, all.read() + i, all.read() + i + 1);
-        return views;
-    }();
-    return (*table)[code];
-}
-
 // Serves the trim strings of ltrim and rtrim from the stack, one argument after another.
 struct trim_list_st {
     VmStack* stack;
@@ -279,7 +264,7 @@ void stackcall_chr(VmStack* stack, unsigned long long argc, Variant* result) {
     if (any_null_argument(stack, argc)) return result->set_null();
     long long code = argument(stack, 1).integer;
     if (code < 0 || code > 255) throw RuntimeError(ERR_NUMERIC_OVERFLOW);
-    result->set_string(byte_string(static_cast<unsigned char>(code)));
+    result->set_string(String::single_byte(static_cast<unsigned char>(code), windows_1252()));
 }
 
 void stackcall_asc(VmStack* stack, unsigned long long, Variant* result) {

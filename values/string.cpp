@@ -3,6 +3,7 @@
 
 #include <unicode/uchar.h>
 
+#include <array>
 #include <cstdlib>
 #include <cstring>
 #include <new>
@@ -85,8 +86,37 @@ CstranError transcode(const char* begin, const char* end, const Charset* from, c
 
 }  // namespace string_detail
 
-// Its bytes count as used, so no append ever claims them.
-constinit string_buffer_st String::empty_buffer_{empty_bytes, 4, 1, 4, 4};
+namespace {
+constinit std::array<char, 256> byte_values = [] {
+    std::array<char, 256> values{};
+    for (int i = 0; i < 256; ++i) values[i] = static_cast<char>(i);
+    return values;
+}();
+}  // namespace
+
+// Every byte of a constant buffer counts as used, so no append ever claims
+// room there; a byte below 0x80 is known ASCII.
+#define ZO_BYTE_BUFFER(i) {&byte_values[i], 1, 1, 1, (i) < 128 ? 1u : 0u}
+#define ZO_BYTE_BUFFERS_4(i) ZO_BYTE_BUFFER(i), ZO_BYTE_BUFFER(i + 1), ZO_BYTE_BUFFER(i + 2), ZO_BYTE_BUFFER(i + 3)
+#define ZO_BYTE_BUFFERS_16(i) ZO_BYTE_BUFFERS_4(i), ZO_BYTE_BUFFERS_4(i + 4), ZO_BYTE_BUFFERS_4(i + 8), ZO_BYTE_BUFFERS_4(i + 12)
+#define ZO_BYTE_BUFFERS_64(i) ZO_BYTE_BUFFERS_16(i), ZO_BYTE_BUFFERS_16(i + 16), ZO_BYTE_BUFFERS_16(i + 32), ZO_BYTE_BUFFERS_16(i + 48)
+constinit string_buffer_st String::constant_buffers_[257] = {
+    {empty_bytes, 4, 1, 4, 4},
+    ZO_BYTE_BUFFERS_64(0), ZO_BYTE_BUFFERS_64(64), ZO_BYTE_BUFFERS_64(128), ZO_BYTE_BUFFERS_64(192),
+};
+#undef ZO_BYTE_BUFFERS_64
+#undef ZO_BYTE_BUFFERS_16
+#undef ZO_BYTE_BUFFERS_4
+#undef ZO_BYTE_BUFFER
+
+String String::single_byte(unsigned char byte, const Charset* charset) noexcept {
+    String text;
+    text.buffer_ = &constant_buffers_[1 + byte];
+    text.data_ = text.buffer_->bytes;
+    text.size_ = 1;
+    text.charset_ = charset;
+    return text;
+}
 
 // Only heap records ever reach it.
 void String::free_buffer(string_buffer_st* buffer) noexcept {
@@ -128,7 +158,7 @@ size_t units_until_nul(const Unit* text) {
 
 String::String() noexcept : data_(nullptr), charset_(nullptr), buffer_(nullptr), size_(0) {
     require_charsets();
-    buffer_ = &empty_buffer_;
+    buffer_ = empty_buffer();
     data_ = buffer_->bytes;
     charset_ = Charset::binary;
 }
@@ -136,14 +166,14 @@ String::String() noexcept : data_(nullptr), charset_(nullptr), buffer_(nullptr),
 String::String(size_t bytes, const Charset* charset)
     : data_(nullptr), charset_(charset), buffer_(nullptr), size_(bytes) {
     ZO_ASSERT(charset != nullptr);
-    buffer_ = bytes ? new_buffer(bytes) : &empty_buffer_;
+    buffer_ = bytes ? new_buffer(bytes) : empty_buffer();
     data_ = buffer_->bytes;
 }
 
 String::String(size_t bytes, const Charset* charset, size_t capacity)
     : data_(nullptr), charset_(charset), buffer_(nullptr), size_(bytes) {
     ZO_ASSERT(charset != nullptr && capacity >= bytes);
-    buffer_ = capacity ? new_growing_buffer(bytes, capacity) : &empty_buffer_;
+    buffer_ = capacity ? new_growing_buffer(bytes, capacity) : empty_buffer();
     data_ = buffer_->bytes;
 }
 
@@ -183,7 +213,7 @@ String String::create_from_scan_string(const scan_string_st& scan) {
 
 // The sole owner may change any byte, so what was known about them goes.
 char* String::write() {
-    if (buffer_ == &empty_buffer_ || buffer_->refs.load() >= 2) do_copy_on_write();
+    if (is_constant(buffer_) || buffer_->refs.load() >= 2) do_copy_on_write();
     else buffer_->ascii.store(0, std::memory_order_relaxed);
     return data_;
 }
@@ -205,7 +235,7 @@ bool String::append_in_place(const String& other) {
     string_buffer_st* buffer = buffer_;
     uint64_t end_offset = static_cast<uint64_t>(data_ - buffer->bytes) + size_;
     uint64_t n = other.size_;
-    if (buffer == &empty_buffer_ || end_offset + n > buffer->capacity) return false;
+    if (is_constant(buffer) || end_offset + n > buffer->capacity) return false;
     uint64_t expected = end_offset;
     if (!buffer->used.compare_exchange_strong(expected, end_offset + n)) return false;
     if (n) std::memcpy(data_ + size_, other.data_, n);
@@ -303,7 +333,8 @@ bool has_zero_tail(const String& s, size_t width) {
 
 bool convert_is_settled(const String& s, const Charset* target, unsigned flags) {
     bool terminated = !(flags & CON_TERMINATE) || has_zero_tail(s, s.get_charset()->min_char());
-    bool shared = (flags & CON_UNSHARE) && s.get_buffer()->refs.load() > 1;
+    bool shared = (flags & CON_UNSHARE) &&
+                  (String::is_constant(s.get_buffer()) || s.get_buffer()->refs.load() > 1);
     return terminated && target == s.get_charset() && !shared;
 }
 

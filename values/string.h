@@ -168,27 +168,38 @@ public:
 
     const_string_st as_const() const noexcept { return {data_, data_ + size_, charset_}; }
 
+    // The one byte as text of `charset`, which must hold it as a whole
+    // character: a view of a constant buffer, made without allocating.
+    static String single_byte(unsigned char byte, const Charset* charset) noexcept;
+    // A buffer no one owns: its bytes never change, appends never claim it.
+    static bool is_constant(const string_buffer_st* buffer) noexcept {
+        auto offset = reinterpret_cast<uintptr_t>(buffer) - reinterpret_cast<uintptr_t>(constant_buffers_);
+        return offset < sizeof(constant_buffers_);
+    }
+
 private:
     char* data_;
     const Charset* charset_;
     string_buffer_st* buffer_;
     uint64_t size_;
 
-    // The buffer of every empty view: four zero bytes, all used. It is never
-    // counted nor freed, so a moved-from string costs no atomic operation.
-    static string_buffer_st empty_buffer_;
+    // Buffers made with the program, never counted nor freed: the first backs
+    // every empty view (four zero bytes, all used), so a moved-from string
+    // costs no atomic operation; then one per byte value, for single_byte.
+    static string_buffer_st constant_buffers_[257];
+    static string_buffer_st* empty_buffer() noexcept { return &constant_buffers_[0]; }
     static void retain(string_buffer_st* buffer) noexcept {
-        if (buffer != &empty_buffer_) buffer->refs.fetch_add(1, std::memory_order_relaxed);
+        if (!is_constant(buffer)) buffer->refs.fetch_add(1, std::memory_order_relaxed);
     }
     static void release(string_buffer_st* buffer) noexcept {
-        if (buffer != &empty_buffer_ && buffer->refs.fetch_sub(1, std::memory_order_acq_rel) == 1)
+        if (!is_constant(buffer) && buffer->refs.fetch_sub(1, std::memory_order_acq_rel) == 1)
             free_buffer(buffer);
     }
     static void free_buffer(string_buffer_st* buffer) noexcept;
     // Keeps the charset: an empty view of the same text.
     void become_empty() noexcept {
-        buffer_ = &empty_buffer_;
-        data_ = empty_buffer_.bytes;
+        buffer_ = empty_buffer();
+        data_ = buffer_->bytes;
         size_ = 0;
     }
 

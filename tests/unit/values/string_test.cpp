@@ -55,6 +55,35 @@ TEST_F(StringTest, EmptyStringsShareOneBufferAndDifferInCharset) {
     EXPECT_EQ(a.get_buffer()->bytes[0], 0);
 }
 
+// One-byte strings live in constant buffers: nothing done with one may
+// change what the next caller gets.
+TEST_F(StringTest, SingleBytesAreConstantAndNeverChange) {
+    for (int b = 0; b < 256; ++b) {
+        String one = String::single_byte(static_cast<unsigned char>(b), cp1252());
+        ASSERT_EQ(raw(one), std::string(1, static_cast<char>(b)));
+        EXPECT_EQ(one.get_charset(), cp1252());
+        EXPECT_EQ(one.length(), 1u);
+    }
+    String a = String::single_byte('A', Charset::utf8);
+    uint64_t refs = a.get_buffer()->refs.load();
+    String copy = a;
+    EXPECT_EQ(a.get_buffer()->refs.load(), refs) << "never counted";
+    copy.write()[0] = 'Z';
+    EXPECT_NE(copy.get_buffer(), a.get_buffer());
+    String joined = a;
+    joined.add(String("bc"));
+    EXPECT_EQ(raw(joined), "Abc");
+    String terminated = String::single_byte('x', Charset::utf8);
+    terminated.convert(Charset::utf16le, CON_TERMINATE | CON_UNSHARE, CSTRAN_STRICT);
+    EXPECT_EQ(std::string(terminated.read(), 4), std::string("x\0\0\0", 4));
+    EXPECT_EQ(raw(String::single_byte('A', Charset::utf8)), "A");
+    EXPECT_EQ(raw(String::single_byte('B', Charset::utf8)), "B");
+    EXPECT_EQ(raw(String::single_byte(0xE9, cp1252()).upper()), "\xc9");
+    EXPECT_EQ(raw(String::single_byte('q', Charset::utf8).upper()), "Q");
+    EXPECT_TRUE(String::is_constant(String().get_buffer()));
+    EXPECT_FALSE(String::is_constant(String("abc").get_buffer()));
+}
+
 TEST_F(StringTest, WriteUnsharesAndKeepsViewOffset) {
     String a("hello world");
     String view = a.substr(6, 5);
