@@ -23,7 +23,11 @@ constexpr size_t TO_THE_END = std::numeric_limits<size_t>::max();
 
 String empty_in(const Charset* charset) { return String(0, charset); }
 
-const Charset* windows_1252() { return GetCharsetByWindowsCodepage(1252); }
+// Charsets once loaded live as long as the process: the pointer is kept.
+const Charset* windows_1252() {
+    static const Charset* const charset = GetCharsetByWindowsCodepage(1252);
+    return charset;
+}
 
 // Serves the trim strings of ltrim and rtrim from the stack, one argument after another.
 struct trim_list_st {
@@ -260,8 +264,7 @@ void stackcall_chr(VmStack* stack, unsigned long long argc, Variant* result) {
     if (any_null_argument(stack, argc)) return result->set_null();
     long long code = argument(stack, 1).integer;
     if (code < 0 || code > 255) throw RuntimeError(ERR_NUMERIC_OVERFLOW);
-    char byte = static_cast<char>(code);
-    result->set_string(String::fromBytes(&byte, 1, windows_1252()));
+    result->set_string(String::single_byte(static_cast<unsigned char>(code), windows_1252()));
 }
 
 void stackcall_asc(VmStack* stack, unsigned long long, Variant* result) {

@@ -3,6 +3,7 @@
 
 #include <unicode/uchar.h>
 
+#include <array>
 #include <cstdlib>
 #include <cstring>
 #include <new>
@@ -21,10 +22,8 @@ namespace string_detail {
 
 namespace {
 // Four zero bytes behind every empty view satisfy CON_TERMINATE for any
-// charset. The record starts with one reference of its own, so it is never freed.
-// Its bytes count as used, so no append ever claims them.
+// charset.
 alignas(8) char empty_bytes[8] = {};
-constinit string_buffer_st empty_buffer{empty_bytes, 4, 1, 4, 4};
 }  // namespace
 
 // Record and bytes come from one allocation; freeing the record frees both.
@@ -62,25 +61,6 @@ void raise_to(std::atomic<uint64_t>& mark, uint64_t value) {
     }
 }
 
-string_buffer_st* shared_empty_buffer() noexcept {
-    retain(&empty_buffer);
-    return &empty_buffer;
-}
-
-void retain(string_buffer_st* buffer) noexcept { buffer->refs.fetch_add(1); }
-
-namespace {
-// Kept out of line: only heap records ever reach it.
-[[gnu::noinline]] void free_buffer(string_buffer_st* buffer) noexcept {
-    buffer->~string_buffer_st();
-    std::free(buffer);
-}
-}  // namespace
-
-void release(string_buffer_st* buffer) noexcept {
-    if (buffer->refs.fetch_sub(1) == 1) free_buffer(buffer);
-}
-
 CstranError transcoded_size(const char* begin, const char* end, const Charset* from,
                             const Charset* to, CstranRecovery recovery, size_t& size) {
     if (copies_raw(from, to)) {
@@ -105,6 +85,44 @@ CstranError transcode(const char* begin, const char* end, const Charset* from, c
 }
 
 }  // namespace string_detail
+
+namespace {
+constinit std::array<char, 256> byte_values = [] {
+    std::array<char, 256> values{};
+    for (int i = 0; i < 256; ++i) values[i] = static_cast<char>(i);
+    return values;
+}();
+}  // namespace
+
+// Every byte of a constant buffer counts as used, so no append ever claims
+// room there; a byte below 0x80 is known ASCII.
+#define ZO_BYTE_BUFFER(i) {&byte_values[i], 1, 1, 1, (i) < 128 ? 1u : 0u}
+#define ZO_BYTE_BUFFERS_4(i) ZO_BYTE_BUFFER(i), ZO_BYTE_BUFFER(i + 1), ZO_BYTE_BUFFER(i + 2), ZO_BYTE_BUFFER(i + 3)
+#define ZO_BYTE_BUFFERS_16(i) ZO_BYTE_BUFFERS_4(i), ZO_BYTE_BUFFERS_4(i + 4), ZO_BYTE_BUFFERS_4(i + 8), ZO_BYTE_BUFFERS_4(i + 12)
+#define ZO_BYTE_BUFFERS_64(i) ZO_BYTE_BUFFERS_16(i), ZO_BYTE_BUFFERS_16(i + 16), ZO_BYTE_BUFFERS_16(i + 32), ZO_BYTE_BUFFERS_16(i + 48)
+constinit string_buffer_st String::constant_buffers_[257] = {
+    {empty_bytes, 4, 1, 4, 4},
+    ZO_BYTE_BUFFERS_64(0), ZO_BYTE_BUFFERS_64(64), ZO_BYTE_BUFFERS_64(128), ZO_BYTE_BUFFERS_64(192),
+};
+#undef ZO_BYTE_BUFFERS_64
+#undef ZO_BYTE_BUFFERS_16
+#undef ZO_BYTE_BUFFERS_4
+#undef ZO_BYTE_BUFFER
+
+String String::single_byte(unsigned char byte, const Charset* charset) noexcept {
+    String text;
+    text.buffer_ = &constant_buffers_[1 + byte];
+    text.data_ = text.buffer_->bytes;
+    text.size_ = 1;
+    text.charset_ = charset;
+    return text;
+}
+
+// Only heap records ever reach it.
+void String::free_buffer(string_buffer_st* buffer) noexcept {
+    buffer->~string_buffer_st();
+    std::free(buffer);
+}
 
 namespace {
 
@@ -140,7 +158,7 @@ size_t units_until_nul(const Unit* text) {
 
 String::String() noexcept : data_(nullptr), charset_(nullptr), buffer_(nullptr), size_(0) {
     require_charsets();
-    buffer_ = shared_empty_buffer();
+    buffer_ = empty_buffer();
     data_ = buffer_->bytes;
     charset_ = Charset::binary;
 }
@@ -148,14 +166,14 @@ String::String() noexcept : data_(nullptr), charset_(nullptr), buffer_(nullptr),
 String::String(size_t bytes, const Charset* charset)
     : data_(nullptr), charset_(charset), buffer_(nullptr), size_(bytes) {
     ZO_ASSERT(charset != nullptr);
-    buffer_ = bytes ? new_buffer(bytes) : shared_empty_buffer();
+    buffer_ = bytes ? new_buffer(bytes) : empty_buffer();
     data_ = buffer_->bytes;
 }
 
 String::String(size_t bytes, const Charset* charset, size_t capacity)
     : data_(nullptr), charset_(charset), buffer_(nullptr), size_(bytes) {
     ZO_ASSERT(charset != nullptr && capacity >= bytes);
-    buffer_ = capacity ? new_growing_buffer(bytes, capacity) : shared_empty_buffer();
+    buffer_ = capacity ? new_growing_buffer(bytes, capacity) : empty_buffer();
     data_ = buffer_->bytes;
 }
 
@@ -173,49 +191,6 @@ String::String(const char32_t* utf32)
 // Linux paths are UTF-8 bytes already.
 String::String(const std::filesystem::path& path)
     : String(copy_of(path.native().data(), path.native().size(), known_charset(Charset::utf8))) {}
-
-String::String(const String& other) noexcept
-    : data_(other.data_), charset_(other.charset_), buffer_(other.buffer_), size_(other.size_) {
-    retain(buffer_);
-}
-
-String::String(String&& other) noexcept
-    : data_(other.data_), charset_(other.charset_), buffer_(other.buffer_), size_(other.size_) {
-    other.buffer_ = shared_empty_buffer();
-    other.data_ = other.buffer_->bytes;
-    other.size_ = 0;
-}
-
-String::String(const String& src, const char* begin, const char* end) noexcept
-    : data_(const_cast<char*>(begin)), charset_(src.charset_), buffer_(src.buffer_),
-      size_(static_cast<uint64_t>(end - begin)) {
-    retain(buffer_);
-}
-
-String::~String() { release(buffer_); }
-
-String& String::operator=(const String& other) noexcept {
-    retain(other.buffer_);
-    release(buffer_);
-    data_ = other.data_;
-    charset_ = other.charset_;
-    buffer_ = other.buffer_;
-    size_ = other.size_;
-    return *this;
-}
-
-String& String::operator=(String&& other) noexcept {
-    if (this == &other) return *this;
-    release(buffer_);
-    data_ = other.data_;
-    charset_ = other.charset_;
-    buffer_ = other.buffer_;
-    size_ = other.size_;
-    other.buffer_ = shared_empty_buffer();
-    other.data_ = other.buffer_->bytes;
-    other.size_ = 0;
-    return *this;
-}
 
 String String::fromBytes(const char* bytes, const Charset* charset) {
     return copy_of(bytes, units_until_nul(bytes), charset);
@@ -238,8 +213,8 @@ String String::create_from_scan_string(const scan_string_st& scan) {
 
 // The sole owner may change any byte, so what was known about them goes.
 char* String::write() {
-    if (buffer_->refs.load() >= 2) do_copy_on_write();
-    else if (buffer_ != &empty_buffer) buffer_->ascii.store(0, std::memory_order_relaxed);
+    if (is_constant(buffer_) || buffer_->refs.load() >= 2) do_copy_on_write();
+    else buffer_->ascii.store(0, std::memory_order_relaxed);
     return data_;
 }
 
@@ -260,35 +235,39 @@ bool String::append_in_place(const String& other) {
     string_buffer_st* buffer = buffer_;
     uint64_t end_offset = static_cast<uint64_t>(data_ - buffer->bytes) + size_;
     uint64_t n = other.size_;
-    if (buffer == &empty_buffer || end_offset + n > buffer->capacity) return false;
+    if (is_constant(buffer) || end_offset + n > buffer->capacity) return false;
     uint64_t expected = end_offset;
     if (!buffer->used.compare_exchange_strong(expected, end_offset + n)) return false;
     if (n) std::memcpy(data_ + size_, other.data_, n);
     size_ += n;
     // The ASCII prefix grows with the append when it reached the old end.
-    uint64_t known = end_offset;
-    if (ascii_prefix(other.data_, n) == n) buffer->ascii.compare_exchange_strong(known, end_offset + n);
+    // No one else moves the mark past end_offset before this append returns:
+    // the claimed bytes are in no other view yet.
+    if (buffer->ascii.load(std::memory_order_relaxed) == end_offset && ascii_prefix(other.data_, n) == n)
+        buffer->ascii.store(end_offset + n, std::memory_order_relaxed);
     return true;
 }
 
 // Extends the buffer's ASCII prefix as far as this view's end when it can.
-bool String::known_ascii() const {
+size_t String::ascii_span() const {
     string_buffer_st* buffer = buffer_;
-    uint64_t end_offset = static_cast<uint64_t>(data_ - buffer->bytes) + size_;
+    uint64_t start_offset = static_cast<uint64_t>(data_ - buffer->bytes);
+    uint64_t end_offset = start_offset + size_;
     uint64_t known = buffer->ascii.load(std::memory_order_relaxed);
-    if (end_offset <= known) return true;
+    if (end_offset <= known) return size_;
     // Stopping at the first other byte keeps the next look from scanning again.
     known += ascii_prefix(buffer->bytes + known, end_offset - known);
     raise_to(buffer->ascii, known);
-    return known == end_offset;
+    return known > start_offset ? known - start_offset : 0;
 }
+
+bool String::known_ascii() const { return ascii_span() == size_; }
 
 size_t String::length() const {
     if (charset_->fixed_width) return size_ / charset_->min_char();
-    if (charset_ == Charset::utf8 && known_ascii()) return size_;
-    size_t count = 0;
+    size_t count = charset_ == Charset::utf8 ? ascii_span() : 0;
     const char* end = data_ + size_;
-    for (const char* p = data_; p < end; ++count) next_char(charset_, p, end);
+    for (const char* p = data_ + count; p < end; ++count) next_char(charset_, p, end);
     return count;
 }
 
@@ -354,7 +333,8 @@ bool has_zero_tail(const String& s, size_t width) {
 
 bool convert_is_settled(const String& s, const Charset* target, unsigned flags) {
     bool terminated = !(flags & CON_TERMINATE) || has_zero_tail(s, s.get_charset()->min_char());
-    bool shared = (flags & CON_UNSHARE) && s.get_buffer()->refs.load() > 1;
+    bool shared = (flags & CON_UNSHARE) &&
+                  (String::is_constant(s.get_buffer()) || s.get_buffer()->refs.load() > 1);
     return terminated && target == s.get_charset() && !shared;
 }
 
@@ -413,15 +393,15 @@ void String::convert(const Charset* target, unsigned flags, CstranRecovery recov
 
 // ---- add --------------------------------------------------------------------
 
-bool ascii_transparent(const Charset* charset) {
+namespace {
+
+inline bool writes_ascii_as_itself(const Charset* charset) {
     uint32_t id = charset->csid & 0xFFFF;
     constexpr uint32_t ASCII = 1, ISO_8859_1 = 4, ISO_8859_15 = 17, UTF_8 = 36, WINDOWS_1250 = 46,
                        WINDOWS_1258 = 54;
     return id == ASCII || id == UTF_8 || (id >= ISO_8859_1 && id <= ISO_8859_15) ||
            (id >= WINDOWS_1250 && id <= WINDOWS_1258);
 }
-
-namespace {
 
 // Room for the next appends: a string that grows by pieces costs linear time.
 size_t grown_capacity(size_t size) { return size < 64 ? size : size + size / 2; }
@@ -457,16 +437,18 @@ bool join_converted(const String& left, const String& right, const Charset* targ
 
 }  // namespace
 
+bool ascii_transparent(const Charset* charset) { return writes_ascii_as_itself(charset); }
+
 void String::append_bytes(const String& other) {
     if (!append_in_place(other)) *this = join_bytes(*this, other, charset_);
 }
 
 void String::add(const String& other) {
-    ZO_TRACE();
     if (charset_ == other.charset_ || charset_->nocptrans) {
         append_bytes(other);
         return;
     }
+    ZO_TRACE();
     if (other.charset_->nocptrans) {
         const Charset* flagged = GetCharsetByCSID(charset_->csid | CSID_NOCPTRANS);
         ZO_ASSERT(flagged != nullptr);
@@ -474,7 +456,7 @@ void String::add(const String& other) {
         return;
     }
     // ASCII text converts to itself: chr(97) joins UTF-8 text without a conversion.
-    if (ascii_transparent(charset_) && ascii_transparent(other.charset_) &&
+    if (writes_ascii_as_itself(charset_) && writes_ascii_as_itself(other.charset_) &&
         ascii_prefix(other.data_, other.size_) == other.size_) {
         append_bytes(other);
         return;
@@ -495,37 +477,62 @@ namespace {
 
 typedef UChar32 (*case_mapping)(UChar32);
 
-// Binary bytes are not characters; only their ASCII letters change case.
-// The same loop serves text known to be ASCII.
-// The mapping's answers for the 128 ASCII characters, asked once: a byte
-// then costs a table read instead of a call into ICU.
-struct ascii_case_table_st {
-    unsigned char to[128];
-    explicit ascii_case_table_st(case_mapping map) {
-        for (int c = 0; c < 128; ++c) to[c] = static_cast<unsigned char>(map(c));
-    }
+// The letters whose case flips: in Unicode's locale-free mappings the only
+// ASCII characters with another case are the 26 Latin letters, and their
+// other case is ASCII again, 0x20 away.
+struct ascii_letters_st {
+    unsigned char first;
+    unsigned char last;
 };
 
-const ascii_case_table_st& ascii_case_table(case_mapping map) {
-    static const ascii_case_table_st upper(u_toupper), lower(u_tolower);
-    return map == u_toupper ? upper : lower;
+ascii_letters_st letters_changed_by(case_mapping map) {
+    return map == u_toupper ? ascii_letters_st{'a', 'z'} : ascii_letters_st{'A', 'Z'};
 }
 
-String map_binary_case(const String& s, case_mapping map) {
-    const ascii_case_table_st& table = ascii_case_table(map);
-    String out = String::fromBytes(s.read(), s.size(), s.get_charset());
-    char* p = out.write();
-    for (size_t i = 0; i < out.size(); ++i) {
-        auto byte = static_cast<unsigned char>(p[i]);
-        if (byte < 0x80) p[i] = static_cast<char>(table.to[byte]);
+// Eight bytes at once, all below 0x80: a byte's high bit marks first <= byte
+// <= last after adding a bias; no sum carries into the next byte.
+inline uint64_t flip_letters(uint64_t word, ascii_letters_st letters) {
+    constexpr uint64_t ones = 0x0101010101010101ull, high_bits = 0x8080808080808080ull;
+    uint64_t from_first = word + ones * (0x80u - letters.first);
+    uint64_t past_last = word + ones * (0x7Fu - letters.last);
+    return word ^ ((from_first & ~past_last & high_bits) >> 2);
+}
+
+inline char flip_letter(char c, ascii_letters_st letters) {
+    auto byte = static_cast<unsigned char>(c);
+    return byte >= letters.first && byte <= letters.last ? static_cast<char>(byte ^ 0x20) : c;
+}
+
+// Binary bytes are not characters; only their ASCII letters change case.
+// The same pass serves text known to be ASCII, whose copy is marked so.
+String map_binary_case(const String& s, case_mapping map, bool ascii) {
+    constexpr uint64_t high_bits = 0x8080808080808080ull;
+    ascii_letters_st letters = letters_changed_by(map);
+    size_t n = s.size();
+    String out(n, s.get_charset());
+    char* to = out.write();
+    const char* from = s.read();
+    size_t i = 0;
+    for (; i + 8 <= n; i += 8) {
+        uint64_t word;
+        std::memcpy(&word, from + i, 8);
+        if (word & high_bits) {
+            for (size_t j = i; j < i + 8; ++j) to[j] = flip_letter(from[j], letters);
+            continue;
+        }
+        word = flip_letters(word, letters);
+        std::memcpy(to + i, &word, 8);
     }
+    for (; i < n; ++i) to[i] = flip_letter(from[i], letters);
+    // The new buffer is this string's alone: its ASCII mark may be set outright.
+    if (ascii) const_cast<string_buffer_st*>(out.get_buffer())->ascii.store(n, std::memory_order_relaxed);
     return out;
 }
 
 String map_case(const String& s, case_mapping map, bool ascii) {
     if (s.size() == 0) return s;
     // ASCII letters map to ASCII letters in every locale-free mapping.
-    if (s.get_charset() == Charset::binary || ascii) return map_binary_case(s, map);
+    if (s.get_charset() == Charset::binary || ascii) return map_binary_case(s, map, ascii);
     String wide(s.length() * 4, Charset::utf32le);
     char* out = wide.write();
     const Charset* cs = s.get_charset();
@@ -541,8 +548,8 @@ String map_case(const String& s, case_mapping map, bool ascii) {
 }  // namespace
 
 // Text that is all ASCII maps byte by byte in any charset that writes ASCII as itself.
-String String::lower() const { return map_case(*this, u_tolower, ascii_transparent(charset_) && known_ascii()); }
+String String::lower() const { return map_case(*this, u_tolower, writes_ascii_as_itself(charset_) && known_ascii()); }
 
-String String::upper() const { return map_case(*this, u_toupper, ascii_transparent(charset_) && known_ascii()); }
+String String::upper() const { return map_case(*this, u_toupper, writes_ascii_as_itself(charset_) && known_ascii()); }
 
 }  // namespace zobase

@@ -75,12 +75,41 @@ public:
     // `bytes` to be written, in a buffer with room for `capacity`: appends
     // fill the rest in place.
     String(size_t bytes, const Charset* charset, size_t capacity);
-    String(const String& other) noexcept;
-    String(String&& other) noexcept;
-    String(const String& src, const char* begin, const char* end) noexcept;
-    ~String();
-    String& operator=(const String& other) noexcept;
-    String& operator=(String&& other) noexcept;
+    // Copies, moves and views count the buffer here, inline: they are on
+    // every path that hands a value on.
+    String(const String& other) noexcept
+        : data_(other.data_), charset_(other.charset_), buffer_(other.buffer_), size_(other.size_) {
+        retain(buffer_);
+    }
+    String(String&& other) noexcept
+        : data_(other.data_), charset_(other.charset_), buffer_(other.buffer_), size_(other.size_) {
+        other.become_empty();
+    }
+    String(const String& src, const char* begin, const char* end) noexcept
+        : data_(const_cast<char*>(begin)), charset_(src.charset_), buffer_(src.buffer_),
+          size_(static_cast<uint64_t>(end - begin)) {
+        retain(buffer_);
+    }
+    ~String() { release(buffer_); }
+    String& operator=(const String& other) noexcept {
+        retain(other.buffer_);
+        release(buffer_);
+        data_ = other.data_;
+        charset_ = other.charset_;
+        buffer_ = other.buffer_;
+        size_ = other.size_;
+        return *this;
+    }
+    String& operator=(String&& other) noexcept {
+        if (this == &other) return *this;
+        release(buffer_);
+        data_ = other.data_;
+        charset_ = other.charset_;
+        buffer_ = other.buffer_;
+        size_ = other.size_;
+        other.become_empty();
+        return *this;
+    }
 
     static String fromBytes(const char* bytes, const Charset* charset);
     static String fromBytes(const char* bytes, size_t size, const Charset* charset);
@@ -139,11 +168,40 @@ public:
 
     const_string_st as_const() const noexcept { return {data_, data_ + size_, charset_}; }
 
+    // The one byte as text of `charset`, which must hold it as a whole
+    // character: a view of a constant buffer, made without allocating.
+    static String single_byte(unsigned char byte, const Charset* charset) noexcept;
+    // A buffer no one owns: its bytes never change, appends never claim it.
+    static bool is_constant(const string_buffer_st* buffer) noexcept {
+        auto offset = reinterpret_cast<uintptr_t>(buffer) - reinterpret_cast<uintptr_t>(constant_buffers_);
+        return offset < sizeof(constant_buffers_);
+    }
+
 private:
     char* data_;
     const Charset* charset_;
     string_buffer_st* buffer_;
     uint64_t size_;
+
+    // Buffers made with the program, never counted nor freed: the first backs
+    // every empty view (four zero bytes, all used), so a moved-from string
+    // costs no atomic operation; then one per byte value, for single_byte.
+    static string_buffer_st constant_buffers_[257];
+    static string_buffer_st* empty_buffer() noexcept { return &constant_buffers_[0]; }
+    static void retain(string_buffer_st* buffer) noexcept {
+        if (!is_constant(buffer)) buffer->refs.fetch_add(1, std::memory_order_relaxed);
+    }
+    static void release(string_buffer_st* buffer) noexcept {
+        if (!is_constant(buffer) && buffer->refs.fetch_sub(1, std::memory_order_acq_rel) == 1)
+            free_buffer(buffer);
+    }
+    static void free_buffer(string_buffer_st* buffer) noexcept;
+    // Keeps the charset: an empty view of the same text.
+    void become_empty() noexcept {
+        buffer_ = empty_buffer();
+        data_ = buffer_->bytes;
+        size_ = 0;
+    }
 
     void do_copy_on_write();
     // Appends other's bytes into the free tail of this buffer; false when
@@ -152,6 +210,9 @@ private:
     // other's bytes as they are, in place when there is room, else into a
     // new buffer with room to spare.
     void append_bytes(const String& other);
+    // How many bytes from the start of this view are ASCII, each one
+    // character, as far as the buffer's mark (extended here) shows.
+    size_t ascii_span() const;
     // True when every character of this view is one ASCII byte.
     bool known_ascii() const;
     friend class Concat;

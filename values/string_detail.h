@@ -21,9 +21,6 @@ string_buffer_st* new_growing_buffer(size_t size, size_t capacity);
 size_t ascii_prefix(const char* p, size_t n);
 // Raises an atomic mark to value unless it is there already.
 void raise_to(std::atomic<uint64_t>& mark, uint64_t value);
-string_buffer_st* shared_empty_buffer() noexcept;
-void retain(string_buffer_st* buffer) noexcept;
-void release(string_buffer_st* buffer) noexcept;
 
 // An ASCII byte in UTF-8 is always a whole character, which spares the
 // virtual decoder on the common case.

@@ -39,13 +39,20 @@ String String::substr(size_t start, size_t count) const {
     const char* first;
     const char* last;
     size_t width = charset_->min_char();
-    if (charset_->fixed_width || (charset_ == Charset::utf8 && known_ascii())) {
+    if (charset_->fixed_width) {
         first = start < size_ / width ? data_ + start * width : end;
         last = count < static_cast<size_t>(end - first) / width ? first + count * width : end;
-    } else {
-        first = covers_rest(start, data_, end, width) ? end : skip_chars(charset_, data_, end, start);
-        last = covers_rest(count, first, end, width) ? end : skip_chars(charset_, first, end, count);
+        return String(*this, first, last);
     }
+    // Characters within the known ASCII prefix are bytes; the walk starts where it ends.
+    size_t ascii = charset_ == Charset::utf8 ? ascii_span() : 0;
+    const char* walked = data_ + ascii;
+    if (start <= ascii) first = data_ + start;
+    else first = covers_rest(start - ascii, walked, end, width) ? end : skip_chars(charset_, walked, end, start - ascii);
+    size_t ascii_after = first < walked ? static_cast<size_t>(walked - first) : 0;
+    if (count <= ascii_after) last = first + count;
+    else if (covers_rest(count, first, end, width)) last = end;
+    else last = skip_chars(charset_, first + ascii_after, end, count - ascii_after);
     return String(*this, first, last);
 }
 

@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <cstring>
 #include <new>
+#include <utility>
 
 #include "base/export.h"
 #include "values/array.h"
@@ -143,6 +144,10 @@ public:
     }
     void set_string(const String& s) noexcept {
         new (payload) String(s);
+        tag = TAG_STRING;
+    }
+    void set_string(String&& s) noexcept {
+        new (payload) String(std::move(s));
         tag = TAG_STRING;
     }
     // A new reference to the object (see objects/object.h for making objects).

@@ -1,6 +1,7 @@
 #include "values/string.h"
 
 #include <gtest/gtest.h>
+#include <unicode/uchar.h>
 
 #include <cstring>
 #include <stdexcept>
@@ -35,12 +36,52 @@ TEST_F(StringTest, EmptyStringsShareOneBufferAndDifferInCharset) {
     EXPECT_EQ(a.get_buffer(), b.get_buffer());
     EXPECT_EQ(a.get_charset(), Charset::binary);
     EXPECT_EQ(b.get_charset(), Charset::utf8);
+    // The shared empty buffer is never counted: copies and moves leave it alone.
     uint64_t refs = a.get_buffer()->refs.load();
     {
         String c(a);
-        EXPECT_EQ(a.get_buffer()->refs.load(), refs + 1);
+        String moved("gone");
+        String taker(std::move(moved));
+        EXPECT_EQ(moved.get_buffer(), a.get_buffer());
+        EXPECT_EQ(moved.size(), 0u);
+        EXPECT_EQ(a.get_buffer()->refs.load(), refs);
+        moved = String("back");  // a moved-from string is usable
+        EXPECT_EQ(raw(moved), "back");
     }
     EXPECT_EQ(a.get_buffer()->refs.load(), refs);
+    // Writing to an empty string never hands out the shared bytes.
+    String d(0, Charset::utf8);
+    EXPECT_NE(d.write(), a.read());
+    EXPECT_EQ(a.get_buffer()->bytes[0], 0);
+}
+
+// One-byte strings live in constant buffers: nothing done with one may
+// change what the next caller gets.
+TEST_F(StringTest, SingleBytesAreConstantAndNeverChange) {
+    for (int b = 0; b < 256; ++b) {
+        String one = String::single_byte(static_cast<unsigned char>(b), cp1252());
+        ASSERT_EQ(raw(one), std::string(1, static_cast<char>(b)));
+        EXPECT_EQ(one.get_charset(), cp1252());
+        EXPECT_EQ(one.length(), 1u);
+    }
+    String a = String::single_byte('A', Charset::utf8);
+    uint64_t refs = a.get_buffer()->refs.load();
+    String copy = a;
+    EXPECT_EQ(a.get_buffer()->refs.load(), refs) << "never counted";
+    copy.write()[0] = 'Z';
+    EXPECT_NE(copy.get_buffer(), a.get_buffer());
+    String joined = a;
+    joined.add(String("bc"));
+    EXPECT_EQ(raw(joined), "Abc");
+    String terminated = String::single_byte('x', Charset::utf8);
+    terminated.convert(Charset::utf16le, CON_TERMINATE | CON_UNSHARE, CSTRAN_STRICT);
+    EXPECT_EQ(std::string(terminated.read(), 4), std::string("x\0\0\0", 4));
+    EXPECT_EQ(raw(String::single_byte('A', Charset::utf8)), "A");
+    EXPECT_EQ(raw(String::single_byte('B', Charset::utf8)), "B");
+    EXPECT_EQ(raw(String::single_byte(0xE9, cp1252()).upper()), "\xc9");
+    EXPECT_EQ(raw(String::single_byte('q', Charset::utf8).upper()), "Q");
+    EXPECT_TRUE(String::is_constant(String().get_buffer()));
+    EXPECT_FALSE(String::is_constant(String("abc").get_buffer()));
 }
 
 TEST_F(StringTest, WriteUnsharesAndKeepsViewOffset) {
@@ -331,6 +372,32 @@ TEST_F(StringTest, CaseMappingKeepsCharsetAndLength) {
     EXPECT_EQ(raw(String::fromBytes("aB\xe9", Charset::binary).upper()), "AB\xe9");
 }
 
+// ASCII text maps eight bytes at a time: every character, at every place in
+// a word, must map as ICU maps it; bytes above 0x7F in binary text stay.
+TEST_F(StringTest, AsciiCaseMappingAgreesWithIcu) {
+    std::string all;
+    for (int c = 1; c < 128; ++c) all += static_cast<char>(c);
+    for (size_t shift = 0; shift < 8; ++shift) {
+        std::string text = std::string(shift, '.') + all;
+        std::string up = raw(String(text.c_str()).upper()), low = raw(String(text.c_str()).lower());
+        ASSERT_EQ(up.size(), text.size());
+        for (size_t i = 0; i < text.size(); ++i) {
+            EXPECT_EQ(static_cast<UChar32>(up[i]), u_toupper(text[i])) << int(text[i]);
+            EXPECT_EQ(static_cast<UChar32>(low[i]), u_tolower(text[i])) << int(text[i]);
+        }
+    }
+    std::string mixed = "abc\xe0\xfa\x80xyz@[`{ZZaa\xff";
+    String binary = String::fromBytes(mixed.data(), mixed.size(), Charset::binary);
+    EXPECT_EQ(raw(binary.upper()), "ABC\xe0\xfa\x80XYZ@[`{ZZAA\xff");
+    EXPECT_EQ(raw(binary.lower()), "abc\xe0\xfa\x80xyz@[`{zzaa\xff");
+    // The ASCII copy counts as ASCII; writing to it forgets that.
+    String copy = String("hello world, hello").upper();
+    EXPECT_EQ(copy.length(), 18u);
+    copy.write()[0] = '\xc3';
+    copy.write()[1] = '\xa9';
+    EXPECT_EQ(copy.length(), 17u);
+}
+
 // ---- add ------------------------------------------------------------------------------
 
 TEST_F(StringTest, AddFallsBackToUtf8WhenNoSingleByteCharsetHoldsBoth) {
@@ -435,6 +502,30 @@ TEST_F(StringTest, PositionsStayRightAroundTheAsciiKnowledge) {
     p[1] = '\xa9';
     EXPECT_EQ(owned.length(), 3u);
     EXPECT_EQ(raw(owned.substr(1, 1)), "c");
+    // ASCII appended after a non-ASCII piece is not taken for a prefix.
+    String grown(std::string(70, 'a').c_str());
+    grown.add(String("\xc3\xa9"));  // now with room to append in place
+    EXPECT_EQ(grown.length(), 71u);
+    const char* before = grown.read();
+    grown.add(String("cd"));
+    grown.add(String("ef"));
+    EXPECT_EQ(grown.read(), before);
+    EXPECT_EQ(grown.length(), 75u);
+    EXPECT_EQ(raw(grown.substr(71, 3)), "cde");
+    EXPECT_EQ(raw(grown.substr(68, 4)), "aa\xc3\xa9" "c");
+    EXPECT_EQ(raw(grown.upper()).substr(68), "AA\xc3\x89" "CDEF");
+    // Ranges starting at, inside and past the end of the ASCII prefix.
+    String accent("abc\xc3\xa9xyz");
+    EXPECT_EQ(raw(accent.substr(3, 1)), "\xc3\xa9");
+    EXPECT_EQ(raw(accent.substr(2, 2)), "c\xc3\xa9");
+    EXPECT_EQ(raw(accent.substr(0, 3)), "abc");
+    EXPECT_EQ(raw(accent.substr(4, 10)), "xyz");
+    EXPECT_EQ(raw(accent.substr(9, 1)), "");
+    EXPECT_EQ(raw(accent.substr(1, SIZE_MAX)), "bc\xc3\xa9xyz");
+    String tail = accent.substr(4, 3);  // a view behind the non-ASCII byte
+    EXPECT_EQ(tail.length(), 3u);
+    EXPECT_EQ(raw(tail.substr(1, 1)), "y");
+    EXPECT_EQ(accent.length(), 7u);
 }
 
 TEST_F(StringTest, AnAppendNeverOverwritesATerminatorSomeoneReads) {
