@@ -713,7 +713,9 @@ void run_loop(VmStack* stack, const VmFrame* floor, VmOp*** floor_ip, Variant* f
         *ip = pc;
         const VmOp* op = *pc;
         const uint64_t depth_before = Checked ? stack->depth() : 0;
-        auto completed = [&](bool taken) {
+        // Inlined always: a closure the compiler keeps out of line is rebuilt
+        // in memory before every instruction.
+        auto completed = [&](bool taken) __attribute__((always_inline)) {
             if constexpr (Checked) verify_stack_effect(stack, op, depth_before, taken);
         };
         // Every opcode has its case (a missing one does not compile) and
