@@ -220,8 +220,9 @@ TEST_F(StatementsTest, BareOperandsOfLocalsGoBySlot) {
     ASSERT_EQ(count_ops(program, OP_DIV_BARE_BY_BARE), 1u);
     for (size_t k = 0; k < program.instruction_count(); ++k) {
         const VmOp* op = program.code()[k];
-        if (op->opcode == OP_MUL_ADD_INTEGER_TO_BARE)
+        if (op->opcode == OP_MUL_ADD_INTEGER_TO_BARE) {
             EXPECT_NE(static_cast<const VmOpMulAddIntegerToBare*>(op)->offset, 0u);
+        }
         if (op->opcode == OP_DIV_BARE_BY_BARE) {
             const auto* divide = static_cast<const VmOpDivBareByBare*>(op);
             EXPECT_NE(divide->left_offset, 0u);
