@@ -332,8 +332,7 @@ void add_bare_to_bare(VmStack* stack, const VmOpAddBareToBare& add) {
     const Memvar* source = bare_variable(stack, add.sites[2], add.source, add.source_offset);
     Memvar* target = bare_variable(stack, add.sites[0], add.symbol, add.offset);
     if (source && target && add_in_place(target, source)) return;
-    if (source) copy_value(stack->push(), source);
-    else read_by_name(stack, add.sites[2], add.source);
+    push_bare(stack, add.sites[2], add.source, source);
     add_to_bare_name(stack, add.sites, add.symbol, add.offset);
 }
 
@@ -559,8 +558,7 @@ bool mul_add_in_place(Variant* x, integer_type_st factor, integer_type_st addend
 // assigned as the four instructions would.
 template <typename Op>
 [[gnu::noinline]] void mul_add_to_bare_generally(VmStack* stack, const Op& op, const Memvar* variable) {
-    if (variable) copy_value(stack->push(), variable);
-    else read_by_name(stack, op.sites[0], op.symbol);
+    push_bare(stack, op.sites[0], op.symbol, variable);
     multiply_constant(stack, op.factor);
     add_constant(stack, op.addend);
     write_slot(stack, op.offset ? local_slot(stack, op.offset) : assignable_memvar(stack, op.sites[1], op.symbol));
@@ -745,14 +743,14 @@ void run_loop(VmStack* stack, const VmFrame* floor, VmOp*** floor_ip, Variant* f
                 pop_scalar(stack);
                 break;
             }
-            binary_with_null_rule(stack, [stack](Variant* l, Variant* r) { l->mul(stack, *r); });
+            general_mul(stack);
             break;
         case OP_BINARY_DIV:
             if (divide_in_place(stack->esp + 1, stack->esp)) {
                 pop_scalar(stack);
                 break;
             }
-            binary_with_null_rule(stack, [stack](Variant* l, Variant* r) { l->div(stack, *r); });
+            general_div(stack);
             break;
         case OP_ADD_BY_BARE: operate_by_bare(stack, op_as<VmOpAddByBare>(op), add_in_place, general_add); break;
         case OP_MUL_BY_BARE:
